@@ -1,0 +1,31 @@
+# Common compile settings for every target of the project.
+function(lumo_target_settings target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
+    if(LUMO_WERROR)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+    target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII
+                                                 QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+endfunction()
+
+if(LUMO_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer
+                        -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# lumo_add_test(NAME name SOURCES ... LIBS ... LABELS ...): one QtTest executable, one CTest test.
+function(lumo_add_test)
+    cmake_parse_arguments(T "" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    add_executable(${T_NAME} ${T_SOURCES})
+    lumo_target_settings(${T_NAME})
+    target_link_libraries(${T_NAME} PRIVATE Qt6::Test ${T_LIBS})
+    target_compile_definitions(${T_NAME} PRIVATE
+        LUMO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+        LUMO_CORPUS_DIR="${PROJECT_SOURCE_DIR}/../shared/corpus")
+    add_test(NAME ${T_NAME} COMMAND ${T_NAME})
+    if(NOT T_TIMEOUT)
+        set(T_TIMEOUT 300)
+    endif()
+    set_tests_properties(${T_NAME} PROPERTIES LABELS "${T_LABELS}" TIMEOUT ${T_TIMEOUT})
+endfunction()

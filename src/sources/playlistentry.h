@@ -1,0 +1,49 @@
+#pragma once
+
+// One channel of a playlist: a playable address with its name, logo, group and country.
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+#include <QUuid>
+
+#include <optional>
+
+class PlaylistEntry
+{
+public:
+    PlaylistEntry(QUuid id, QString name, const QUrl &url, const std::optional<QUrl> &logoURL,
+                  std::optional<QString> groupTitle, std::optional<QString> countryCode);
+
+    // The same from addresses already in QUrl's fully encoded form; used by the parser, which
+    // keeps addresses as compact bytes so that huge playlists stay small in memory.
+    static PlaylistEntry fromEncoded(QUuid id, QString name, QByteArray encodedUrl,
+                                     QByteArray encodedLogoURL, QString groupTitle,
+                                     QString countryCode);
+
+    QUuid id() const { return m_id; }
+    const QString &name() const { return m_name; }
+    QUrl url() const;
+    std::optional<QUrl> logoURL() const;
+    std::optional<QString> groupTitle() const;
+    std::optional<QString> countryCode() const;
+
+    // The addresses as written into requests (percent-encoded).
+    const QByteArray &encodedUrl() const { return m_url; }
+    const QByteArray &encodedLogoURL() const { return m_logoURL; }
+
+    friend bool operator==(const PlaylistEntry &, const PlaylistEntry &) = default;
+    friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
+
+private:
+    PlaylistEntry() = default;
+
+    // Absent optional values are null (never empty) strings: the parser only keeps non-empty
+    // groups, exactly two-character countries and non-empty logo addresses.
+    QUuid m_id;
+    QString m_name;
+    QByteArray m_url;
+    QByteArray m_logoURL;
+    QString m_groupTitle;
+    QString m_countryCode;
+};

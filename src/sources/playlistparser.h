@@ -1,0 +1,31 @@
+#pragma once
+
+// Turns the text of an M3U/M3U8 channel list into its channels, in file order. Never fails: text
+// with no playable address gives no entry, which callers report as PlaylistError::empty.
+
+#include "playlistentry.h"
+
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+#include <optional>
+
+class PlaylistParser
+{
+public:
+    // Relative addresses are resolved against baseURL, the playlist's own address.
+    static QList<PlaylistEntry> parse(QStringView text, const QUrl &baseURL);
+
+    // The trimmed value of name="..." in an #EXTINF line; the name is matched case-insensitively
+    // anywhere in the line. Nothing when missing, unterminated or empty.
+    static std::optional<QString> attribute(QStringView name, QStringView line);
+
+    // The country in a tvg-id such as "cnn.us" or "One.uk@SD": the last dot-separated piece
+    // before the "@", when it is two characters long.
+    static std::optional<QString> inferredCountryCode(const std::optional<QString> &tvgID);
+
+    // The first piece of a list such as "us;ca" or "de, at", upper-cased, when it is two
+    // characters long.
+    static std::optional<QString> normalizedCountryCode(QStringView value);
+};

@@ -1,11 +1,16 @@
-# Common compile settings for every target of the project.
+# Common compile settings for every target of the project. Product code may not turn C strings
+# into QString implicitly (the encoding must be chosen); tests pass TESTS to allow it in tables.
 function(lumo_target_settings target)
+    cmake_parse_arguments(S "TESTS" "" "" ${ARGN})
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
     if(LUMO_WERROR)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
-    target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII
+    target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS
                                                  QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+    if(NOT S_TESTS)
+        target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII)
+    endif()
 endfunction()
 
 if(LUMO_SANITIZE)
@@ -18,7 +23,7 @@ endif()
 function(lumo_add_test)
     cmake_parse_arguments(T "" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${T_NAME} ${T_SOURCES})
-    lumo_target_settings(${T_NAME})
+    lumo_target_settings(${T_NAME} TESTS)
     target_link_libraries(${T_NAME} PRIVATE Qt6::Test ${T_LIBS})
     target_compile_definitions(${T_NAME} PRIVATE
         LUMO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"

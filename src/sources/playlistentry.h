@@ -12,6 +12,7 @@
 class PlaylistEntry
 {
 public:
+    PlaylistEntry() = default; // an empty placeholder, as containers need one
     PlaylistEntry(QUuid id, QString name, const QUrl &url, const std::optional<QUrl> &logoURL,
                   std::optional<QString> groupTitle, std::optional<QString> countryCode);
 
@@ -36,8 +37,6 @@ public:
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
 
 private:
-    PlaylistEntry() = default;
-
     // Absent optional values are null (never empty) strings: the parser only keeps non-empty
     // groups, exactly two-character countries and non-empty logo addresses.
     QUuid m_id;

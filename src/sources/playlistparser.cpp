@@ -132,8 +132,11 @@ public:
 
         QString name = std::move(m_pending.name);
         if (name.isEmpty()) {
-            name = UrlParts::removingPercentEncoding(UrlParts::lastPathComponent(*url))
-                       .value_or(QString());
+            // "live/news%20one.ts" is listed as "news one": the file's name, not its type.
+            const std::optional<QString> component
+                = UrlParts::removingPercentEncoding(UrlParts::lastPathComponent(*url));
+            if (component)
+                name = UrlParts::deletingPathExtension(*component);
         }
         if (name.isEmpty())
             name = url->host(QUrl::FullyDecoded);

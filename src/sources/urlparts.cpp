@@ -51,6 +51,22 @@ QStringView lastSegment(QStringView path)
     return path.sliced(slash + 1, end - slash - 1);
 }
 
+// The extension of one path component, by the rule documented for pathExtension().
+QStringView extensionOf(QStringView component)
+{
+    if (component.endsWith(u'.') || component.startsWith(u".."))
+        return {};
+    const qsizetype dot = component.lastIndexOf(u'.');
+    if (dot <= 0)
+        return {};
+    const QStringView extension = component.sliced(dot + 1);
+    for (QChar c : extension) {
+        if (isInvalidExtensionCharacter(c))
+            return {};
+    }
+    return extension;
+}
+
 } // namespace
 
 std::optional<QUrl> parse(QStringView text)
@@ -82,18 +98,15 @@ QString lastPathComponent(const QUrl &url)
 QString pathExtension(const QUrl &url)
 {
     const QString path = url.path(QUrl::FullyDecoded);
-    const QStringView component = lastSegment(path);
-    if (component.endsWith(u'.') || component.startsWith(u".."))
-        return {};
-    const qsizetype dot = component.lastIndexOf(u'.');
-    if (dot <= 0)
-        return {};
-    const QStringView extension = component.sliced(dot + 1);
-    for (QChar c : extension) {
-        if (isInvalidExtensionCharacter(c))
-            return {};
-    }
-    return extension.toString();
+    return extensionOf(lastSegment(path)).toString();
+}
+
+QString deletingPathExtension(const QString &component)
+{
+    const QStringView extension = extensionOf(component);
+    if (extension.isEmpty())
+        return component;
+    return component.first(component.size() - extension.size() - 1);
 }
 
 QStringList pathComponents(const QUrl &url)

@@ -37,6 +37,10 @@ QString lastPathComponent(const QUrl &url);
 // character, or when the extension holds a space or a direction mark.
 QString pathExtension(const QUrl &url);
 
+// The component without its extension and dot, by the rule of pathExtension(); unchanged when it
+// has none.
+QString deletingPathExtension(const QString &component);
+
 // The decoded path split at "/", without the root and without empty segments.
 QStringList pathComponents(const QUrl &url);
 

@@ -1,0 +1,183 @@
+// Hostile playlist text: whatever comes in, the parser returns without crashing or hanging, and
+// what it keeps stays proportional to what it read.
+
+#include "sources/playlistparser.h"
+#include "sources/playlisttext.h"
+
+#include <QTest>
+
+#include <malloc.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define LUMO_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define LUMO_ASAN 1
+#endif
+#endif
+#ifdef LUMO_ASAN
+#include <sanitizer/allocator_interface.h>
+#endif
+
+namespace {
+
+// Bytes allocated on the heap right now (the sanitizer's allocator replaces glibc's under ASan).
+size_t allocatedBytes()
+{
+#ifdef LUMO_ASAN
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    malloc_trim(0);
+    return mallinfo2().uordblks;
+#endif
+}
+
+const QUrl base(QStringLiteral("http://h.example/list.m3u"));
+
+QString channels(int count)
+{
+    QString text = QStringLiteral("#EXTM3U\n");
+    text.reserve(count * 96);
+    for (int i = 0; i < count; ++i) {
+        text += QStringLiteral("#EXTINF:-1 tvg-id=\"c%1.us\" group-title=\"Group %2\",Channel %1\n"
+                               "http://h.example/live/%1/index.m3u8\n")
+                    .arg(i)
+                    .arg(i % 40);
+    }
+    return text;
+}
+
+// Bytes the parsed entries hold on the heap, entries list included.
+qsizetype heldBytesPerEntry(int count)
+{
+    const QString text = channels(count);
+    const size_t before = allocatedBytes();
+    QList<PlaylistEntry> entries = PlaylistParser::parse(text, base);
+    entries.squeeze();
+    const size_t after = allocatedBytes();
+    if (entries.size() != count)
+        qFatal("expected %d entries, got %lld", count, static_cast<long long>(entries.size()));
+    return qsizetype(after - before) / count;
+}
+
+} // namespace
+
+class TestPlaylistHostile : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void emptyText();
+    void onlyNewlines();
+    void fiftyMegabyteAddressLine();
+    void fiftyMegabyteLineOfNoAddress();
+    void nulBytes();
+    void invalidUtf8Bytes();
+    void hundredThousandCharacterExtinf();
+    void unterminatedQuotes();
+    void tenThousandCommas();
+    void millionEntriesStayProportional();
+};
+
+void TestPlaylistHostile::emptyText()
+{
+    QVERIFY(PlaylistParser::parse(decodePlaylistText(QByteArray()), base).isEmpty());
+}
+
+void TestPlaylistHostile::onlyNewlines()
+{
+    QVERIFY(PlaylistParser::parse(QString(100000, u'\n'), base).isEmpty());
+    QVERIFY(PlaylistParser::parse(QString(100000, u'\r'), base).isEmpty());
+}
+
+void TestPlaylistHostile::fiftyMegabyteAddressLine()
+{
+    const qsizetype length = 50 * 1024 * 1024;
+    QString line = QStringLiteral("#EXTINF:-1,Big\nhttp://h.example/");
+    line += QString(length, u'a');
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(line, base);
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].name(), u"Big"_qs);
+    QCOMPARE(entries[0].encodedUrl().size(), length + 17);
+}
+
+void TestPlaylistHostile::fiftyMegabyteLineOfNoAddress()
+{
+    // A host that cannot be one: the line is skipped.
+    QString line = QStringLiteral("http://");
+    line += QString(50 * 1024 * 1024, u' ');
+    line += QStringLiteral("x/");
+    QVERIFY(PlaylistParser::parse(line, base).isEmpty());
+}
+
+void TestPlaylistHostile::nulBytes()
+{
+    QByteArray bytes(1024, '\0');
+    bytes += "\n#EXTINF:-1,A\nhttp://h/a.ts\n";
+    bytes += QByteArray(1024, '\0');
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(decodePlaylistText(bytes), base);
+    // Each run of NULs is a line that is not a directive, so it is a (relative) address.
+    QCOMPARE(entries.size(), 3);
+    QCOMPARE(entries[1].name(), u"A"_qs);
+}
+
+void TestPlaylistHostile::invalidUtf8Bytes()
+{
+    QByteArray bytes("#EXTINF:-1,\xC3\x28\xFF\xFE\n");
+    bytes += "http://h/\xE9t\xE9.ts\n";
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(decodePlaylistText(bytes), base);
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].name(), QString::fromLatin1("\xC3\x28\xFF\xFE"));
+    QCOMPARE(entries[0].encodedUrl(), QByteArray("http://h/%C3%A9t%C3%A9.ts"));
+}
+
+void TestPlaylistHostile::hundredThousandCharacterExtinf()
+{
+    QString line = QStringLiteral("#EXTINF:-1 tvg-logo=\"http://h/");
+    line += QString(100000, u'x');
+    line += QStringLiteral("\" group-title=\"G\",Long\nhttp://h/a.ts");
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(line, base);
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].name(), u"Long"_qs);
+    QCOMPARE(entries[0].groupTitle(), u"G"_qs);
+    QCOMPARE(entries[0].encodedLogoURL().size(), 100009);
+}
+
+void TestPlaylistHostile::unterminatedQuotes()
+{
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(
+        u"#EXTINF:-1 tvg-logo=\"http://h/l.png group-title=\"G,Name\nhttp://h/a.ts\n"
+        "#EXTINF:-1 tvg-name=\"unclosed\nhttp://h/b.ts"_qs,
+        base);
+    QCOMPARE(entries.size(), 2);
+    // The logo value runs to the next quote (its space is percent-encoded); the group search
+    // finds the text inside the logo value, whose quote is never closed, so there is no group;
+    // the name is what follows the first comma.
+    QCOMPARE(entries[0].logoURL(), QUrl(u"http://h/l.png%20group-title="_qs));
+    QCOMPARE(entries[0].groupTitle(), std::nullopt);
+    QCOMPARE(entries[0].name(), u"Name"_qs);
+    QCOMPARE(entries[1].name(), u"#EXTINF:-1 tvg-name=\"unclosed"_qs);
+}
+
+void TestPlaylistHostile::tenThousandCommas()
+{
+    QString line = QStringLiteral("#EXTINF:-1 tvg-name=\"A\"");
+    line += QString(10000, u',');
+    line += QStringLiteral("\nhttp://h/a.ts");
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(line, base);
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].name(), QString(9999, u','));
+}
+
+void TestPlaylistHostile::millionEntriesStayProportional()
+{
+    const qsizetype small = heldBytesPerEntry(100000);
+    const qsizetype large = heldBytesPerEntry(1000000);
+    qInfo("bytes held per entry: %lld for 100,000 entries, %lld for 1,000,000",
+          static_cast<long long>(small), static_cast<long long>(large));
+    QVERIFY(small > 0);
+    QVERIFY2(large <= small * 5 / 4, "memory per entry grows with the playlist's size");
+}
+
+QTEST_GUILESS_MAIN(TestPlaylistHostile)
+#include "tst_playlisthostile.moc"

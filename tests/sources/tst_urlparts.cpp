@@ -1,0 +1,275 @@
+#include "sources/urlparts.h"
+
+#include <QTest>
+
+using namespace UrlParts;
+
+class TestUrlParts : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pathExtension_data();
+    void pathExtension();
+    void lastPathComponent_data();
+    void lastPathComponent();
+    void removingPercentEncoding_data();
+    void removingPercentEncoding();
+    void queryItemsWithoutValue();
+    void queryItemsDecodeButKeepPlus();
+    void noQueryGivesNoItems();
+    void resolvesRelativeAddresses_data();
+    void resolvesRelativeAddresses();
+    void absoluteAddressIsKeptAsWritten();
+    void hostsAreLowerCased();
+    void ipv6HostsAndPorts();
+    void encodesCharactersAStrictParserRejects_data();
+    void encodesCharactersAStrictParserRejects();
+    void rejectsWhatCannotBeAnAddress_data();
+    void rejectsWhatCannotBeAnAddress();
+    void pathComponentsSkipRootAndEmptySegments();
+    void deletingPathExtension_data();
+    void deletingPathExtension();
+};
+
+void TestUrlParts::pathExtension_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("extension");
+    QTest::newRow("plain") << "http://h/list.m3u"
+                           << "m3u";
+    QTest::newRow("case kept") << "http://h/list.M3U"
+                               << "M3U";
+    QTest::newRow("last dot") << "http://h/a.tar.gz"
+                              << "gz";
+    QTest::newRow("query ignored") << "http://h/live.m3u8?token=a.b"
+                                   << "m3u8";
+    QTest::newRow("trailing slash ignored") << "http://h/list.m3u/"
+                                            << "m3u";
+    QTest::newRow("no dot") << "http://h/list"
+                            << "";
+    QTest::newRow("dot in folder only") << "http://h/a.b/list"
+                                        << "";
+    QTest::newRow("hidden file") << "http://h/.m3u"
+                                 << "";
+    QTest::newRow("ends with dot") << "http://h/list."
+                                   << "";
+    QTest::newRow("starts with two dots") << "http://h/..m3u"
+                                          << "";
+    QTest::newRow("space in extension") << "http://h/a.m%203u"
+                                        << "";
+    QTest::newRow("encoded dot") << "http://h/list%2Em3u"
+                                 << "m3u";
+    QTest::newRow("root") << "http://h/"
+                          << "";
+    QTest::newRow("no path") << "http://h"
+                             << "";
+}
+
+void TestUrlParts::pathExtension()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, extension);
+    const std::optional<QUrl> url = parse(address);
+    QVERIFY(url);
+    QCOMPARE(UrlParts::pathExtension(*url), extension);
+}
+
+void TestUrlParts::lastPathComponent_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("component");
+    QTest::newRow("file") << "http://h/live/news%20one.ts"
+                          << "news%20one.ts";
+    QTest::newRow("trailing slashes") << "http://h/live/channel//"
+                                      << "channel";
+    QTest::newRow("root") << "http://h/"
+                          << "";
+    QTest::newRow("no path") << "http://h"
+                             << "";
+    QTest::newRow("only slashes") << "http://h///"
+                                  << "";
+    QTest::newRow("query not part") << "http://h/a/b?c=/d"
+                                    << "b";
+}
+
+void TestUrlParts::lastPathComponent()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, component);
+    QCOMPARE(UrlParts::lastPathComponent(*parse(address)), component);
+}
+
+void TestUrlParts::removingPercentEncoding_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<std::optional<QString>>("decoded");
+    QTest::newRow("none") << "abc" << std::optional<QString>(u"abc"_qs);
+    QTest::newRow("space") << "news%20one" << std::optional<QString>(u"news one"_qs);
+    QTest::newRow("utf-8") << "%E4%B8%AD%E6%96%87" << std::optional<QString>(u"中文"_qs);
+    QTest::newRow("bad hex") << "a%ZZ" << std::optional<QString>();
+    QTest::newRow("cut short") << "a%2" << std::optional<QString>();
+    QTest::newRow("not utf-8") << "a%FF" << std::optional<QString>();
+    QTest::newRow("plus stays") << "a+b" << std::optional<QString>(u"a+b"_qs);
+}
+
+void TestUrlParts::removingPercentEncoding()
+{
+    QFETCH(QString, text);
+    QFETCH(std::optional<QString>, decoded);
+    QCOMPARE(UrlParts::removingPercentEncoding(text), decoded);
+}
+
+void TestUrlParts::queryItemsWithoutValue()
+{
+    const QList<QueryItem> items = queryItems(*parse(u"http://h/x?flag&v=&list=PL1"));
+    const QList<QueryItem> expected {
+        {u"flag"_qs, std::nullopt}, {u"v"_qs, u""_qs}, {u"list"_qs, u"PL1"_qs}};
+    QCOMPARE(items, expected);
+}
+
+void TestUrlParts::queryItemsDecodeButKeepPlus()
+{
+    const QList<QueryItem> items = queryItems(*parse(u"http://h/x?name=a+b%20c&k%3D1=2"));
+    const QList<QueryItem> expected {{u"name"_qs, u"a+b c"_qs}, {u"k=1"_qs, u"2"_qs}};
+    QCOMPARE(items, expected);
+}
+
+void TestUrlParts::noQueryGivesNoItems()
+{
+    QVERIFY(queryItems(*parse(u"http://h/x")).isEmpty());
+    QVERIFY(queryItems(*parse(u"http://h/x?")).isEmpty());
+}
+
+void TestUrlParts::resolvesRelativeAddresses_data()
+{
+    QTest::addColumn<QString>("relative");
+    QTest::addColumn<QString>("resolved");
+    const QString base = u"http://h.example/lists/tv/index.m3u?token=1"_qs;
+    QTest::newRow("sibling folder") << "ch1/index.m3u8"
+                                    << "http://h.example/lists/tv/ch1/index.m3u8";
+    QTest::newRow("parent") << "../x.ts"
+                            << "http://h.example/lists/x.ts";
+    QTest::newRow("root") << "/abs.ts"
+                          << "http://h.example/abs.ts";
+    QTest::newRow("other host") << "//cdn.example/x.ts"
+                                << "http://cdn.example/x.ts";
+    QTest::newRow("space") << "my channel.ts"
+                           << "http://h.example/lists/tv/my%20channel.ts";
+    QTest::newRow("query only") << "?q=2"
+                                << "http://h.example/lists/tv/index.m3u?q=2";
+}
+
+void TestUrlParts::resolvesRelativeAddresses()
+{
+    QFETCH(QString, relative);
+    QFETCH(QString, resolved);
+    const QUrl base(u"http://h.example/lists/tv/index.m3u?token=1"_qs);
+    const std::optional<QUrl> url = parse(relative, base);
+    QVERIFY(url);
+    QCOMPARE(QString::fromLatin1(url->toEncoded()), resolved);
+}
+
+void TestUrlParts::absoluteAddressIsKeptAsWritten()
+{
+    // Dot segments of an absolute address are not removed, as Foundation keeps them.
+    const std::optional<QUrl> url = parse(u"http://other/a/../b.ts", QUrl(u"http://h/x.m3u"_qs));
+    QVERIFY(url);
+    QCOMPARE(url->toEncoded(), QByteArray("http://other/a/../b.ts"));
+}
+
+void TestUrlParts::hostsAreLowerCased()
+{
+    // QUrl lower-cases host names where Foundation keeps them as typed; every rule that looks at
+    // hosts compares them lower-cased, so the difference never decides anything.
+    const std::optional<QUrl> url = parse(u"HTTP://WWW.Example.COM/Path/File.TS");
+    QVERIFY(url);
+    QCOMPARE(url->host(), u"www.example.com"_qs);
+    QCOMPARE(url->scheme(), u"http"_qs);
+    QCOMPARE(url->path(), u"/Path/File.TS"_qs);
+}
+
+void TestUrlParts::ipv6HostsAndPorts()
+{
+    const std::optional<QUrl> url = parse(u"http://[2409:8087:1::e5]:6610/PLTV/index.m3u8");
+    QVERIFY(url);
+    QCOMPARE(url->host(), u"2409:8087:1::e5"_qs);
+    QCOMPARE(url->port(), 6610);
+    QCOMPARE(url->toEncoded(), QByteArray("http://[2409:8087:1::e5]:6610/PLTV/index.m3u8"));
+    const std::optional<QUrl> resolved = parse(u"next.ts", *url);
+    QVERIFY(resolved);
+    QCOMPARE(resolved->toEncoded(), QByteArray("http://[2409:8087:1::e5]:6610/PLTV/next.ts"));
+    QCOMPARE(parse(u"http://10.0.0.1:8080/a")->port(), 8080);
+}
+
+void TestUrlParts::encodesCharactersAStrictParserRejects_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("encoded");
+    QTest::newRow("space in path") << "http://h/my file.ts" << QByteArray("http://h/my%20file.ts");
+    QTest::newRow("non-ASCII path")
+        << "http://h/中文.m3u8" << QByteArray("http://h/%E4%B8%AD%E6%96%87.m3u8");
+    QTest::newRow("stray percent") << "http://h/100%.ts" << QByteArray("http://h/100%25.ts");
+    QTest::newRow("pipe") << "http://h/a|b" << QByteArray("http://h/a%7Cb");
+}
+
+void TestUrlParts::encodesCharactersAStrictParserRejects()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, encoded);
+    const std::optional<QUrl> url = parse(text);
+    QVERIFY(url);
+    QCOMPARE(url->toEncoded(), encoded);
+}
+
+void TestUrlParts::rejectsWhatCannotBeAnAddress_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("space in host") << "http://bad host/x.ts";
+    QTest::newRow("port not a number") << "http://h:port/x.ts";
+    QTest::newRow("port too large") << "http://h:99999/x.ts";
+    QTest::newRow("unclosed IPv6") << "http://[::1/x.ts";
+    QTest::newRow("bad IPv6") << "http://[::zz]/x.ts";
+}
+
+void TestUrlParts::rejectsWhatCannotBeAnAddress()
+{
+    QFETCH(QString, text);
+    QVERIFY(!parse(text));
+    QVERIFY(!parse(text, QUrl(u"http://base/list.m3u"_qs)));
+}
+
+void TestUrlParts::pathComponentsSkipRootAndEmptySegments()
+{
+    QCOMPARE(pathComponents(*parse(u"http://h/channel//x/live/ID/")),
+             QStringList({u"channel"_qs, u"x"_qs, u"live"_qs, u"ID"_qs}));
+    QVERIFY(pathComponents(*parse(u"http://h/")).isEmpty());
+}
+
+void TestUrlParts::deletingPathExtension_data()
+{
+    QTest::addColumn<QString>("component");
+    QTest::addColumn<QString>("stem");
+    QTest::newRow("extension") << "news one.ts"
+                               << "news one";
+    QTest::newRow("last extension only") << "a.tar.gz"
+                                         << "a.tar";
+    QTest::newRow("none") << "live"
+                          << "live";
+    QTest::newRow("hidden file") << ".ts"
+                                 << ".ts";
+    QTest::newRow("trailing dot") << "a."
+                                  << "a.";
+    QTest::newRow("space in extension") << "a.b c"
+                                        << "a.b c";
+}
+
+void TestUrlParts::deletingPathExtension()
+{
+    QFETCH(QString, component);
+    QFETCH(QString, stem);
+    QCOMPARE(UrlParts::deletingPathExtension(component), stem);
+}
+
+QTEST_GUILESS_MAIN(TestUrlParts)
+#include "tst_urlparts.moc"

@@ -3,7 +3,12 @@
 #include "urlparts.h"
 
 #include <QHash>
+#include <QRandomGenerator>
 #include <QTextBoundaryFinder>
+#include <QVarLengthArray>
+
+#include <array>
+#include <thread>
 
 namespace {
 
@@ -40,22 +45,64 @@ std::optional<QString> twoCharacterCode(QStringView piece)
     return code;
 }
 
-std::optional<QStringView> attributeView(QStringView needle, QStringView line)
+bool equalsIgnoringCase(QStringView text, QStringView name)
 {
-    const qsizetype at = line.indexOf(needle, 0, Qt::CaseInsensitive);
-    if (at < 0)
-        return std::nullopt;
-    const qsizetype valueStart = at + needle.size();
-    const qsizetype closing = line.indexOf(u'"', valueStart);
-    if (closing < 0)
-        return std::nullopt;
-    const QStringView value = line.sliced(valueStart, closing - valueStart).trimmed();
-    if (value.isEmpty())
-        return std::nullopt;
-    return value;
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const char16_t a = text[i].unicode();
+        const char16_t b = name[i].unicode();
+        if (a >= 0x80 || b >= 0x80) // rare: let Qt fold the whole thing
+            return QtPrivate::compareStrings(text, name, Qt::CaseInsensitive) == 0;
+        const auto lower = [](char16_t c) {
+            return c >= u'A' && c <= u'Z' ? c + 32 : c;
+        };
+        if (lower(a) != lower(b))
+            return false;
+    }
+    return true;
 }
 
-// Shares one copy of texts that repeat across a playlist (groups, countries).
+// The places of every "=\"" in one #EXTINF line, found once so that each attribute lookup
+// compares names only there.
+class AttributePlaces
+{
+public:
+    explicit AttributePlaces(QStringView line)
+        : m_line(line)
+    {
+        for (qsizetype at = line.indexOf(u'='); at >= 0 && at + 1 < line.size();
+             at = line.indexOf(u'=', at + 1)) {
+            if (line[at + 1] == u'"')
+                m_places.append(at);
+        }
+    }
+
+    // The value of name="...": at the first place where name, compared case-insensitively,
+    // stands right before the "=\"", the trimmed text up to the next quote.
+    std::optional<QStringView> value(QStringView name) const
+    {
+        for (qsizetype equals : m_places) {
+            if (equals < name.size()
+                || !equalsIgnoringCase(m_line.sliced(equals - name.size(), name.size()), name))
+                continue;
+            const qsizetype valueStart = equals + 2;
+            const qsizetype closing = m_line.indexOf(u'"', valueStart);
+            if (closing < 0)
+                return std::nullopt;
+            const QStringView value = m_line.sliced(valueStart, closing - valueStart).trimmed();
+            if (value.isEmpty())
+                return std::nullopt;
+            return value;
+        }
+        return std::nullopt;
+    }
+
+private:
+    QStringView m_line;
+    QVarLengthArray<qsizetype, 16> m_places;
+};
+
+// Shares one copy of texts that repeat across a playlist (groups, countries). Keys view the
+// stored values, whose characters never move.
 class TextPool
 {
 public:
@@ -63,17 +110,78 @@ public:
     {
         if (text.isEmpty())
             return {};
-        QString key = text.toString();
-        auto it = m_texts.constFind(key);
+        auto it = m_texts.constFind(text);
         if (it != m_texts.constEnd())
             return *it;
-        m_texts.insert(key, key);
-        return key;
+        QString stored = text.toString();
+        m_texts.insert(QStringView(stored), stored);
+        return stored;
     }
 
 private:
-    QHash<QString, QString> m_texts;
+    QHash<QStringView, QString> m_texts;
 };
+
+// Fresh random identifiers: one generator, seeded from the system once per playlist, rather
+// than a system call per entry.
+class UuidSource
+{
+public:
+    UuidSource()
+        : m_generator(seededFromSystem())
+    { }
+
+    QUuid next()
+    {
+        quint32 words[4];
+        m_generator.fillRange(words);
+        // RFC 4122 version 4, variant 1.
+        const auto w1 = ushort(words[1] >> 16);
+        const auto w2 = ushort((words[1] & 0x0FFF) | 0x4000);
+        return QUuid(words[0], w1, w2, uchar(((words[2] >> 24) & 0x3F) | 0x80),
+                     uchar(words[2] >> 16), uchar(words[2] >> 8), uchar(words[2]),
+                     uchar(words[3] >> 24), uchar(words[3] >> 16), uchar(words[3] >> 8),
+                     uchar(words[3]));
+    }
+
+private:
+    static QRandomGenerator seededFromSystem()
+    {
+        std::array<quint32, 8> seed;
+        QRandomGenerator::system()->fillRange(seed.data(), qsizetype(seed.size()));
+        return QRandomGenerator(seed.data(), qsizetype(seed.size()));
+    }
+
+    QRandomGenerator m_generator;
+};
+
+// An address line's or logo's encoded form, or nothing when it is not an address.
+std::optional<QByteArray> encodedAddress(QStringView text, const QUrl &base)
+{
+    if (std::optional<QByteArray> plain = UrlParts::encodedPlainAddress(text))
+        return plain;
+    const std::optional<QUrl> url = UrlParts::parse(text, base);
+    if (!url)
+        return std::nullopt;
+    return UrlParts::encoded(*url);
+}
+
+// The name of an address listed without one: its file name without the type, else its host.
+QString nameFromAddress(const QByteArray &encoded)
+{
+    const QUrl url = QUrl::fromEncoded(encoded);
+    // "live/news%20one.ts" is listed as "news one".
+    if (const std::optional<QString> component
+        = UrlParts::removingPercentEncoding(UrlParts::lastPathComponent(url))) {
+        QString name = UrlParts::deletingPathExtension(*component);
+        if (!name.isEmpty())
+            return name;
+    }
+    QString host = url.host(QUrl::FullyDecoded);
+    if (!host.isEmpty())
+        return host;
+    return QStringLiteral("Stream");
+}
 
 struct PendingInfo
 {
@@ -95,29 +203,33 @@ public:
         // Everything after the first comma, further commas kept; the whole line with no comma.
         const qsizetype comma = line.indexOf(u',');
         const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
-
+        const AttributePlaces attributes(line);
         m_pending = {};
         if (!title.isEmpty())
             m_pending.name = title.toString();
-        else if (std::optional<QStringView> name = attributeView(u"tvg-name=\"", line))
+        else if (std::optional<QStringView> name = attributes.value(u"tvg-name"))
             m_pending.name = name->toString();
 
-        if (std::optional<QStringView> logo = attributeView(u"tvg-logo=\"", line)) {
-            std::optional<QUrl> url = UrlParts::parse(*logo);
-            if (url && !url->isRelative())
-                m_pending.logo = url->toEncoded();
+        if (std::optional<QStringView> logo = attributes.value(u"tvg-logo")) {
+            // Only absolute addresses: a logo has no playlist address to be relative to.
+            if (std::optional<QByteArray> plain = UrlParts::encodedPlainAddress(*logo)) {
+                m_pending.logo = std::move(*plain);
+            } else if (std::optional<QUrl> url = UrlParts::parse(*logo);
+                       url && !url->isRelative()) {
+                m_pending.logo = UrlParts::encoded(*url);
+            }
         }
-        if (std::optional<QStringView> group = attributeView(u"group-title=\"", line))
+        if (std::optional<QStringView> group = attributes.value(u"group-title"))
             m_pending.group = m_pool.intern(*group);
 
-        std::optional<QStringView> country = attributeView(u"tvg-country=\"", line);
+        std::optional<QStringView> country = attributes.value(u"tvg-country");
         if (!country)
-            country = attributeView(u"country=\"", line);
+            country = attributes.value(u"country");
         std::optional<QString> code;
         if (country)
             code = PlaylistParser::normalizedCountryCode(*country);
         if (!code) {
-            if (std::optional<QStringView> tvgID = attributeView(u"tvg-id=\"", line))
+            if (std::optional<QStringView> tvgID = attributes.value(u"tvg-id"))
                 code = PlaylistParser::inferredCountryCode(tvgID->toString());
         }
         if (code)
@@ -126,43 +238,39 @@ public:
 
     void readAddress(QStringView line)
     {
-        const std::optional<QUrl> url = UrlParts::parse(line, m_baseURL);
-        if (!url)
+        std::optional<QByteArray> address = encodedAddress(line, m_baseURL);
+        if (!address)
             return; // keep the pending information for the next address line
 
         QString name = std::move(m_pending.name);
-        if (name.isEmpty()) {
-            // "live/news%20one.ts" is listed as "news one": the file's name, not its type.
-            const std::optional<QString> component
-                = UrlParts::removingPercentEncoding(UrlParts::lastPathComponent(*url));
-            if (component)
-                name = UrlParts::deletingPathExtension(*component);
-        }
         if (name.isEmpty())
-            name = url->host(QUrl::FullyDecoded);
-        if (name.isEmpty())
-            name = QStringLiteral("Stream");
-
+            name = nameFromAddress(*address);
         m_entries.append(PlaylistEntry::fromEncoded(
-            QUuid::createUuid(), std::move(name), url->toEncoded(), std::move(m_pending.logo),
+            m_uuids.next(), std::move(name), std::move(*address), std::move(m_pending.logo),
             std::move(m_pending.group), std::move(m_pending.country)));
         m_pending = {};
     }
 
-    QList<PlaylistEntry> take() { return std::move(m_entries); }
+    QList<PlaylistEntry> take()
+    {
+        m_entries.squeeze();
+        return std::move(m_entries);
+    }
 
 private:
     QUrl m_baseURL;
     PendingInfo m_pending;
     TextPool m_pool;
+    UuidSource m_uuids;
     QList<PlaylistEntry> m_entries;
 };
 
 } // namespace
 
-QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL)
+namespace {
+
+void parseLines(Parser &parser, QStringView text)
 {
-    Parser parser(baseURL);
     const char16_t *const data = text.utf16();
     const qsizetype size = text.size();
     qsizetype start = 0;
@@ -179,14 +287,58 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
         else if (!line.startsWith(u'#'))
             parser.readAddress(line);
     }
+}
+
+// The start of the first #EXTINF line that begins after position from, or -1. An #EXTINF line
+// replaces everything the parser holds, so the text can be parsed in two parts there.
+qsizetype extinfLineAfter(QStringView text, qsizetype from)
+{
+    const char16_t *const data = text.utf16();
+    qsizetype start = from;
+    while (start < text.size() && !isNewline(data[start]))
+        ++start;
+    while (++start < text.size()) {
+        qsizetype end = start;
+        while (end < text.size() && !isNewline(data[end]))
+            ++end;
+        if (text.sliced(start, end - start).trimmed().startsWith(u"#EXTINF:"))
+            return start;
+        start = end;
+    }
+    return -1;
+}
+
+QList<PlaylistEntry> parsePart(QStringView text, const QUrl &baseURL)
+{
+    Parser parser(baseURL);
+    parseLines(parser, text);
     return parser.take();
+}
+
+} // namespace
+
+QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL)
+{
+    // Large lists are read in two halves at once; small ones are not worth a thread.
+    constexpr qsizetype parallelFromCharacters = 1 << 20;
+    if (text.size() >= parallelFromCharacters && std::thread::hardware_concurrency() > 1) {
+        const qsizetype split = extinfLineAfter(text, text.size() / 2);
+        if (split > 0) {
+            QList<PlaylistEntry> second;
+            std::thread worker([&] { second = parsePart(text.sliced(split), baseURL); });
+            QList<PlaylistEntry> first = parsePart(text.first(split), baseURL);
+            worker.join();
+            first.reserve(first.size() + second.size());
+            first.append(std::move(second));
+            return first;
+        }
+    }
+    return parsePart(text, baseURL);
 }
 
 std::optional<QString> PlaylistParser::attribute(QStringView name, QStringView line)
 {
-    QString needle = name.toString();
-    needle.append(QStringView(u"=\""));
-    const std::optional<QStringView> value = attributeView(needle, line);
+    const std::optional<QStringView> value = AttributePlaces(line).value(name);
     if (!value)
         return std::nullopt;
     return value->toString();

@@ -2,6 +2,10 @@
 
 #include <QStringDecoder>
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 namespace UrlParts {
 
 namespace {
@@ -67,7 +71,108 @@ QStringView extensionOf(QStringView component)
     return extension;
 }
 
+bool isLowerAlnum(char16_t c)
+{
+    return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9');
+}
+
+// Characters QUrl leaves as they are in a path or query: RFC 3986 unreserved and sub-delims,
+// ":", "@", "/" and "?". "%" and "#" are left to QUrl, which may rewrite what follows them.
+constexpr std::array<bool, 128> plainPathCharacters = [] {
+    std::array<bool, 128> table {};
+    for (char c = 'a'; c <= 'z'; ++c)
+        table[size_t(c)] = true;
+    for (char c = 'A'; c <= 'Z'; ++c)
+        table[size_t(c)] = true;
+    for (char c = '0'; c <= '9'; ++c)
+        table[size_t(c)] = true;
+    for (char c : std::string_view("-._~!$&'()*+,;=:@/?"))
+        table[size_t(c)] = true;
+    return table;
+}();
+
+bool isPlainPathCharacter(char16_t c)
+{
+    return c < 128 && plainPathCharacters[c];
+}
+
+// A host name of lower-case labels that QUrl accepts unchanged: no empty label, no label
+// starting or ending with "-", no punycode, and not numeric (QUrl rewrites IPv4 forms).
+bool isPlainHost(QStringView host)
+{
+    if (host.isEmpty() || host.size() > 253)
+        return false;
+    qsizetype labelStart = 0;
+    bool lastLabelNumeric = true;
+    for (qsizetype i = 0; i <= host.size(); ++i) {
+        if (i < host.size() && host[i] != u'.') {
+            const char16_t c = host[i].unicode();
+            if (!isLowerAlnum(c) && c != u'-')
+                return false;
+            continue;
+        }
+        const QStringView label = host.sliced(labelStart, i - labelStart);
+        if (label.isEmpty() || label.size() > 63 || label.startsWith(u'-') || label.endsWith(u'-')
+            || label.startsWith(u"xn--"))
+            return false;
+        lastLabelNumeric = std::all_of(label.begin(), label.end(),
+                                       [](QChar c) { return c >= u'0' && c <= u'9'; });
+        labelStart = i + 1;
+    }
+    return !lastLabelNumeric;
+}
+
+bool isPlainPort(QStringView port)
+{
+    if (port.isEmpty() || port.size() > 5 || port.front() == u'0')
+        return false;
+    int value = 0;
+    for (QChar c : port) {
+        if (c < u'0' || c > u'9')
+            return false;
+        value = value * 10 + (c.unicode() - u'0');
+    }
+    return value <= 65535;
+}
+
 } // namespace
+
+std::optional<QByteArray> encodedPlainAddress(QStringView text)
+{
+    qsizetype authorityStart = 0;
+    if (text.startsWith(u"http://"))
+        authorityStart = 7;
+    else if (text.startsWith(u"https://"))
+        authorityStart = 8;
+    else
+        return std::nullopt;
+
+    qsizetype authorityEnd = authorityStart;
+    while (authorityEnd < text.size() && text[authorityEnd] != u'/' && text[authorityEnd] != u'?')
+        ++authorityEnd;
+    const QStringView authority = text.sliced(authorityStart, authorityEnd - authorityStart);
+    const qsizetype colon = authority.indexOf(u':');
+    const QStringView host = colon < 0 ? authority : authority.first(colon);
+    if (!isPlainHost(host) || (colon >= 0 && !isPlainPort(authority.sliced(colon + 1))))
+        return std::nullopt;
+
+    for (qsizetype i = authorityEnd; i < text.size(); ++i) {
+        if (!isPlainPathCharacter(text[i].unicode()))
+            return std::nullopt;
+    }
+    QByteArray bytes(text.size(), Qt::Uninitialized);
+    char *out = bytes.data();
+    for (QChar c : text)
+        *out++ = char(c.unicode());
+    return bytes;
+}
+
+QByteArray encoded(const QUrl &url)
+{
+    // QUrl converts in place and keeps a buffer twice the size; playlists hold many addresses.
+    const QByteArray bytes = url.toEncoded();
+    return QByteArray(bytes.constData(), bytes.size());
+}
 
 std::optional<QUrl> parse(QStringView text)
 {

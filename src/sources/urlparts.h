@@ -24,6 +24,15 @@ struct QueryItem
 // be an address (a bad host, a bad port, unbalanced IPv6 brackets) gives nothing.
 std::optional<QUrl> parse(QStringView text);
 
+// The fully encoded form of text, without QUrl, when text is a plain absolute http or https
+// address that QUrl keeps byte for byte: lower-case scheme and host name, an optional port
+// without leading zeros, and only characters that need no encoding. Nothing otherwise (the
+// caller then uses parse()). Playlists are mostly made of such addresses.
+std::optional<QByteArray> encodedPlainAddress(QStringView text);
+
+// The fully encoded form of a parsed address, in a buffer of exactly its size.
+QByteArray encoded(const QUrl &url);
+
 // As parse(), then resolved against base when the text is a relative reference. An absolute
 // text is kept exactly as written (dot segments are not removed).
 std::optional<QUrl> parse(QStringView text, const QUrl &base);

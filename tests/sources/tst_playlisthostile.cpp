@@ -4,6 +4,7 @@
 #include "sources/playlistparser.h"
 #include "sources/playlisttext.h"
 
+#include <QSet>
 #include <QTest>
 
 #include <malloc.h>
@@ -77,6 +78,7 @@ private Q_SLOTS:
     void unterminatedQuotes();
     void tenThousandCommas();
     void millionEntriesStayProportional();
+    void largeListsReadInPartsMatchALineByLineRead();
 };
 
 void TestPlaylistHostile::emptyText()
@@ -177,6 +179,44 @@ void TestPlaylistHostile::millionEntriesStayProportional()
           static_cast<long long>(small), static_cast<long long>(large));
     QVERIFY(small > 0);
     QVERIFY2(large <= small * 5 / 4, "memory per entry grows with the playlist's size");
+}
+
+void TestPlaylistHostile::largeListsReadInPartsMatchALineByLineRead()
+{
+    // Large texts are read in two parts at an #EXTINF line. Records here carry their details
+    // across skipped lines and directives, and some addresses have no #EXTINF at all, so a part
+    // that began anywhere else would give wrong names, groups or counts.
+    QString text;
+    const int records = 30000;
+    for (int i = 0; i < records; ++i) {
+        if (i % 7 == 3) {
+            text += QStringLiteral("http://h.example/plain/%1.ts\r\n").arg(i);
+            continue;
+        }
+        text += QStringLiteral("#EXTINF:-1 group-title=\"G%1\",Name %1\r\n").arg(i);
+        if (i % 5 == 0)
+            text += QStringLiteral("http://bad host/%1\r\n#EXTVLCOPT:x=%1\r\n").arg(i);
+        text += QStringLiteral("  http://h.example/live/%1.m3u8\r\n\r\n").arg(i);
+    }
+    QVERIFY(text.size() > 2 * 1024 * 1024);
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, base);
+    QCOMPARE(entries.size(), records);
+    for (int i = 0; i < records; ++i) {
+        const PlaylistEntry &entry = entries[i];
+        if (i % 7 == 3) {
+            QCOMPARE(entry.name(), QString::number(i));
+            QCOMPARE(entry.groupTitle(), std::nullopt);
+        } else {
+            QCOMPARE(entry.name(), QStringLiteral("Name %1").arg(i));
+            QCOMPARE(entry.groupTitle(), QStringLiteral("G%1").arg(i));
+            QCOMPARE(entry.encodedUrl(),
+                     QStringLiteral("http://h.example/live/%1.m3u8").arg(i).toLatin1());
+        }
+    }
+    QSet<QUuid> ids;
+    for (const PlaylistEntry &entry : entries)
+        ids.insert(entry.id());
+    QCOMPARE(ids.size(), records);
 }
 
 QTEST_GUILESS_MAIN(TestPlaylistHostile)

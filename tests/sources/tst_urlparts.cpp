@@ -1,5 +1,7 @@
 #include "sources/urlparts.h"
 
+#include <QDir>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace UrlParts;
@@ -28,6 +30,9 @@ private Q_SLOTS:
     void rejectsWhatCannotBeAnAddress_data();
     void rejectsWhatCannotBeAnAddress();
     void pathComponentsSkipRootAndEmptySegments();
+    void plainAddressesAreEncodedAsQUrlDoes_data();
+    void plainAddressesAreEncodedAsQUrlDoes();
+    void everyCorpusAddressIsEncodedAsQUrlDoes();
     void deletingPathExtension_data();
     void deletingPathExtension();
 };
@@ -244,6 +249,82 @@ void TestUrlParts::pathComponentsSkipRootAndEmptySegments()
     QCOMPARE(pathComponents(*parse(u"http://h/channel//x/live/ID/")),
              QStringList({u"channel"_qs, u"x"_qs, u"live"_qs, u"ID"_qs}));
     QVERIFY(pathComponents(*parse(u"http://h/")).isEmpty());
+}
+
+void TestUrlParts::plainAddressesAreEncodedAsQUrlDoes_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("plain");
+    QTest::newRow("simple") << "http://h.example/live/1.m3u8" << true;
+    QTest::newRow("https with port and query")
+        << "https://cdn.example.com:8443/a/b.ts?token=x&e=1" << true;
+    QTest::newRow("sub-delims") << "http://h.example/a!$&'()*+,;=:@/b?c=d?e" << true;
+    QTest::newRow("no path") << "http://h.example" << true;
+    QTest::newRow("query without path") << "http://h.example?x=1" << true;
+    QTest::newRow("empty query") << "http://h.example/x?" << true;
+    QTest::newRow("default port kept") << "http://h.example:80/x" << true;
+    QTest::newRow("upper-case host") << "http://H.example/x" << false;
+    QTest::newRow("upper-case scheme") << "HTTP://h.example/x" << false;
+    QTest::newRow("percent") << "http://h.example/a%20b" << false;
+    QTest::newRow("fragment") << "http://h.example/a#b" << false;
+    QTest::newRow("space") << "http://h.example/a b" << false;
+    QTest::newRow("non-ASCII") << "http://h.example/é" << false;
+    QTest::newRow("IPv4") << "http://10.0.0.1/x" << false;
+    QTest::newRow("short IPv4") << "http://10.1/x" << false;
+    QTest::newRow("IPv6") << "http://[::1]/x" << false;
+    QTest::newRow("user info") << "http://user@h.example/x" << false;
+    QTest::newRow("empty port") << "http://h.example:/x" << false;
+    QTest::newRow("port with leading zero") << "http://h.example:080/x" << false;
+    QTest::newRow("port too large") << "http://h.example:65536/x" << false;
+    QTest::newRow("empty label") << "http://h..example/x" << false;
+    QTest::newRow("punycode") << "http://xn--bcher-kva.example/x" << false;
+    QTest::newRow("hyphen at label end") << "http://h-.example/x" << false;
+    QTest::newRow("empty host") << "http:///x" << false;
+    QTest::newRow("relative") << "live/1.ts" << false;
+    QTest::newRow("other scheme") << "rtmp://h.example/x" << false;
+    QTest::newRow("backslash") << "http://h.example/a\\b" << false;
+    QTest::newRow("braces") << "http://h.example/{a}" << false;
+}
+
+void TestUrlParts::plainAddressesAreEncodedAsQUrlDoes()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, plain);
+    const std::optional<QByteArray> fast = encodedPlainAddress(text);
+    QCOMPARE(fast.has_value(), plain);
+    if (fast) {
+        const QUrl url(text, QUrl::TolerantMode);
+        QVERIFY(url.isValid());
+        QCOMPARE(*fast, url.toEncoded());
+    }
+}
+
+void TestUrlParts::everyCorpusAddressIsEncodedAsQUrlDoes()
+{
+    const QDir corpus(QStringLiteral(LUMO_CORPUS_DIR "/m3u"));
+    QVERIFY(corpus.exists());
+    int plainCount = 0;
+    for (const QFileInfo &info : corpus.entryInfoList(QDir::Files)) {
+        QFile file(info.filePath());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QStringList lines
+            = QString::fromUtf8(file.readAll()).split(QRegularExpression(u"[\\r\\n]"_qs));
+        for (const QString &line : lines) {
+            // Address lines, and every quoted value (logos among them).
+            QStringList candidates {line.trimmed()};
+            for (const QString &piece : line.split(u'"'))
+                candidates.append(piece.trimmed());
+            for (const QString &candidate : candidates) {
+                const std::optional<QByteArray> fast = encodedPlainAddress(candidate);
+                if (!fast)
+                    continue;
+                ++plainCount;
+                const QUrl url(candidate, QUrl::TolerantMode);
+                QVERIFY2(url.isValid() && *fast == url.toEncoded(), qPrintable(candidate));
+            }
+        }
+    }
+    QVERIFY(plainCount > 20000);
 }
 
 void TestUrlParts::deletingPathExtension_data()

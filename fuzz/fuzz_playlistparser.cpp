@@ -7,8 +7,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char *>(data),
-                                                     qsizetype(size));
+    const QByteArray bytes
+        = QByteArray::fromRawData(reinterpret_cast<const char *>(data), qsizetype(size));
     const QString text = decodePlaylistText(bytes);
     static const QUrl base(QStringLiteral("http://lists.example/tv/index.m3u"));
     const QList<PlaylistEntry> entries = PlaylistParser::parse(text, base);

@@ -1,5 +1,7 @@
 #include "playlistentry.h"
 
+#include "urlparts.h"
+
 namespace {
 
 QString nullIfAbsent(std::optional<QString> text)
@@ -21,8 +23,8 @@ PlaylistEntry::PlaylistEntry(QUuid id, QString name, const QUrl &url,
                              std::optional<QString> countryCode)
     : m_id(id)
     , m_name(std::move(name))
-    , m_url(url.toEncoded())
-    , m_logoURL(logoURL ? logoURL->toEncoded() : QByteArray())
+    , m_url(UrlParts::encoded(url))
+    , m_logoURL(logoURL ? UrlParts::encoded(*logoURL) : QByteArray())
     , m_groupTitle(nullIfAbsent(std::move(groupTitle)))
     , m_countryCode(nullIfAbsent(std::move(countryCode)))
 { }

@@ -38,7 +38,8 @@ QByteArray encoded(const QUrl &url);
 std::optional<QUrl> parse(QStringView text, const QUrl &base);
 
 // The last segment of the percent-encoded path; trailing slashes are ignored. Empty for an
-// empty path or a path made only of slashes.
+// empty path or a path made only of slashes (where Foundation answers "/"), so that callers
+// fall back to the host, as "http://h/" is named "h".
 QString lastPathComponent(const QUrl &url);
 
 // The extension of the decoded path's last component, without the dot, as written. Empty when

@@ -155,13 +155,15 @@ private:
     QRandomGenerator m_generator;
 };
 
-// An address line's or logo's encoded form, or nothing when it is not an address.
-std::optional<QByteArray> encodedAddress(QStringView text, const QUrl &base)
+// The encoded form of an address, relative ones resolved against base; with no base (logos,
+// which have no playlist address to be relative to) only absolute addresses count. Nothing when
+// the text is not an address.
+std::optional<QByteArray> encodedAddress(QStringView text, const QUrl *base)
 {
     if (std::optional<QByteArray> plain = UrlParts::encodedPlainAddress(text))
         return plain;
-    const std::optional<QUrl> url = UrlParts::parse(text, base);
-    if (!url)
+    const std::optional<QUrl> url = base ? UrlParts::parse(text, *base) : UrlParts::parse(text);
+    if (!url || (!base && url->isRelative()))
         return std::nullopt;
     return UrlParts::encoded(*url);
 }
@@ -210,15 +212,8 @@ public:
         else if (std::optional<QStringView> name = attributes.value(u"tvg-name"))
             m_pending.name = name->toString();
 
-        if (std::optional<QStringView> logo = attributes.value(u"tvg-logo")) {
-            // Only absolute addresses: a logo has no playlist address to be relative to.
-            if (std::optional<QByteArray> plain = UrlParts::encodedPlainAddress(*logo)) {
-                m_pending.logo = std::move(*plain);
-            } else if (std::optional<QUrl> url = UrlParts::parse(*logo);
-                       url && !url->isRelative()) {
-                m_pending.logo = UrlParts::encoded(*url);
-            }
-        }
+        if (std::optional<QStringView> logo = attributes.value(u"tvg-logo"))
+            m_pending.logo = encodedAddress(*logo, nullptr).value_or(QByteArray());
         if (std::optional<QStringView> group = attributes.value(u"group-title"))
             m_pending.group = m_pool.intern(*group);
 
@@ -238,7 +233,7 @@ public:
 
     void readAddress(QStringView line)
     {
-        std::optional<QByteArray> address = encodedAddress(line, m_baseURL);
+        std::optional<QByteArray> address = encodedAddress(line, &m_baseURL);
         if (!address)
             return; // keep the pending information for the next address line
 

@@ -1,0 +1,57 @@
+#include "lumomediaplayerapp.h"
+
+#include "launchrequest.h"
+#include "model/mpvplayer.h"
+#include "model/playermodel.h"
+#include "surface/playerhostingview.h"
+#include "ui/filedialogchooser.h"
+#include "ui/playerwindow.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
+    : QObject(parent)
+    , m_model(std::make_unique<PlayerModel>(std::make_unique<MpvPlayer>()))
+    , m_window(std::make_unique<PlayerWindow>(*m_model))
+{
+    m_model->setFileChooser(fileDialogChooser(m_window.get()));
+}
+
+LumoMediaPlayerApp::~LumoMediaPlayerApp()
+{
+    // The window's render context goes before the player's handle.
+    m_window.reset();
+    m_model.reset();
+}
+
+void LumoMediaPlayerApp::start(const QStringList &arguments)
+{
+    if (QScreen *screen = QGuiApplication::primaryScreen()) {
+        QRect frame(QPoint(), PlayerWindow::initialSize);
+        frame.moveCenter(screen->availableGeometry().center());
+        m_window->move(frame.topLeft());
+    }
+    m_window->show();
+    if (arguments.isEmpty())
+        return;
+    const QString argument = arguments.constFirst();
+    // Video needs the view's render context; it exists once the window is first drawn.
+    PlayerHostingView *view = m_window->hostingView();
+    if (view->isReady()) {
+        open(argument);
+        return;
+    }
+    connect(
+        view, &PlayerHostingView::ready, this, [this, argument] { open(argument); },
+        Qt::SingleShotConnection);
+}
+
+void LumoMediaPlayerApp::open(const QString &argument)
+{
+    const LaunchRequest request = launchRequest(argument, QDir::current());
+    if (const auto *file = std::get_if<LaunchFile>(&request))
+        m_model->play(file->url, file->name, false);
+    else
+        m_model->openRemote(std::get<LaunchAddress>(request).text, std::nullopt);
+}

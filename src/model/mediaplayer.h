@@ -1,0 +1,49 @@
+#pragma once
+// The media player the model drives: one current item at a time, transport commands, and the
+// observations the model publishes. MpvPlayer implements it; tests may reach rare states with a
+// double.
+#include <QObject>
+#include <QSize>
+#include <QString>
+#include <QUrl>
+#include <optional>
+
+class MediaPlayer : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    // Replaces the current item with the media at url, or with none (the player stops).
+    virtual void replaceCurrentItem(const std::optional<QUrl> &url) = 0;
+    virtual void play() = 0;
+    virtual void pause() = 0;
+    // Seeks to the exact position, without snapping to a key frame.
+    virtual void seekExactly(double seconds) = 0;
+    // A fraction from 0 to 1; values outside are clamped.
+    virtual void setVolume(double fraction) = 0;
+    virtual void setMuted(bool muted) = 0;
+
+    virtual bool hasItem() const = 0;
+    // Playback position in seconds; not finite when unknown.
+    virtual double position() const = 0;
+    // Item duration in seconds; nothing when there is no item or the media is live.
+    virtual std::optional<double> duration() const = 0;
+    // Loaded and not paused: the rate is above 0.
+    virtual bool isPlaying() const = 0;
+    // Asked to play but not moving: loading, or starved of data.
+    virtual bool isWaitingToPlay() const = 0;
+    virtual bool isBufferEmpty() const = 0;
+    virtual bool isLikelyToKeepUp() const = 0;
+    // Display size of the video; empty when there is none.
+    virtual QSize presentationSize() const = 0;
+
+Q_SIGNALS:
+    void waitingToPlayChanged(bool waiting);
+    void bufferEmptyChanged(bool empty);
+    void likelyToKeepUpChanged(bool likely);
+    void hasItemChanged(bool hasItem);
+    // The current item could not be opened or broke off; reason is the player's own wording.
+    void playbackFailed(const QString &reason);
+};

@@ -1,0 +1,47 @@
+#pragma once
+// Every mpv option, property and command name the player uses, in one place.
+
+namespace MpvNames {
+
+// Options set before the handle is initialised.
+namespace Option {
+inline constexpr const char *videoOutput = "vo";
+inline constexpr const char *idle = "idle";
+inline constexpr const char *keepOpen = "keep-open";
+inline constexpr const char *config = "config";
+inline constexpr const char *terminal = "terminal";
+inline constexpr const char *inputDefaultBindings = "input-default-bindings";
+inline constexpr const char *inputVoKeyboard = "input-vo-keyboard";
+inline constexpr const char *osc = "osc";
+inline constexpr const char *youtubeDl = "ytdl";
+inline constexpr const char *networkTimeout = "network-timeout";
+inline constexpr const char *streamLavfOptions = "stream-lavf-o";
+inline constexpr const char *demuxerLavfOptions = "demuxer-lavf-o";
+inline constexpr const char *cachePause = "cache-pause";
+inline constexpr const char *cachePauseWait = "cache-pause-wait";
+inline constexpr const char *cacheSeconds = "cache-secs";
+inline constexpr const char *audioClientName = "audio-client-name";
+inline constexpr const char *hardwareDecoding = "hwdec";
+} // namespace Option
+
+// Properties observed or set while playing.
+namespace Property {
+inline constexpr const char *pause = "pause";
+inline constexpr const char *timePos = "time-pos";
+inline constexpr const char *duration = "duration";
+inline constexpr const char *pausedForCache = "paused-for-cache";
+inline constexpr const char *cacheBufferingState = "cache-buffering-state";
+inline constexpr const char *displayWidth = "video-params/dw";
+inline constexpr const char *displayHeight = "video-params/dh";
+inline constexpr const char *volume = "volume";
+inline constexpr const char *mute = "mute";
+} // namespace Property
+
+namespace Command {
+inline constexpr const char *loadFile = "loadfile";
+inline constexpr const char *stop = "stop";
+inline constexpr const char *seek = "seek";
+inline constexpr const char *seekAbsoluteExact = "absolute+exact";
+} // namespace Command
+
+} // namespace MpvNames

@@ -1,0 +1,48 @@
+#include "openpanels.h"
+
+namespace OpenPanels {
+
+namespace {
+QString patterns(const QStringList &extensions)
+{
+    QStringList globs;
+    for (const QString &extension : extensions)
+        globs.append(QStringLiteral("*.") + extension);
+    return globs.join(u' ');
+}
+} // namespace
+
+const QStringList &mediaExtensions()
+{
+    static const QStringList extensions {
+        QStringLiteral("mp4"),  QStringLiteral("mov"),  QStringLiteral("mkv"),
+        QStringLiteral("avi"),  QStringLiteral("webm"), QStringLiteral("m4v"),
+        QStringLiteral("mpeg"), QStringLiteral("mpg"),  QStringLiteral("ts"),
+        QStringLiteral("m2ts"), QStringLiteral("3gp"),  QStringLiteral("3g2"),
+        QStringLiteral("mp3"),  QStringLiteral("m4a"),  QStringLiteral("aac"),
+        QStringLiteral("wav"),  QStringLiteral("aiff"), QStringLiteral("caf"),
+    };
+    return extensions;
+}
+
+OpenPanelRequest chooseMedia()
+{
+    return {QStringLiteral("Choose Media to Play"),
+            QString(),
+            {QStringLiteral("Media Files (%1)").arg(patterns(mediaExtensions()))}};
+}
+
+OpenPanelRequest importPlaylist()
+{
+    // The playlist type first, then plain text; the first filter offers both at once, as a
+    // panel that accepts several types does.
+    const QString m3u = QStringLiteral("*.m3u");
+    const QString text = QStringLiteral("*.txt");
+    return {QStringLiteral("Import M3U Playlist"),
+            QStringLiteral("Import"),
+            {QStringLiteral("M3U Playlists and Plain Text (%1 %2)").arg(m3u, text),
+             QStringLiteral("M3U Playlist (%1)").arg(m3u),
+             QStringLiteral("Plain Text (%1)").arg(text)}};
+}
+
+} // namespace OpenPanels

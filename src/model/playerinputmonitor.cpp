@@ -1,0 +1,56 @@
+#include "playerinputmonitor.h"
+
+#include "playernotifications.h"
+
+#include <QGuiApplication>
+#include <QInputMethodQueryEvent>
+#include <QKeyEvent>
+#include <QWindow>
+
+PlayerInputMonitor::PlayerInputMonitor(ActionHandler handler, QObject *parent)
+    : QObject(parent)
+    , m_handler(std::move(handler))
+{
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+PlayerInputMonitor::~PlayerInputMonitor()
+{
+    if (QCoreApplication *application = QCoreApplication::instance())
+        application->removeEventFilter(this);
+}
+
+bool PlayerInputMonitor::textFieldHasFocus()
+{
+    QObject *focus = QGuiApplication::focusObject();
+    if (!focus)
+        return false;
+    // Editable text fields accept text input; buttons, sliders and read-only fields do not.
+    QInputMethodQueryEvent query(Qt::ImEnabled | Qt::ImReadOnly);
+    QCoreApplication::sendEvent(focus, &query);
+    return query.value(Qt::ImEnabled).toBool() && !query.value(Qt::ImReadOnly).toBool();
+}
+
+bool PlayerInputMonitor::eventFilter(QObject *watched, QEvent *event)
+{
+    // Input reaches the window first and is then handed to its widgets; looking at the window
+    // alone sees each event once.
+    if (!watched->isWindowType())
+        return false;
+    switch (event->type()) {
+    case QEvent::KeyPress: {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        const KeyboardShortcuts::Action action = KeyboardShortcuts::action(
+            key->key(), key->modifiers(), key->isAutoRepeat(), textFieldHasFocus());
+        if (std::holds_alternative<KeyboardShortcuts::PassOn>(action))
+            return false;
+        m_handler(action);
+        return true;
+    }
+    case QEvent::MouseMove:
+        Q_EMIT PlayerNotifications::shared().playerMouseMoved(static_cast<QWindow *>(watched));
+        return false;
+    default:
+        return false;
+    }
+}

@@ -1,0 +1,265 @@
+#include "playermodel.h"
+
+#include "playerinputmonitor.h"
+#include "playlistload.h"
+
+#include "sources/sourceaddress.h"
+#include "sources/urlparts.h"
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QtConcurrent/QtConcurrentRun>
+#include <cmath>
+
+namespace {
+const QString playlistFailurePrefix = QStringLiteral("Could not open playlist: ");
+const QString importFailurePrefix = QStringLiteral("Could not import playlist: ");
+} // namespace
+
+PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
+    : QObject(parent)
+    , m_player(std::move(player))
+{
+    m_player->setVolume(m_volume);
+
+    m_timeObserver.setInterval(timeObserverIntervalMs);
+    connect(&m_timeObserver, &QTimer::timeout, this, &PlayerModel::observeTime);
+    m_timeObserver.start();
+
+    // The player's waiting state stands for its time-control status; the two buffer flags are
+    // observed only for the current item.
+    connect(m_player.get(), &MediaPlayer::waitingToPlayChanged, this,
+            &PlayerModel::refreshBufferingState);
+    const auto itemBufferChanged = [this] {
+        if (m_observingItemBuffer)
+            refreshBufferingState();
+    };
+    connect(m_player.get(), &MediaPlayer::bufferEmptyChanged, this, itemBufferChanged);
+    connect(m_player.get(), &MediaPlayer::likelyToKeepUpChanged, this, itemBufferChanged);
+    connect(m_player.get(), &MediaPlayer::playbackFailed, this,
+            &PlayerModel::handlePlaybackFailure);
+
+    m_bufferingIndicatorTask.setSingleShot(true);
+    m_bufferingIndicatorTask.setInterval(bufferingIndicatorDelayMs);
+    connect(&m_bufferingIndicatorTask, &QTimer::timeout, this, [this] {
+        if (m_isLiveStream && m_player->hasItem() && m_player->isWaitingToPlay())
+            setIsBuffering(true);
+    });
+
+    m_toastTask.setSingleShot(true);
+    m_toastTask.setInterval(toastDurationMs);
+    connect(&m_toastTask, &QTimer::timeout, this, [this] { setToastMessage(QString()); });
+
+    refreshBufferingState();
+}
+
+PlayerModel::~PlayerModel()
+{
+    // Timers and the input monitor go with their members; a pending download is aborted and a
+    // parse still running on a worker finds no one to publish to.
+    m_download.reset();
+    m_inputMonitor.reset();
+}
+
+void PlayerModel::play(const QUrl &url, const std::optional<QString> &displayName,
+                       bool isLiveStream)
+{
+    setYouTubeContent(std::nullopt);
+    setErrorMessage(QString());
+    QString title;
+    if (displayName) {
+        title = *displayName;
+    } else {
+        const std::optional<QString> decoded
+            = UrlParts::removingPercentEncoding(UrlParts::lastPathComponent(url));
+        title = decoded ? *decoded : QString::fromUtf8(UrlParts::encoded(url));
+    }
+    setTitle(title);
+    m_lastPlayableSource = LastPlayableMedia {url, title, isLiveStream};
+    setIsLiveStream(isLiveStream);
+    hideBufferingIndicator();
+    setVideoAspectRatio(0);
+
+    m_observingItemBuffer = true;
+    m_player->replaceCurrentItem(url);
+    m_player->play();
+    setIsPlaying(true);
+    refreshBufferingState();
+}
+
+void PlayerModel::openRemote(const QString &text, const std::optional<QString> &displayName)
+{
+    const QUuid requestID = QUuid::createUuid();
+    m_remoteRequestID = requestID;
+
+    const SourceAddress::Classification source = SourceAddress::classify(text);
+    switch (source.kind) {
+    case SourceAddress::SourceKind::invalid:
+        setErrorMessage(SourceAddress::invalidAddressMessage.toString());
+        return;
+    case SourceAddress::SourceKind::youtube:
+        showYouTubeContent(*source.youtubeContent, displayName);
+        return;
+    case SourceAddress::SourceKind::playlist:
+        loadM3U(source.url, displayName, requestID);
+        return;
+    case SourceAddress::SourceKind::stream:
+        setIsLoading(false);
+        play(source.url, displayName, source.isLiveStream);
+        return;
+    }
+}
+
+void PlayerModel::showYouTubeContent(const YouTubeContent &content,
+                                     const std::optional<QString> &title)
+{
+    m_observingItemBuffer = false;
+    m_player->replaceCurrentItem(std::nullopt);
+    setYouTubeContent(content);
+    if (title)
+        setTitle(*title);
+    m_lastPlayableSource = LastPlayableYouTube {content, m_title};
+    setIsLiveStream(false);
+    hideBufferingIndicator();
+    setCurrentTime(0);
+    setDuration(0);
+}
+
+void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &displayName,
+                          QUuid requestID)
+{
+    setIsLoading(true);
+    // Only the latest request can publish, so an older download is of no use: drop it.
+    m_download = std::make_unique<PlaylistDownload>(
+        m_network, url, m_limits, [this, url, displayName, requestID](PlaylistDownload::Result r) {
+            m_download.release()->deleteLater();
+            if (m_remoteRequestID != requestID)
+                return;
+            if (!r.error.isNull()) {
+                setIsLoading(false);
+                setErrorMessage(playlistFailurePrefix + r.error);
+                return;
+            }
+            loadInBackground([bytes = std::move(r.bytes), url] { return loadPlaylist(bytes, url); },
+                             [this, displayName, requestID](const PlaylistLoadResult &result) {
+                                 if (m_remoteRequestID != requestID)
+                                     return;
+                                 if (!result.error.isNull()) {
+                                     setIsLoading(false);
+                                     setErrorMessage(playlistFailurePrefix + result.error);
+                                     return;
+                                 }
+                                 publishPlaylist(result.entries, displayName);
+                             });
+        });
+}
+
+void PlayerModel::publishPlaylist(const QList<PlaylistEntry> &entries,
+                                  const std::optional<QString> &displayName)
+{
+    m_playlist = entries;
+    Q_EMIT playlistChanged();
+    setIsLoading(false);
+    setErrorMessage(QString());
+    setTitle(displayName ? *displayName : QStringLiteral("IPTV Playlist"));
+}
+
+void PlayerModel::loadInBackground(std::function<PlaylistLoadResult()> work,
+                                   std::function<void(const PlaylistLoadResult &)> done)
+{
+    // The watcher belongs to the model: if the model goes first, the result is never delivered.
+    auto *watcher = new QFutureWatcher<PlaylistLoadResult>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [watcher, done = std::move(done)] {
+        watcher->deleteLater();
+        done(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(std::move(work)));
+}
+
+void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
+{
+    if (!m_fileChooser)
+        return;
+    const std::optional<QString> path = m_fileChooser(OpenPanels::importPlaylist());
+    if (!path)
+        return;
+    // Reading and parsing a large file happens off the main thread. A remote open or a clear
+    // made meanwhile is the newer choice, so the import then publishes nothing.
+    const QUuid requestID = m_remoteRequestID;
+    const qint64 maxBytes = m_limits.maxBytes;
+    loadInBackground([file = *path, maxBytes] { return loadPlaylistFile(file, maxBytes); },
+                     [this, displayName, requestID](const PlaylistLoadResult &result) {
+                         if (m_remoteRequestID != requestID)
+                             return;
+                         if (!result.error.isNull()) {
+                             setErrorMessage(importFailurePrefix + result.error);
+                             return;
+                         }
+                         publishPlaylist(result.entries, displayName);
+                     });
+}
+
+void PlayerModel::openFile()
+{
+    if (!m_fileChooser)
+        return;
+    const std::optional<QString> path = m_fileChooser(OpenPanels::chooseMedia());
+    if (!path)
+        return;
+    const QFileInfo file(*path);
+    play(QUrl::fromLocalFile(file.absoluteFilePath()), file.fileName(), false);
+}
+
+void PlayerModel::clearNetworkStream()
+{
+    m_remoteRequestID = QUuid::createUuid();
+    m_download.reset();
+    if (!m_playlist.isEmpty()) {
+        m_playlist.clear();
+        Q_EMIT playlistChanged();
+    }
+    setErrorMessage(QString());
+    setIsLoading(false);
+    discardLastRemoteSource();
+    stop();
+}
+
+void PlayerModel::discardLastRemoteSource()
+{
+    if (!m_lastPlayableSource)
+        return;
+    const auto *media = std::get_if<LastPlayableMedia>(&*m_lastPlayableSource);
+    if (!media || !media->url.isLocalFile())
+        m_lastPlayableSource.reset();
+}
+
+void PlayerModel::replayLastSourceOrShowToast()
+{
+    if (!m_lastPlayableSource) {
+        showToast(
+            QStringLiteral("No media or URL is available. Open a file or enter a stream URL."));
+        return;
+    }
+    // Copied: playing records a new last source.
+    const LastPlayableSource source = *m_lastPlayableSource;
+    if (const auto *media = std::get_if<LastPlayableMedia>(&source))
+        play(media->url, media->title, media->isLiveStream);
+    else if (const auto *youtube = std::get_if<LastPlayableYouTube>(&source))
+        showYouTubeContent(youtube->content, youtube->title);
+}
+
+void PlayerModel::updateStreamTitle(const QString &text)
+{
+    if (!m_isLiveStream)
+        return;
+    const QString trimmed = text.trimmed();
+    setTitle(trimmed.isEmpty() ? applicationDisplayName.toString() : trimmed);
+}
+
+void PlayerModel::handlePlaybackFailure()
+{
+    // Media that cannot be opened has no text of its own: say which title failed.
+    m_observingItemBuffer = false;
+    hideBufferingIndicator();
+    setIsPlaying(false);
+    showToast(QStringLiteral("Could not play %1.").arg(m_title));
+}

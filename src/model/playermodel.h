@@ -1,0 +1,215 @@
+#pragma once
+// The one observable object behind the player window: it owns the media player, publishes what
+// the views show, opens files, streams and playlists, runs the transport and reports errors and
+// notices. Lives on the main thread.
+#include "mediaplayer.h"
+#include "openpanels.h"
+#include "playlistdownload.h"
+#include "sources/lastplayablesource.h"
+#include "sources/playlistentry.h"
+#include "sources/youtubecontent.h"
+#include <QList>
+#include <QNetworkAccessManager>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <QUrl>
+#include <QUuid>
+#include <memory>
+#include <optional>
+
+class PlayerInputMonitor;
+class WebPlayerScripts;
+struct PlaylistLoadResult;
+
+class PlayerModel final : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    // Null when there is no error.
+    Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    Q_PROPERTY(QList<PlaylistEntry> playlist READ playlist NOTIFY playlistChanged)
+    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)
+    Q_PROPERTY(double currentTime READ currentTime NOTIFY currentTimeChanged)
+    Q_PROPERTY(double duration READ duration NOTIFY durationChanged)
+    Q_PROPERTY(double volume READ volume NOTIFY volumeChanged)
+    Q_PROPERTY(bool isMuted READ isMuted NOTIFY isMutedChanged)
+    Q_PROPERTY(double videoAspectRatio READ videoAspectRatio NOTIFY videoAspectRatioChanged)
+    Q_PROPERTY(bool isLiveStream READ isLiveStream NOTIFY isLiveStreamChanged)
+    Q_PROPERTY(bool isBuffering READ isBuffering NOTIFY isBufferingChanged)
+    Q_PROPERTY(std::optional<YouTubeContent> youtubeContent READ youtubeContent NOTIFY
+                   youtubeContentChanged)
+    // Null when no notice is shown.
+    Q_PROPERTY(QString toastMessage READ toastMessage NOTIFY toastMessageChanged)
+
+public:
+    static constexpr QStringView noMediaTitle = u"No Media Selected";
+    static constexpr QStringView applicationDisplayName = u"LumoMediaPlayerPro";
+    static constexpr int timeObserverIntervalMs = 250;
+    static constexpr int bufferingIndicatorDelayMs = 450;
+    static constexpr int toastDurationMs = 2800;
+
+    explicit PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent = nullptr);
+    ~PlayerModel() override;
+
+    MediaPlayer &player() const { return *m_player; }
+
+    const QString &title() const { return m_title; }
+    const QString &errorMessage() const { return m_errorMessage; }
+    bool isLoading() const { return m_isLoading; }
+    const QList<PlaylistEntry> &playlist() const { return m_playlist; }
+    bool isPlaying() const { return m_isPlaying; }
+    double currentTime() const { return m_currentTime; }
+    double duration() const { return m_duration; }
+    double volume() const { return m_volume; }
+    bool isMuted() const { return m_isMuted; }
+    double videoAspectRatio() const { return m_videoAspectRatio; }
+    bool isLiveStream() const { return m_isLiveStream; }
+    bool isBuffering() const { return m_isBuffering; }
+    const std::optional<YouTubeContent> &youtubeContent() const { return m_youtubeContent; }
+    const QString &toastMessage() const { return m_toastMessage; }
+    const std::optional<LastPlayableSource> &lastPlayableSource() const
+    {
+        return m_lastPlayableSource;
+    }
+
+    // Seams set up by the application.
+    void setWebPlayerScripts(WebPlayerScripts *scripts) { m_webPlayerScripts = scripts; }
+    void setFileChooser(FileChooser chooser) { m_fileChooser = std::move(chooser); }
+    void setPlaylistDownloadLimits(const PlaylistDownloadLimits &limits) { m_limits = limits; }
+
+    // Opening (in PlayerModel.cpp).
+    void play(const QUrl &url, const std::optional<QString> &displayName, bool isLiveStream);
+    void openRemote(const QString &text, const std::optional<QString> &displayName);
+    void importLocalM3U(const std::optional<QString> &displayName);
+    void openFile();
+    void clearNetworkStream();
+    void discardLastRemoteSource();
+    void replayLastSourceOrShowToast();
+    void updateStreamTitle(const QString &text);
+
+    // Transport, observation and notices (in PlayerModelTransport.cpp).
+    void togglePlayback();
+    void skip(double seconds);
+    void setVolume(double value);
+    void toggleMute();
+    void stop();
+    void showToast(const QString &text);
+    // Installs the key-down and mouse-moved monitor once; later calls do nothing.
+    void installKeyboardShortcuts();
+
+Q_SIGNALS:
+    void titleChanged();
+    void errorMessageChanged();
+    void isLoadingChanged();
+    void playlistChanged();
+    void isPlayingChanged();
+    void currentTimeChanged();
+    void durationChanged();
+    void volumeChanged();
+    void isMutedChanged();
+    void videoAspectRatioChanged();
+    void isLiveStreamChanged();
+    void isBufferingChanged();
+    void youtubeContentChanged();
+    void toastMessageChanged();
+
+private:
+    template<typename T>
+    void publish(T &field, const T &value, void (PlayerModel::*changed)())
+    {
+        if (field == value)
+            return;
+        field = value;
+        Q_EMIT(this->*changed)();
+    }
+
+    void setTitle(const QString &title) { publish(m_title, title, &PlayerModel::titleChanged); }
+    void setErrorMessage(const QString &text)
+    {
+        publish(m_errorMessage, text, &PlayerModel::errorMessageChanged);
+    }
+    void setIsLoading(bool loading)
+    {
+        publish(m_isLoading, loading, &PlayerModel::isLoadingChanged);
+    }
+    void setIsPlaying(bool playing)
+    {
+        publish(m_isPlaying, playing, &PlayerModel::isPlayingChanged);
+    }
+    void setCurrentTime(double seconds)
+    {
+        publish(m_currentTime, seconds, &PlayerModel::currentTimeChanged);
+    }
+    void setDuration(double seconds)
+    {
+        publish(m_duration, seconds, &PlayerModel::durationChanged);
+    }
+    void setIsMuted(bool muted) { publish(m_isMuted, muted, &PlayerModel::isMutedChanged); }
+    void setVideoAspectRatio(double ratio)
+    {
+        publish(m_videoAspectRatio, ratio, &PlayerModel::videoAspectRatioChanged);
+    }
+    void setIsLiveStream(bool live)
+    {
+        publish(m_isLiveStream, live, &PlayerModel::isLiveStreamChanged);
+    }
+    void setIsBuffering(bool buffering)
+    {
+        publish(m_isBuffering, buffering, &PlayerModel::isBufferingChanged);
+    }
+    void setYouTubeContent(const std::optional<YouTubeContent> &content)
+    {
+        publish(m_youtubeContent, content, &PlayerModel::youtubeContentChanged);
+    }
+    void setToastMessage(const QString &text)
+    {
+        publish(m_toastMessage, text, &PlayerModel::toastMessageChanged);
+    }
+
+    void showYouTubeContent(const YouTubeContent &content, const std::optional<QString> &title);
+    void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
+    void publishPlaylist(const QList<PlaylistEntry> &entries,
+                         const std::optional<QString> &displayName);
+    // Runs work on a worker thread and hands its result to done on the main thread.
+    void loadInBackground(std::function<PlaylistLoadResult()> work,
+                          std::function<void(const PlaylistLoadResult &)> done);
+
+    void observeTime();
+    void refreshBufferingState();
+    void showBufferingIndicatorAfterDelay();
+    void hideBufferingIndicator();
+    void handlePlaybackFailure();
+    void evaluateInWebPlayer(const QString &script);
+
+    std::unique_ptr<MediaPlayer> m_player;
+    QString m_title = noMediaTitle.toString();
+    QString m_errorMessage;
+    bool m_isLoading = false;
+    QList<PlaylistEntry> m_playlist;
+    bool m_isPlaying = false;
+    double m_currentTime = 0;
+    double m_duration = 0;
+    double m_volume = 1.0;
+    bool m_isMuted = false;
+    double m_videoAspectRatio = 0;
+    bool m_isLiveStream = false;
+    bool m_isBuffering = false;
+    std::optional<YouTubeContent> m_youtubeContent;
+    QString m_toastMessage;
+
+    QTimer m_timeObserver;
+    bool m_observingItemBuffer = false; // the current item's buffer flags are observed
+    QTimer m_bufferingIndicatorTask;
+    QTimer m_toastTask;
+    std::unique_ptr<PlayerInputMonitor> m_inputMonitor;
+    QUuid m_remoteRequestID;
+    std::optional<LastPlayableSource> m_lastPlayableSource;
+
+    QNetworkAccessManager m_network;
+    std::unique_ptr<PlaylistDownload> m_download;
+    PlaylistDownloadLimits m_limits;
+    WebPlayerScripts *m_webPlayerScripts = nullptr;
+    FileChooser m_fileChooser;
+};

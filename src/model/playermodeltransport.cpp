@@ -1,0 +1,142 @@
+// PlayerModel: transport with its two routes, observation, buffering indicator, notices and
+// the keyboard and pointer monitor.
+#include "playerinputmonitor.h"
+#include "playermodel.h"
+#include "transportscripts.h"
+#include "webplayerscripts.h"
+
+#include <cmath>
+
+void PlayerModel::evaluateInWebPlayer(const QString &script)
+{
+    if (m_webPlayerScripts)
+        m_webPlayerScripts->evaluate(script);
+}
+
+void PlayerModel::togglePlayback()
+{
+    if (m_youtubeContent) {
+        evaluateInWebPlayer(TransportScripts::toggle());
+        setIsPlaying(!m_isPlaying);
+        return;
+    }
+    if (!m_player->hasItem())
+        return;
+    if (m_player->isPlaying())
+        m_player->pause();
+    else
+        m_player->play();
+    setIsPlaying(m_player->isPlaying());
+}
+
+void PlayerModel::skip(double seconds)
+{
+    if (m_youtubeContent) {
+        evaluateInWebPlayer(TransportScripts::skip(seconds));
+        return;
+    }
+    // The end first, then the start: with an unknown duration (0) every skip lands at 0.
+    double target = m_currentTime + seconds;
+    if (!(target < m_duration))
+        target = m_duration;
+    if (target < 0)
+        target = 0;
+    m_player->seekExactly(target);
+    // The position jumps now; the periodic observer would only see it on its next tick.
+    setCurrentTime(target);
+}
+
+void PlayerModel::setVolume(double value)
+{
+    publish(m_volume, value, &PlayerModel::volumeChanged);
+    setIsMuted(value == 0);
+    if (m_youtubeContent) {
+        evaluateInWebPlayer(TransportScripts::setVolume(value));
+        return;
+    }
+    m_player->setVolume(m_volume);
+    m_player->setMuted(m_isMuted);
+}
+
+void PlayerModel::toggleMute()
+{
+    setIsMuted(!m_isMuted);
+    if (m_youtubeContent)
+        evaluateInWebPlayer(TransportScripts::setMuted(m_isMuted));
+    else
+        m_player->setMuted(m_isMuted);
+}
+
+void PlayerModel::stop()
+{
+    m_player->pause();
+    m_player->replaceCurrentItem(std::nullopt);
+    m_observingItemBuffer = false;
+    setCurrentTime(0);
+    setDuration(0);
+    setIsPlaying(false);
+    setTitle(noMediaTitle.toString());
+    setYouTubeContent(std::nullopt);
+    hideBufferingIndicator();
+}
+
+void PlayerModel::observeTime()
+{
+    if (m_youtubeContent)
+        return;
+    const double position = m_player->position();
+    setCurrentTime(std::isfinite(position) ? position : 0);
+    setDuration(m_player->hasItem() ? m_player->duration().value_or(0) : 0);
+    setIsPlaying(m_player->isPlaying());
+    const QSize size = m_player->presentationSize();
+    if (size.width() > 0 && size.height() > 0) {
+        const double ratio = double(size.width()) / size.height();
+        if (std::abs(ratio - m_videoAspectRatio) > 0.001)
+            setVideoAspectRatio(ratio);
+    }
+}
+
+void PlayerModel::refreshBufferingState()
+{
+    // Only live streams show the indicator: a file that stalls is not worth a spinner.
+    if (m_isLiveStream && m_player->hasItem() && m_player->isWaitingToPlay())
+        showBufferingIndicatorAfterDelay();
+    else
+        hideBufferingIndicator();
+}
+
+void PlayerModel::showBufferingIndicatorAfterDelay()
+{
+    if (m_isBuffering || m_bufferingIndicatorTask.isActive())
+        return;
+    m_bufferingIndicatorTask.start();
+}
+
+void PlayerModel::hideBufferingIndicator()
+{
+    m_bufferingIndicatorTask.stop();
+    setIsBuffering(false);
+}
+
+void PlayerModel::showToast(const QString &text)
+{
+    m_toastTask.stop();
+    setToastMessage(text);
+    m_toastTask.start();
+}
+
+void PlayerModel::installKeyboardShortcuts()
+{
+    if (m_inputMonitor)
+        return;
+    m_inputMonitor = std::make_unique<PlayerInputMonitor>(
+        [this](const KeyboardShortcuts::Action &action) {
+            if (const auto *skipBy = std::get_if<KeyboardShortcuts::Skip>(&action))
+                skip(skipBy->seconds);
+            else if (std::holds_alternative<KeyboardShortcuts::Stop>(action))
+                stop();
+            else if (std::holds_alternative<KeyboardShortcuts::TogglePlayback>(action))
+                togglePlayback();
+        },
+        nullptr);
+}

@@ -1,0 +1,7 @@
+#include "playernotifications.h"
+
+PlayerNotifications &PlayerNotifications::shared()
+{
+    static PlayerNotifications notifications;
+    return notifications;
+}

@@ -1,0 +1,53 @@
+#pragma once
+// One GET of a remote playlist with the player's limits, ending in its bytes or in a
+// description of the failure that a user understands.
+#include "playlistload.h"
+#include <QByteArray>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QTimer>
+#include <QUrl>
+#include <functional>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+
+struct PlaylistDownloadLimits
+{
+    // No byte for this long, or no end after totalTimeoutMs, and the request has timed out.
+    int idleTimeoutMs = 20'000;
+    int totalTimeoutMs = 120'000;
+    qint64 maxBytes = maxPlaylistBytes;
+};
+
+class PlaylistDownload final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Result
+    {
+        QByteArray bytes;
+        QString error; // null when the download succeeded
+    };
+    using Completion = std::function<void(Result)>;
+
+    // Starts at once; completion runs once, on this thread. Deleting the download aborts it
+    // silently.
+    PlaylistDownload(QNetworkAccessManager &network, const QUrl &url,
+                     const PlaylistDownloadLimits &limits, Completion completion,
+                     QObject *parent = nullptr);
+    ~PlaylistDownload() override;
+
+private:
+    void finish();
+    void fail(const QString &description);
+
+    QPointer<QNetworkReply> m_reply;
+    PlaylistDownloadLimits m_limits;
+    Completion m_completion;
+    QTimer m_idleTimer;
+    QTimer m_totalTimer;
+    QString m_abortReason; // why we aborted the reply ourselves
+};

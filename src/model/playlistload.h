@@ -1,0 +1,27 @@
+#pragma once
+// Turning playlist bytes into channels: decode, parse, and report a playlist without channels.
+// Pure and thread-safe, so that large playlists can be read off the main thread.
+#include "sources/playlistentry.h"
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+struct PlaylistLoadResult
+{
+    QList<PlaylistEntry> entries;
+    QString error; // the error's description; null on success
+};
+
+// Twice the largest playlist we measure (200,000 channels, 63 MB) and far above real channel
+// lists; loading needs about three times the body in memory (the bytes, the text, the
+// channels), so this bounds a hostile body to well under a gigabyte.
+inline constexpr qint64 maxPlaylistBytes = 128 * 1024 * 1024;
+
+// "The playlist is larger than 128 MB."
+QString playlistTooLargeDescription(qint64 maxBytes);
+
+PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL);
+
+// Reads a local playlist file (at most maxBytes) and loads it.
+PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes);

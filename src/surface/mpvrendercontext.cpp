@@ -1,0 +1,62 @@
+#include "mpvrendercontext.h"
+
+#include <QOpenGLContext>
+#include <mpv/render_gl.h>
+
+void MpvRenderContext::Deleter::operator()(mpv_render_context *context) const
+{
+    mpv_render_context_free(context);
+}
+
+MpvRenderContext::MpvRenderContext(mpv_handle *handle, std::function<void()> onUpdate)
+    : m_onUpdate(std::move(onUpdate))
+{
+    mpv_opengl_init_params glInit {};
+    glInit.get_proc_address = [](void *, const char *name) -> void * {
+        QOpenGLContext *context = QOpenGLContext::currentContext();
+        return context ? reinterpret_cast<void *>(context->getProcAddress(name)) : nullptr;
+    };
+    char apiType[] = MPV_RENDER_API_TYPE_OPENGL;
+    mpv_render_param params[] = {
+        {MPV_RENDER_PARAM_API_TYPE, apiType},
+        {MPV_RENDER_PARAM_OPENGL_INIT_PARAMS, &glInit},
+        {MPV_RENDER_PARAM_INVALID, nullptr},
+    };
+    mpv_render_context *context = nullptr;
+    if (mpv_render_context_create(&context, handle, params) < 0)
+        return;
+    m_context.reset(context);
+    mpv_render_context_set_update_callback(
+        context, [](void *self) { static_cast<MpvRenderContext *>(self)->m_onUpdate(); }, this);
+}
+
+MpvRenderContext::~MpvRenderContext()
+{
+    if (m_context)
+        mpv_render_context_set_update_callback(m_context.get(), nullptr, nullptr);
+}
+
+bool MpvRenderContext::takeFrameUpdate()
+{
+    return m_context && (mpv_render_context_update(m_context.get()) & MPV_RENDER_UPDATE_FRAME);
+}
+
+void MpvRenderContext::render(unsigned fbo, int width, int height)
+{
+    if (!m_context)
+        return;
+    mpv_opengl_fbo target {static_cast<int>(fbo), width, height, 0};
+    int flipY = 1;
+    mpv_render_param params[] = {
+        {MPV_RENDER_PARAM_OPENGL_FBO, &target},
+        {MPV_RENDER_PARAM_FLIP_Y, &flipY},
+        {MPV_RENDER_PARAM_INVALID, nullptr},
+    };
+    mpv_render_context_render(m_context.get(), params);
+}
+
+void MpvRenderContext::reportSwap()
+{
+    if (m_context)
+        mpv_render_context_report_swap(m_context.get());
+}

@@ -33,6 +33,8 @@ inline constexpr const char *pausedForCache = "paused-for-cache";
 inline constexpr const char *cacheBufferingState = "cache-buffering-state";
 inline constexpr const char *displayWidth = "video-params/dw";
 inline constexpr const char *displayHeight = "video-params/dh";
+inline constexpr const char *fileFormat = "file-format";
+inline constexpr const char *seekable = "seekable";
 inline constexpr const char *volume = "volume";
 inline constexpr const char *mute = "mute";
 } // namespace Property

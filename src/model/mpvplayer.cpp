@@ -20,6 +20,7 @@ const MpvPlayer::ObservedProperty MpvPlayer::s_observed[] = {
     {Property::pause, MPV_FORMAT_FLAG},         {Property::timePos, MPV_FORMAT_DOUBLE},
     {Property::duration, MPV_FORMAT_DOUBLE},    {Property::pausedForCache, MPV_FORMAT_FLAG},
     {Property::displayWidth, MPV_FORMAT_INT64}, {Property::displayHeight, MPV_FORMAT_INT64},
+    {Property::fileFormat, MPV_FORMAT_STRING},  {Property::seekable, MPV_FORMAT_FLAG},
 };
 
 void MpvPlayer::HandleDeleter::operator()(mpv_handle *handle) const
@@ -156,6 +157,14 @@ void MpvPlayer::setMuted(bool muted)
     mpv_set_property(m_handle.get(), Property::mute, MPV_FORMAT_FLAG, &flag);
 }
 
+std::optional<double> MpvPlayer::duration() const
+{
+    // mpv estimates a length for live HLS from what it has buffered; a live stream has none.
+    if (m_isHls && !m_seekable)
+        return std::nullopt;
+    return m_duration;
+}
+
 bool MpvPlayer::isWaitingToPlay() const
 {
     return m_hasItem && !m_paused && (m_pausedForCache || !m_firstFrameShown);
@@ -233,6 +242,11 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
             Q_EMIT likelyToKeepUpChanged(!empty);
             updateWaiting();
         }
+    } else if (key == Property::fileFormat) {
+        m_isHls = format == MPV_FORMAT_STRING
+            && QByteArrayView(*static_cast<const char **>(data)) == "hls";
+    } else if (key == Property::seekable) {
+        m_seekable = flag();
     } else if (key == Property::displayWidth || key == Property::displayHeight) {
         (key == Property::displayWidth ? m_displayWidth : m_displayHeight) = integer();
         m_presentationSize = m_displayWidth > 0 && m_displayHeight > 0

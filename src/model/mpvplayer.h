@@ -30,7 +30,7 @@ public:
 
     bool hasItem() const override { return m_hasItem; }
     double position() const override { return m_position; }
-    std::optional<double> duration() const override { return m_duration; }
+    std::optional<double> duration() const override;
     bool isPlaying() const override { return m_hasItem && !m_paused; }
     bool isWaitingToPlay() const override;
     bool isBufferEmpty() const override { return m_pausedForCache; }
@@ -70,6 +70,8 @@ private:
     bool m_waiting = false;
     double m_position = qQNaN();
     std::optional<double> m_duration;
+    bool m_isHls = false;
+    bool m_seekable = false;
     qint64 m_displayWidth = 0;
     qint64 m_displayHeight = 0;
     QSize m_presentationSize;

@@ -1,0 +1,40 @@
+#pragma once
+// A media player whose waiting state the test sets at will, to reach stalls of an exact length
+// that a real stream cannot be held to.
+#include "model/mediaplayer.h"
+
+class ScriptedMediaPlayer final : public MediaPlayer
+{
+public:
+    void replaceCurrentItem(const std::optional<QUrl> &url) override
+    {
+        m_hasItem = url.has_value();
+    }
+    void play() override { m_playing = true; }
+    void pause() override { m_playing = false; }
+    void seekExactly(double seconds) override { m_position = seconds; }
+    void setVolume(double) override { }
+    void setMuted(bool) override { }
+
+    bool hasItem() const override { return m_hasItem; }
+    double position() const override { return m_position; }
+    std::optional<double> duration() const override { return 100.0; }
+    bool isPlaying() const override { return m_hasItem && m_playing; }
+    bool isWaitingToPlay() const override { return m_hasItem && m_playing && m_waiting; }
+    bool isBufferEmpty() const override { return m_waiting; }
+    bool isLikelyToKeepUp() const override { return !m_waiting; }
+    QSize presentationSize() const override { return {640, 360}; }
+
+    void setWaiting(bool waiting)
+    {
+        m_waiting = waiting;
+        Q_EMIT bufferEmptyChanged(waiting);
+        Q_EMIT waitingToPlayChanged(isWaitingToPlay());
+    }
+
+private:
+    bool m_hasItem = false;
+    bool m_playing = false;
+    bool m_waiting = false;
+    double m_position = 0;
+};

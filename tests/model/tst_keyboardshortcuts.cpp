@@ -1,0 +1,83 @@
+#include "model/keyboardshortcuts.h"
+
+#include <QTest>
+
+using namespace KeyboardShortcuts;
+
+Q_DECLARE_METATYPE(KeyboardShortcuts::Action)
+
+namespace {
+constexpr auto command = Qt::ControlModifier;
+constexpr auto option = Qt::AltModifier;
+constexpr auto control = Qt::MetaModifier;
+constexpr auto shift = Qt::ShiftModifier;
+} // namespace
+
+class TestKeyboardShortcuts : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void rules_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+        QTest::addColumn<Action>("expected");
+        const Qt::KeyboardModifiers none;
+        QTest::newRow("left") << int(Qt::Key_Left) << none << Action(Skip {-5});
+        QTest::newRow("right") << int(Qt::Key_Right) << none << Action(Skip {5});
+        QTest::newRow("option+command right")
+            << int(Qt::Key_Right) << (option | command) << Action(Skip {300});
+        QTest::newRow("option+command left")
+            << int(Qt::Key_Left) << (option | command) << Action(Skip {-300});
+        QTest::newRow("command right")
+            << int(Qt::Key_Right) << Qt::KeyboardModifiers(command) << Action(Skip {60});
+        QTest::newRow("option left")
+            << int(Qt::Key_Left) << Qt::KeyboardModifiers(option) << Action(Skip {-20});
+        QTest::newRow("shift right passes on")
+            << int(Qt::Key_Right) << Qt::KeyboardModifiers(shift) << Action(PassOn {});
+        QTest::newRow("control left passes on")
+            << int(Qt::Key_Left) << Qt::KeyboardModifiers(control) << Action(PassOn {});
+        QTest::newRow("shift+command still skips a minute")
+            << int(Qt::Key_Right) << (shift | command) << Action(Skip {60});
+        QTest::newRow("control+option still skips 20 s")
+            << int(Qt::Key_Right) << (control | option) << Action(Skip {20});
+        QTest::newRow("keypad arrow")
+            << int(Qt::Key_Right) << Qt::KeyboardModifiers(Qt::KeypadModifier) << Action(Skip {5});
+        QTest::newRow("command K stops")
+            << int(Qt::Key_K) << Qt::KeyboardModifiers(command) << Action(Stop {});
+        QTest::newRow("K alone passes on") << int(Qt::Key_K) << none << Action(PassOn {});
+        QTest::newRow("option K passes on")
+            << int(Qt::Key_K) << Qt::KeyboardModifiers(option) << Action(PassOn {});
+        QTest::newRow("space") << int(Qt::Key_Space) << none << Action(TogglePlayback {});
+        QTest::newRow("space with every modifier")
+            << int(Qt::Key_Space) << (shift | command | option | control)
+            << Action(TogglePlayback {});
+        QTest::newRow("other key") << int(Qt::Key_A) << none << Action(PassOn {});
+        QTest::newRow("up arrow") << int(Qt::Key_Up) << none << Action(PassOn {});
+    }
+
+    void rules()
+    {
+        QFETCH(int, key);
+        QFETCH(Qt::KeyboardModifiers, modifiers);
+        QFETCH(Action, expected);
+        QVERIFY(action(key, modifiers, false, false) == expected);
+    }
+
+    void repeatedKeysPassOn()
+    {
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Right, {}, true, false)));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Space, {}, true, false)));
+    }
+
+    void aFocusedTextFieldKeepsItsKeys()
+    {
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Space, {}, false, true)));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Left, {}, false, true)));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_K, command, false, true)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestKeyboardShortcuts)
+#include "tst_keyboardshortcuts.moc"

@@ -1,0 +1,86 @@
+#include "testmedia.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTest>
+
+namespace TestMedia {
+
+namespace {
+bool runFfmpeg(const QStringList &arguments)
+{
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"),
+                 QStringList {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")}
+                     + arguments);
+    if (!ffmpeg.waitForFinished(120'000) || ffmpeg.exitCode() != 0) {
+        qWarning("ffmpeg failed: %s", ffmpeg.readAllStandardError().constData());
+        return false;
+    }
+    return true;
+}
+} // namespace
+
+bool makeClip(const QString &path, double seconds, QSize size, int fps, bool withAudio)
+{
+    QStringList arguments {"-f", "lavfi", "-i",
+                           QStringLiteral("testsrc2=size=%1x%2:rate=%3:duration=%4")
+                               .arg(size.width())
+                               .arg(size.height())
+                               .arg(fps)
+                               .arg(seconds)};
+    if (withAudio)
+        arguments
+            += {"-f", "lavfi", "-i", QStringLiteral("sine=frequency=440:duration=%1").arg(seconds)};
+    arguments += {"-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p"};
+    if (withAudio)
+        arguments += {"-c:a", "aac", "-shortest"};
+    arguments += {"-movflags", "+faststart", path};
+    return runFfmpeg(arguments);
+}
+
+bool makeSegments(const QString &folder, int count)
+{
+    QDir().mkpath(folder);
+    return runFfmpeg({"-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("testsrc2=size=160x120:rate=10:duration=%1").arg(count),
+                      "-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("sine=duration=%1").arg(count),
+                      "-c:v",
+                      "libx264",
+                      "-preset",
+                      "ultrafast",
+                      "-g",
+                      "10",
+                      "-pix_fmt",
+                      "yuv420p",
+                      "-c:a",
+                      "aac",
+                      "-shortest",
+                      "-f",
+                      "hls",
+                      "-hls_time",
+                      "1",
+                      "-hls_list_size",
+                      "0",
+                      "-hls_segment_filename",
+                      folder + QStringLiteral("/seg%d.ts"),
+                      folder + QStringLiteral("/all.m3u8")});
+}
+
+QByteArray liveIndex(qint64 elapsedMs, int segmentCount, int window)
+{
+    const int last = std::min(int(elapsedMs / 1000) + window, segmentCount);
+    const int first = std::max(last - window, 0);
+    QByteArray index = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:1\n";
+    index += "#EXT-X-MEDIA-SEQUENCE:" + QByteArray::number(first) + "\n";
+    for (int i = first; i < last; ++i)
+        index += "#EXTINF:1.000000,\nseg" + QByteArray::number(i) + ".ts\n";
+    return index;
+}
+
+} // namespace TestMedia

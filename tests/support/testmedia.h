@@ -1,0 +1,18 @@
+#pragma once
+// Media for the tests, made with ffmpeg's test sources (a colour pattern and a sine tone).
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+namespace TestMedia {
+
+// An H.264/AAC MP4 of the given length; false (with a test failure message) when ffmpeg fails.
+bool makeClip(const QString &path, double seconds, QSize size = {320, 240}, int fps = 25,
+              bool withAudio = true);
+// count MPEG-TS segments of one second each, named seg0.ts, seg1.ts, ... in folder.
+bool makeSegments(const QString &folder, int count);
+// A live HLS index over those segments: a window of `window` segments that slides by one each
+// second since startMs, with no end marker.
+QByteArray liveIndex(qint64 elapsedMs, int segmentCount, int window = 4);
+
+} // namespace TestMedia

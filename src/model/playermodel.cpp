@@ -1,13 +1,11 @@
 #include "playermodel.h"
 
 #include "playerinputmonitor.h"
-#include "playlistload.h"
+#include "playlistloader.h"
 
 #include "sources/sourceaddress.h"
 #include "sources/urlparts.h"
 #include <QFileInfo>
-#include <QFutureWatcher>
-#include <QtConcurrent/QtConcurrentRun>
 #include <cmath>
 
 namespace {
@@ -18,6 +16,7 @@ const QString importFailurePrefix = QStringLiteral("Could not import playlist: "
 PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     : QObject(parent)
     , m_player(std::move(player))
+    , m_loader(std::make_unique<PlaylistLoader>())
 {
     m_player->setVolume(m_volume);
 
@@ -54,9 +53,9 @@ PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
 
 PlayerModel::~PlayerModel()
 {
-    // Timers and the input monitor go with their members; a pending download is aborted and a
-    // parse still running on a worker finds no one to publish to.
-    m_download.reset();
+    // The loader goes first: its thread is joined, so no playlist arrives afterwards. Timers go
+    // with their members.
+    m_loader.reset();
     m_inputMonitor.reset();
 }
 
@@ -128,51 +127,27 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
                           QUuid requestID)
 {
     setIsLoading(true);
-    // Only the latest request can publish, so an older download is of no use: drop it.
-    m_download = std::make_unique<PlaylistDownload>(
-        m_network, url, m_limits, [this, url, displayName, requestID](PlaylistDownload::Result r) {
-            m_download.release()->deleteLater();
-            if (m_remoteRequestID != requestID)
-                return;
-            if (!r.error.isNull()) {
-                setIsLoading(false);
-                setErrorMessage(playlistFailurePrefix + r.error);
-                return;
-            }
-            loadInBackground([bytes = std::move(r.bytes), url] { return loadPlaylist(bytes, url); },
-                             [this, displayName, requestID](const PlaylistLoadResult &result) {
-                                 if (m_remoteRequestID != requestID)
-                                     return;
-                                 if (!result.error.isNull()) {
-                                     setIsLoading(false);
-                                     setErrorMessage(playlistFailurePrefix + result.error);
-                                     return;
-                                 }
-                                 publishPlaylist(result.entries, displayName);
-                             });
-        });
+    m_loader->load(url, m_limits, this,
+                   [this, displayName, requestID](const PlaylistLoadResult &result) {
+                       if (m_remoteRequestID != requestID)
+                           return;
+                       if (!result.error.isNull()) {
+                           setIsLoading(false);
+                           setErrorMessage(playlistFailurePrefix + result.error);
+                           return;
+                       }
+                       publishPlaylist(result.entries, displayName);
+                   });
 }
 
 void PlayerModel::publishPlaylist(const QList<PlaylistEntry> &entries,
                                   const std::optional<QString> &displayName)
 {
-    m_playlist = entries;
+    m_loader->release(std::exchange(m_playlist, entries));
     Q_EMIT playlistChanged();
     setIsLoading(false);
     setErrorMessage(QString());
     setTitle(displayName ? *displayName : QStringLiteral("IPTV Playlist"));
-}
-
-void PlayerModel::loadInBackground(std::function<PlaylistLoadResult()> work,
-                                   std::function<void(const PlaylistLoadResult &)> done)
-{
-    // The watcher belongs to the model: if the model goes first, the result is never delivered.
-    auto *watcher = new QFutureWatcher<PlaylistLoadResult>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this, [watcher, done = std::move(done)] {
-        watcher->deleteLater();
-        done(watcher->result());
-    });
-    watcher->setFuture(QtConcurrent::run(std::move(work)));
 }
 
 void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
@@ -185,17 +160,16 @@ void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
     // Reading and parsing a large file happens off the main thread. A remote open or a clear
     // made meanwhile is the newer choice, so the import then publishes nothing.
     const QUuid requestID = m_remoteRequestID;
-    const qint64 maxBytes = m_limits.maxBytes;
-    loadInBackground([file = *path, maxBytes] { return loadPlaylistFile(file, maxBytes); },
-                     [this, displayName, requestID](const PlaylistLoadResult &result) {
-                         if (m_remoteRequestID != requestID)
-                             return;
-                         if (!result.error.isNull()) {
-                             setErrorMessage(importFailurePrefix + result.error);
-                             return;
-                         }
-                         publishPlaylist(result.entries, displayName);
-                     });
+    m_loader->loadFile(*path, m_limits.maxBytes, this,
+                       [this, displayName, requestID](const PlaylistLoadResult &result) {
+                           if (m_remoteRequestID != requestID)
+                               return;
+                           if (!result.error.isNull()) {
+                               setErrorMessage(importFailurePrefix + result.error);
+                               return;
+                           }
+                           publishPlaylist(result.entries, displayName);
+                       });
 }
 
 void PlayerModel::openFile()
@@ -212,9 +186,9 @@ void PlayerModel::openFile()
 void PlayerModel::clearNetworkStream()
 {
     m_remoteRequestID = QUuid::createUuid();
-    m_download.reset();
+    m_loader->cancel();
     if (!m_playlist.isEmpty()) {
-        m_playlist.clear();
+        m_loader->release(std::exchange(m_playlist, {}));
         Q_EMIT playlistChanged();
     }
     setErrorMessage(QString());

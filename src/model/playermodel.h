@@ -9,7 +9,6 @@
 #include "sources/playlistentry.h"
 #include "sources/youtubecontent.h"
 #include <QList>
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -19,8 +18,8 @@
 #include <optional>
 
 class PlayerInputMonitor;
+class PlaylistLoader;
 class WebPlayerScripts;
-struct PlaylistLoadResult;
 
 class PlayerModel final : public QObject
 {
@@ -172,9 +171,6 @@ private:
     void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
     void publishPlaylist(const QList<PlaylistEntry> &entries,
                          const std::optional<QString> &displayName);
-    // Runs work on a worker thread and hands its result to done on the main thread.
-    void loadInBackground(std::function<PlaylistLoadResult()> work,
-                          std::function<void(const PlaylistLoadResult &)> done);
 
     void observeTime();
     void refreshBufferingState();
@@ -207,8 +203,7 @@ private:
     QUuid m_remoteRequestID;
     std::optional<LastPlayableSource> m_lastPlayableSource;
 
-    QNetworkAccessManager m_network;
-    std::unique_ptr<PlaylistDownload> m_download;
+    std::unique_ptr<PlaylistLoader> m_loader;
     PlaylistDownloadLimits m_limits;
     WebPlayerScripts *m_webPlayerScripts = nullptr;
     FileChooser m_fileChooser;

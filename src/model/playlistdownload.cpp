@@ -65,7 +65,12 @@ PlaylistDownload::PlaylistDownload(QNetworkAccessManager &network, const QUrl &u
         const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
         if (length.isValid() && length.toLongLong() > m_limits.maxBytes)
             fail(playlistTooLargeDescription(m_limits.maxBytes));
+        else if (length.isValid() && m_body.isEmpty())
+            m_body.reserve(length.toLongLong());
     });
+    // Taking the body as it arrives keeps each step on this thread short; one readAll at the
+    // end would copy tens of megabytes at once.
+    connect(m_reply, &QIODevice::readyRead, this, [this] { m_body.append(m_reply->readAll()); });
     connect(m_reply, &QNetworkReply::downloadProgress, this, [this](qint64 received, qint64) {
         m_idleTimer.start(m_limits.idleTimeoutMs);
         if (received > m_limits.maxBytes)
@@ -112,7 +117,8 @@ void PlaylistDownload::finish()
     } else if (reply->error() != QNetworkReply::NoError) {
         result.error = networkErrorDescription(reply->error(), reply->errorString());
     } else {
-        result.bytes = reply->readAll();
+        m_body.append(reply->readAll());
+        result.bytes = std::move(m_body);
     }
     // The completion may delete this download; nothing here runs after it.
     Completion completion = std::move(m_completion);

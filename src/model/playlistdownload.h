@@ -50,4 +50,5 @@ private:
     QTimer m_idleTimer;
     QTimer m_totalTimer;
     QString m_abortReason; // why we aborted the reply ourselves
+    QByteArray m_body;
 };

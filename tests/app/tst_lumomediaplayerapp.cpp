@@ -37,14 +37,14 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("clip.mp4")), 3, { 640, 360 }));
+        QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("clip.mp4")), 3, {640, 360}));
     }
 
     void opensTheFileGivenOnTheCommandLineAndDrawsIt()
     {
         LumoMediaPlayerApp app;
         QSignalSpy frames(app.window().hostingView(), &PlayerHostingView::frameDrawn);
-        app.start({ m_media.filePath(QStringLiteral("clip.mp4")) });
+        app.start({m_media.filePath(QStringLiteral("clip.mp4"))});
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
         QCOMPARE(app.window().size(), QSize(700, 430));
         QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 3, 15000);
@@ -78,7 +78,7 @@ private Q_SLOTS:
     void aFileThatCannotPlaySaysSo()
     {
         LumoMediaPlayerApp app;
-        app.start({ m_media.filePath(QStringLiteral("missing.mp4")) });
+        app.start({m_media.filePath(QStringLiteral("missing.mp4"))});
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
         QTRY_VERIFY_WITH_TIMEOUT(label(app.window(), QStringLiteral("Could not play missing.mp4.")),
                                  15000);
@@ -89,7 +89,7 @@ private Q_SLOTS:
     void anUnusableAddressShowsTheError()
     {
         LumoMediaPlayerApp app;
-        app.start({ QStringLiteral("ftp://example.com/a.m3u8") });
+        app.start({QStringLiteral("ftp://example.com/a.m3u8")});
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
         QTRY_VERIFY_WITH_TIMEOUT(
             label(app.window(), QStringLiteral("Enter a valid HTTP or HTTPS address.")), 15000);

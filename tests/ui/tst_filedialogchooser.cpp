@@ -32,8 +32,8 @@ private:
             QTimer::singleShot(20, this, [this, path] { answer(path); });
             return;
         }
-        m_seen = { dialog->windowTitle(), dialog->labelText(QFileDialog::Accept),
-                   dialog->nameFilters() };
+        m_seen = {dialog->windowTitle(), dialog->labelText(QFileDialog::Accept),
+                  dialog->nameFilters()};
         if (path.isEmpty()) {
             dialog->reject();
             return;

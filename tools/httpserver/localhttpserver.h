@@ -1,7 +1,8 @@
 #pragma once
 // A small HTTP/1.1 server on the loopback interface, for tests and the demo: fixed answers,
 // files from a folder (with byte ranges), and the misbehaviours of real servers (silence,
-// dripping, endless bodies, redirects, stalls). One request per connection.
+// dripping, endless bodies, redirects, stalls). One request per connection. It may be moved
+// to a thread of its own before it listens.
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -67,7 +68,7 @@ private:
     void dispatch(Connection *connection, const HttpRequest &request);
     HttpResponse fileResponse(const HttpRequest &request) const;
 
-    QTcpServer m_server;
+    QTcpServer m_server {this}; // a child, so that the server can move to another thread
     QHash<QString, Handler> m_routes;
     QString m_root;
     QRegularExpression m_hold;

@@ -1,0 +1,233 @@
+// Time from play to the first frame on screen for a local 1080p H.264 file, in the app and in
+// the mpv command on the same file; and how long the main thread is held while a 200,000-entry
+// playlist is downloaded, parsed and published.
+#include "benchreport.h"
+#include "syntheticplaylist.h"
+
+#include "httpserver/localhttpserver.h"
+#include "model/mpvplayer.h"
+#include "model/playermodel.h"
+#include "surface/playerhostingview.h"
+#include "ui/playerwindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QThread>
+#include <QTimer>
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+constexpr int runs = 7;
+
+QStringList arguments(std::initializer_list<const char *> list)
+{
+    QStringList result;
+    for (const char *argument : list)
+        result.append(QString::fromLatin1(argument));
+    return result;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? qQNaN() : values[values.size() / 2];
+}
+
+// Runs the event loop until done() is true or timeoutMs passes; false on time-out.
+template<typename Done>
+bool waitUntil(Done done, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    }
+    return true;
+}
+
+bool makeMedia(const QString &path)
+{
+    if (QFileInfo(path).size() > 0)
+        return true;
+    QDir().mkpath(QFileInfo(path).path());
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"),
+                 arguments({"-v",
+                            "error",
+                            "-y",
+                            "-f",
+                            "lavfi",
+                            "-i",
+                            "testsrc2=size=1920x1080:rate=30:duration=20",
+                            "-f",
+                            "lavfi",
+                            "-i",
+                            "sine=frequency=440:duration=20",
+                            "-c:v",
+                            "libx264",
+                            "-preset",
+                            "veryfast",
+                            "-profile:v",
+                            "high",
+                            "-pix_fmt",
+                            "yuv420p",
+                            "-c:a",
+                            "aac",
+                            "-shortest",
+                            "-movflags",
+                            "+faststart"})
+                     + QStringList {path});
+    return ffmpeg.waitForFinished(300'000) && ffmpeg.exitCode() == 0;
+}
+
+// One run of the mpv command: milliseconds from opening the file to the first frame shown,
+// read from mpv's own timed log.
+std::optional<double> mpvFirstFrameMs(const QString &file)
+{
+    QProcess mpv;
+    mpv.start(QStringLiteral("mpv"),
+              arguments({"--no-config", "--ytdl=no", "--msg-time", "--msg-level=all=v",
+                         "--frames=1", "--vo=gpu", "--gpu-sw=yes", "--hwdec=no"})
+                  + QStringList {file});
+    if (!mpv.waitForFinished(60'000))
+        return std::nullopt;
+    const QString log = QString::fromUtf8(mpv.readAllStandardError() + mpv.readAllStandardOutput());
+    static const QRegularExpression timed(QStringLiteral(R"(^\[\s*([0-9.]+)\]\s*(.*)$)"));
+    std::optional<double> opened;
+    for (const QString &line : log.split(u'\n')) {
+        const QRegularExpressionMatch match = timed.match(line);
+        if (!match.hasMatch())
+            continue;
+        const double seconds = match.captured(1).toDouble();
+        const QString text = match.captured(2);
+        if (!opened && text.contains(QLatin1String("] Opening ")))
+            opened = seconds;
+        if (opened && text.contains(QLatin1String("first video frame after restart shown")))
+            return (seconds - *opened) * 1000;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    BenchReport report(QStringLiteral("playback"));
+    const QString media = QDir(QCoreApplication::applicationDirPath())
+                              .filePath(QStringLiteral("../bench/media/h264-1080p30.mp4"));
+    if (!makeMedia(media)) {
+        std::fputs("lumo-bench-playback: ffmpeg could not make the 1080p file\n", stderr);
+        return 1;
+    }
+    const QUrl url = QUrl::fromLocalFile(QFileInfo(media).absoluteFilePath());
+
+    PlayerModel model(std::make_unique<MpvPlayer>());
+    PlayerWindow window(model);
+    window.resize(1280, 720);
+    window.show();
+    PlayerHostingView *view = window.hostingView();
+    if (!waitUntil([view] { return view->isReady(); }, 10'000)) {
+        std::fputs("lumo-bench-playback: the video view could not start OpenGL\n", stderr);
+        return 1;
+    }
+
+    // Time to first frame in the app.
+    std::vector<double> appRuns;
+    for (int run = 0; run < runs; ++run) {
+        model.stop();
+        waitUntil([] { return false; }, 300);
+        bool drawn = false;
+        const QMetaObject::Connection connection
+            = QObject::connect(view, &PlayerHostingView::frameDrawn, [&] { drawn = true; });
+        QElapsedTimer clock;
+        clock.start();
+        model.play(url, std::nullopt, false);
+        const bool ok = waitUntil([&] { return drawn; }, 15'000);
+        QObject::disconnect(connection);
+        if (ok)
+            appRuns.push_back(clock.nsecsElapsed() / 1e6);
+    }
+    model.stop();
+
+    std::vector<double> mpvRuns;
+    for (int run = 0; run < runs; ++run)
+        if (const std::optional<double> ms = mpvFirstFrameMs(media))
+            mpvRuns.push_back(*ms);
+
+    const double app = median(appRuns);
+    const double mpv = median(mpvRuns);
+    report.add(QStringLiteral("first_frame_app_ms"), app, QStringLiteral("ms"));
+    report.add(QStringLiteral("first_frame_mpv_ms"), mpv, QStringLiteral("ms"));
+    report.add(QStringLiteral("first_frame_ratio_app_to_mpv"), app / mpv, QStringLiteral("x"));
+    report.note(QStringLiteral("median of %1 runs, 1920x1080 H.264 High, 30 fps, software GL; "
+                               "mpv measured from opening the file to its first frame shown")
+                    .arg(runs));
+
+    // The main thread while a 200,000-entry playlist loads.
+    // The server answers from its own thread: writing 66 MB is its work, not the player's.
+    LocalHttpServer server;
+    const QByteArray playlist = makeSyntheticPlaylist(200'000);
+    server.route(QStringLiteral("/big.m3u"), HttpResponse::text(playlist, "audio/x-mpegurl"));
+    QThread serverThread;
+    server.moveToThread(&serverThread);
+    serverThread.start();
+    QMetaObject::invokeMethod(
+        &server, [&server] { server.listen(); }, Qt::BlockingQueuedConnection);
+    std::vector<double> stalls;
+    std::vector<double> totals;
+    for (int run = 0; run < 5; ++run) {
+        model.clearNetworkStream();
+        QElapsedTimer tick;
+        double longestGapMs = 0;
+        QTimer probe;
+        probe.setTimerType(Qt::PreciseTimer);
+        probe.setInterval(1);
+        QObject::connect(&probe, &QTimer::timeout, [&] {
+            longestGapMs = std::max(longestGapMs, tick.nsecsElapsed() / 1e6);
+            tick.restart();
+        });
+        QElapsedTimer total;
+        total.start();
+        tick.start();
+        probe.start();
+        model.openRemote(server.url(QStringLiteral("/big.m3u")).toString(), std::nullopt);
+        const bool ok = waitUntil([&] { return model.playlist().size() == 200'000; }, 60'000);
+        // The gap that contains the publication ends at the next tick.
+        waitUntil([] { return false; }, 20);
+        probe.stop();
+        if (ok) {
+            stalls.push_back(longestGapMs);
+            totals.push_back(total.nsecsElapsed() / 1e6);
+        }
+    }
+    report.add(QStringLiteral("playlist_200k_bytes"), double(playlist.size()), QStringLiteral("B"));
+    report.add(QStringLiteral("playlist_200k_load_ms"), median(totals), QStringLiteral("ms"));
+    report.add(QStringLiteral("playlist_200k_longest_main_thread_stall_ms"), median(stalls),
+               QStringLiteral("ms"));
+    report.add(QStringLiteral("playlist_200k_worst_main_thread_stall_ms"),
+               stalls.empty() ? qQNaN() : *std::max_element(stalls.begin(), stalls.end()),
+               QStringLiteral("ms"));
+    report.note(QStringLiteral("download over loopback, decode and parse on a worker, publish on "
+                               "the main thread; median of 5 loads"));
+
+    QMetaObject::invokeMethod(
+        &server, [&server] { server.moveToThread(QCoreApplication::instance()->thread()); },
+        Qt::BlockingQueuedConnection);
+    serverThread.quit();
+    serverThread.wait();
+
+    const QString json = jsonPathFromArguments(argc, argv);
+    if (!json.isEmpty() && !report.write(json))
+        return 1;
+    return appRuns.empty() || mpvRuns.empty() ? 1 : 0;
+}

@@ -57,8 +57,8 @@ public:
     void route(const QString &path, Handler handler);
     // Paths without a route are files under root.
     void serveDirectory(const QString &root);
-    // Requests whose path matches wait unanswered until the hold is lifted (an invalid
-    // expression lifts it).
+    // Requests whose path matches wait unanswered until the hold is lifted by an empty
+    // expression; the held ones are then answered.
     void hold(const QRegularExpression &paths);
     int requestCount(const QString &path) const { return m_requestCounts.value(path); }
 

@@ -9,6 +9,9 @@ namespace SmartReframe {
 
 // How often the picture is sampled while the mode is on.
 inline constexpr int sampleIntervalMs = 450;
+// Frames are analysed at this width (the height follows the picture's shape): enough for faces
+// down to about a twentieth of the picture's width, and cheap to read back and search.
+inline constexpr int sampleWidth = 256;
 // Each step covers this share of the remaining distance to the target.
 inline constexpr double smoothing = 0.35;
 

@@ -44,6 +44,7 @@ Q_SIGNALS:
     void bufferEmptyChanged(bool empty);
     void likelyToKeepUpChanged(bool likely);
     void hasItemChanged(bool hasItem);
+    void presentationSizeChanged(QSize size);
     // The current item could not be opened or broke off; reason is the player's own wording.
     void playbackFailed(const QString &reason);
 };

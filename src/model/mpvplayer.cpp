@@ -53,6 +53,9 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         // Video-service pages play in the embedded web player, never through youtube-dl.
         {Option::youtubeDl, "no"},
         {Option::hardwareDecoding, "no"},
+        // The picture fills whatever area a view has it drawn into, cropping what overflows
+        // (aspect-fill); the views choose that area for each display mode.
+        {Option::panscan, "1"},
         {Option::audioClientName, "LumoMediaPlayer"},
         // Network choices:
         // - a server that stops sending is given up after 20 s (mpv's default is 60), the same
@@ -249,9 +252,13 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
         m_seekable = flag();
     } else if (key == Property::displayWidth || key == Property::displayHeight) {
         (key == Property::displayWidth ? m_displayWidth : m_displayHeight) = integer();
-        m_presentationSize = m_displayWidth > 0 && m_displayHeight > 0
+        const QSize size = m_displayWidth > 0 && m_displayHeight > 0
             ? QSize(int(m_displayWidth), int(m_displayHeight))
             : QSize();
+        if (size != m_presentationSize) {
+            m_presentationSize = size;
+            Q_EMIT presentationSizeChanged(size);
+        }
     }
 }
 

@@ -1,13 +1,26 @@
 #include "playerhostingview.h"
 
+#include "facedetector.h"
+#include "facedetectors.h"
 #include "model/mpvplayer.h"
+#include "model/playernotifications.h"
 #include "mpvrendercontext.h"
+#include "smartreframe.h"
+#include "videolayercompositor.h"
 
+#include <QMouseEvent>
 #include <QOpenGLContext>
-#include <QOpenGLFunctions>
+#include <QTimer>
+#include <QWindow>
 
 PlayerHostingView::PlayerHostingView(QWidget *parent)
     : QOpenGLWidget(parent)
+    , m_compositor(std::make_unique<VideoLayerCompositor>())
+    , m_faceDetectorFactory(&FaceDetectors::makeDefault)
+    , m_windowDragHandler([](QWindow *window) {
+        if (window)
+            window->startSystemMove();
+    })
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(1, 1);
@@ -15,24 +28,39 @@ PlayerHostingView::PlayerHostingView(QWidget *parent)
 
 PlayerHostingView::~PlayerHostingView()
 {
-    releaseRenderContext();
+    m_smartTimer.reset();
+    releaseGraphics();
+    // The base class destroys the context after this class's members are gone.
+    if (context())
+        disconnect(context(), nullptr, this, nullptr);
 }
 
 void PlayerHostingView::setPlayer(MpvPlayer *player)
 {
     if (player == m_player)
         return;
-    releaseRenderContext();
+    releaseGraphics();
     if (m_player)
         m_player->disconnect(this);
     m_player = player;
     if (m_player) {
         // The render context must go before the handle it was made on.
         connect(m_player, &MpvPlayer::aboutToDestroyHandle, this,
-                &PlayerHostingView::releaseRenderContext, Qt::DirectConnection);
+                &PlayerHostingView::releaseGraphics, Qt::DirectConnection);
+        // The picture's shape decides the layout in the reframe modes.
+        connect(m_player, &MediaPlayer::presentationSizeChanged, this,
+                &PlayerHostingView::updatePlayerFrame);
+        connect(m_player, &MediaPlayer::hasItemChanged, this,
+                &PlayerHostingView::updatePlayerFrame);
         if (context())
             createRenderContext();
     }
+    updatePlayerFrame();
+}
+
+MpvPlayer *PlayerHostingView::player() const
+{
+    return m_player;
 }
 
 bool PlayerHostingView::isReady() const
@@ -40,10 +68,171 @@ bool PlayerHostingView::isReady() const
     return m_renderContext && m_renderContext->isValid();
 }
 
+void PlayerHostingView::setDisplayMode(PortraitDisplayMode mode)
+{
+    if (mode == m_displayMode) {
+        updatePlayerFrame();
+        return;
+    }
+    m_displayMode = mode;
+    if (mode == PortraitDisplayMode::fill || mode == PortraitDisplayMode::rotate)
+        setHorizontalPan(0);
+    updateSmartTimer();
+    updatePlayerFrame();
+}
+
+void PlayerHostingView::setFillScreen(bool fillScreen)
+{
+    if (fillScreen == m_fillScreen)
+        return;
+    m_fillScreen = fillScreen;
+    updatePlayerFrame();
+}
+
+void PlayerHostingView::setHorizontalPan(double pan)
+{
+    if (pan == m_horizontalPan)
+        return;
+    m_horizontalPan = pan;
+    Q_EMIT horizontalPanChanged(pan);
+}
+
+QSizeF PlayerHostingView::presentationSize() const
+{
+    if (!m_player || !m_player->hasItem())
+        return {};
+    return QSizeF(m_player->presentationSize());
+}
+
+void PlayerHostingView::updatePlayerFrame()
+{
+    m_layerFrame = DisplayGeometry::layout(m_displayMode, QSizeF(size()), presentationSize(),
+                                           m_horizontalPan);
+    update();
+}
+
+QRectF PlayerHostingView::recordingRectInView() const
+{
+    if (!PortraitDisplayModes::isPortrait(m_displayMode))
+        return QRectF(rect());
+    return m_layerFrame.crop;
+}
+
+void PlayerHostingView::resizeEvent(QResizeEvent *event)
+{
+    QOpenGLWidget::resizeEvent(event);
+    updatePlayerFrame();
+}
+
+void PlayerHostingView::updateSmartTimer()
+{
+    m_smartTimer.reset();
+    if (m_displayMode != PortraitDisplayMode::smart)
+        return;
+    m_smartTimer = std::make_unique<QTimer>();
+    m_smartTimer->setInterval(SmartReframe::sampleIntervalMs);
+    // The timer belongs to this view and dies with it, so the step never outlives the view.
+    connect(m_smartTimer.get(), &QTimer::timeout, this, &PlayerHostingView::trackLargestFace);
+    m_smartTimer->start();
+}
+
+QImage PlayerHostingView::samplePicture(int width)
+{
+    if (!isReady() || !context())
+        return {};
+    makeCurrent();
+    QImage image = m_compositor->sample(width);
+    doneCurrent();
+    return image;
+}
+
+void PlayerHostingView::trackLargestFace()
+{
+    if (m_displayMode != PortraitDisplayMode::smart || !m_player || !isReady())
+        return;
+    // A paused picture is not analysed again: the pan stays where it is.
+    if (m_drawnFrames == m_sampledFrames)
+        return;
+    const QImage picture = samplePicture(SmartReframe::sampleWidth);
+    if (picture.isNull())
+        return;
+    m_sampledFrames = m_drawnFrames;
+    if (!m_faceDetectorMade) {
+        m_faceDetector = m_faceDetectorFactory ? m_faceDetectorFactory() : nullptr;
+        m_faceDetectorMade = true;
+    }
+    const QList<QRectF> faces = m_faceDetector ? m_faceDetector->detect(picture) : QList<QRectF>();
+    setHorizontalPan(SmartReframe::nextPan(m_horizontalPan, faces));
+    updatePlayerFrame();
+}
+
+void PlayerHostingView::setWindowDragHandler(WindowDragHandler handler)
+{
+    m_windowDragHandler = std::move(handler);
+}
+
+void PlayerHostingView::setFaceDetectorFactory(FaceDetectorFactory factory)
+{
+    m_faceDetectorFactory = std::move(factory);
+    m_faceDetector.reset();
+    m_faceDetectorMade = false;
+}
+
+void PlayerHostingView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        QOpenGLWidget::mousePressEvent(event);
+        return;
+    }
+    QWindow *windowHandle = window()->windowHandle();
+    Q_EMIT PlayerNotifications::shared().playerSurfaceClicked(windowHandle);
+    if (m_displayMode == PortraitDisplayMode::manual) {
+        m_dragging = true;
+        m_dragStartX = event->scenePosition().x();
+        m_dragStartPan = m_horizontalPan;
+        return;
+    }
+    if (m_windowDragHandler)
+        m_windowDragHandler(windowHandle);
+}
+
+void PlayerHostingView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_dragging || !(event->buttons() & Qt::LeftButton)) {
+        QOpenGLWidget::mouseMoveEvent(event);
+        return;
+    }
+    setHorizontalPan(DisplayGeometry::draggedPan(
+        m_dragStartPan, event->scenePosition().x() - m_dragStartX, width()));
+    updatePlayerFrame();
+}
+
+void PlayerHostingView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        m_dragging = false;
+    QOpenGLWidget::mouseReleaseEvent(event);
+}
+
+void PlayerHostingView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        QOpenGLWidget::mouseDoubleClickEvent(event);
+        return;
+    }
+    // The second click of a double click toggles full screen and posts nothing.
+    m_dragging = false;
+    QWidget *top = window();
+    if (top->isFullScreen())
+        top->showNormal();
+    else
+        top->showFullScreen();
+}
+
 void PlayerHostingView::initializeGL()
 {
     connect(context(), &QOpenGLContext::aboutToBeDestroyed, this,
-            &PlayerHostingView::releaseRenderContext, Qt::DirectConnection);
+            &PlayerHostingView::releaseGraphics, Qt::DirectConnection);
     connect(this, &QOpenGLWidget::frameSwapped, this, [this] {
         if (m_renderContext)
             m_renderContext->reportSwap();
@@ -71,27 +260,29 @@ void PlayerHostingView::createRenderContext()
         Q_EMIT ready();
 }
 
-void PlayerHostingView::releaseRenderContext()
+void PlayerHostingView::releaseGraphics()
 {
-    if (!m_renderContext)
+    if (!m_renderContext && !context())
         return;
     makeCurrent();
+    m_compositor->release();
     m_renderContext.reset();
     doneCurrent();
 }
 
 void PlayerHostingView::paintGL()
 {
+    const qreal ratio = devicePixelRatioF();
+    const QSize viewPixels(qRound(width() * ratio), qRound(height() * ratio));
     if (!isReady()) {
-        QOpenGLFunctions *gl = context()->functions();
-        gl->glClearColor(0, 0, 0, 1);
-        gl->glClear(GL_COLOR_BUFFER_BIT);
+        VideoLayerCompositor::clear(defaultFramebufferObject(), viewPixels);
         return;
     }
     const bool newFrame = m_renderContext->takeFrameUpdate();
-    const qreal ratio = devicePixelRatioF();
-    m_renderContext->render(defaultFramebufferObject(), qRound(width() * ratio),
-                            qRound(height() * ratio));
-    if (newFrame)
+    m_compositor->draw(*m_renderContext, m_layerFrame, defaultFramebufferObject(), viewPixels,
+                       ratio);
+    if (newFrame) {
+        ++m_drawnFrames;
         Q_EMIT frameDrawn();
+    }
 }

@@ -1,12 +1,11 @@
 #pragma once
-// The player window: the video, an invitation to open media while nothing is loaded, the
-// buffering indicator for live streams, the current notice and the last error.
+// The player window: the player area, the current notice and the last error.
 #include <QWidget>
 
 class PlayerModel;
 class PlayerHostingView;
+class PlayerSurface;
 class QLabel;
-class QPushButton;
 
 class PlayerWindow final : public QWidget
 {
@@ -17,23 +16,21 @@ public:
 
     explicit PlayerWindow(PlayerModel &model, QWidget *parent = nullptr);
 
-    PlayerHostingView *hostingView() const { return m_hostingView; }
+    PlayerSurface *surface() const { return m_surface; }
+    PlayerHostingView *hostingView() const;
 
 protected:
     void showEvent(QShowEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
-    void updateEmptyState();
-    void updateBuffering();
     void updateToast();
     void updateError();
     void layoutOverlays();
 
     PlayerModel &m_model;
-    PlayerHostingView *m_hostingView = nullptr;
-    QPushButton *m_emptyState = nullptr;
-    QLabel *m_buffering = nullptr;
+    PlayerSurface *m_surface = nullptr;
     QLabel *m_toast = nullptr;
     QLabel *m_error = nullptr;
 };

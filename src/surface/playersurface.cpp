@@ -1,0 +1,177 @@
+#include "playersurface.h"
+
+#include "busyindicator.h"
+#include "icons.h"
+#include "model/mpvplayer.h"
+#include "model/playermodel.h"
+#include "playerhostingview.h"
+#include "playersurfaceregistry.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+QLabel *addLine(QVBoxLayout *layout, const QString &text, const QFont &font, double opacity)
+{
+    auto *label = new QLabel(text);
+    label->setAlignment(Qt::AlignCenter);
+    label->setFont(font);
+    label->setStyleSheet(
+        QStringLiteral("color: rgba(255, 255, 255, %1);").arg(qRound(opacity * 255)));
+    label->setAttribute(Qt::WA_TransparentForMouseEvents);
+    layout->addWidget(label);
+    return label;
+}
+} // namespace
+
+PlayerSurface::PlayerSurface(PlayerModel &model, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+{
+    setAutoFillBackground(true);
+    QPalette black = palette();
+    black.setColor(QPalette::Window, Qt::black);
+    black.setColor(QPalette::WindowText, Qt::white);
+    setPalette(black);
+
+    m_hostingView = new PlayerHostingView(this);
+    m_hostingView->setObjectName(QStringLiteral("playerHostingView"));
+    m_emptyState = makeEmptyState();
+
+    m_buffering = new QWidget(this);
+    m_buffering->setObjectName(QStringLiteral("buffering"));
+    m_buffering->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto *bufferingLayout = new QVBoxLayout(m_buffering);
+    bufferingLayout->addStretch();
+    auto *spinner = new BusyIndicator(m_buffering);
+    spinner->setFixedSize(40, 40);
+    bufferingLayout->addWidget(spinner, 0, Qt::AlignHCenter);
+    QFont caption = font();
+    caption.setPointSizeF(caption.pointSizeF() * 0.85);
+    caption.setWeight(QFont::Medium);
+    addLine(bufferingLayout, QStringLiteral("Buffering…"), caption, 0.85);
+    bufferingLayout->addStretch();
+
+    connect(&m_model.player(), &MediaPlayer::hasItemChanged, this,
+            &PlayerSurface::updateEmptyState);
+    connect(&m_model, &PlayerModel::youtubeContentChanged, this, &PlayerSurface::updateContent);
+    connect(&m_model, &PlayerModel::isBufferingChanged, this, &PlayerSurface::updateBuffering);
+    connect(&m_model, &PlayerModel::isLiveStreamChanged, this, &PlayerSurface::updateBuffering);
+    updateContent();
+    updateBuffering();
+}
+
+QPushButton *PlayerSurface::makeEmptyState()
+{
+    auto *button = new QPushButton(this);
+    button->setObjectName(QStringLiteral("emptyState"));
+    button->setFlat(true);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setToolTip(QStringLiteral("Open Media"));
+    button->setStyleSheet(QStringLiteral("QPushButton { background: transparent; border: none; }"));
+    auto *layout = new QVBoxLayout(button);
+    layout->setContentsMargins(28, 28, 28, 28);
+    layout->addStretch();
+    QFont symbol = Icons::font(52);
+    symbol.setWeight(QFont::ExtraLight);
+    addLine(layout, Icons::glyph(u"play.rectangle"), symbol, 0.38);
+    QFont headline = font();
+    headline.setWeight(QFont::DemiBold);
+    addLine(layout, QStringLiteral("Click to open media"), headline, 0.72);
+    QFont caption = font();
+    caption.setPointSizeF(caption.pointSizeF() * 0.85);
+    addLine(layout, QStringLiteral("or drop a video or audio file here"), caption, 0.45);
+    layout->addStretch();
+    connect(button, &QPushButton::clicked, &m_model, &PlayerModel::openFile);
+    return button;
+}
+
+void PlayerSurface::setFullScreen(bool fullScreen)
+{
+    m_fullScreen = fullScreen;
+    updateContent();
+}
+
+void PlayerSurface::setPortraitMode(PortraitDisplayMode mode)
+{
+    m_portraitMode = mode;
+    updateContent();
+}
+
+void PlayerSurface::setWebPlayerViewFactory(WebPlayerViewFactory factory)
+{
+    m_webPlayerViewFactory = std::move(factory);
+    updateContent();
+}
+
+bool PlayerSurface::showsWebPlayer() const
+{
+    return m_model.youtubeContent().has_value();
+}
+
+bool PlayerSurface::showsEmptyState() const
+{
+    return !m_emptyState->isHidden();
+}
+
+bool PlayerSurface::showsBuffering() const
+{
+    return !m_buffering->isHidden();
+}
+
+void PlayerSurface::updateContent()
+{
+    if (showsWebPlayer()) {
+        // The video view is taken down: it stops being the surface a recording captures,
+        // unless something newer was registered meanwhile.
+        m_hostingView->hide();
+        PlayerSurfaceRegistry::shared().clearIfHolding(m_hostingView);
+        if (!m_webPlayerView && m_webPlayerViewFactory) {
+            m_webPlayerView = m_webPlayerViewFactory(this);
+            if (m_webPlayerView) {
+                m_webPlayerView->setGeometry(rect());
+                m_webPlayerView->stackUnder(m_emptyState);
+            }
+        }
+        if (m_webPlayerView)
+            m_webPlayerView->show();
+    } else {
+        if (m_webPlayerView) {
+            // The web view registers and unregisters itself; deleting it takes it down.
+            delete m_webPlayerView;
+            m_webPlayerView = nullptr;
+        }
+        // Made or updated: the video view is the surface to record from now on.
+        PlayerSurfaceRegistry::shared().setSurface(m_hostingView);
+        m_hostingView->setPlayer(qobject_cast<MpvPlayer *>(&m_model.player()));
+        m_hostingView->setDisplayMode(m_portraitMode);
+        m_hostingView->setFillScreen(m_fullScreen);
+        m_hostingView->show();
+    }
+    updateEmptyState();
+}
+
+void PlayerSurface::updateEmptyState()
+{
+    m_emptyState->setVisible(!m_model.player().hasItem() && !m_model.youtubeContent());
+    m_emptyState->raise();
+    m_buffering->raise();
+}
+
+void PlayerSurface::updateBuffering()
+{
+    m_buffering->setVisible(m_model.isLiveStream() && m_model.isBuffering());
+    m_buffering->raise();
+}
+
+void PlayerSurface::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    const QRect area = rect();
+    m_hostingView->setGeometry(area);
+    if (m_webPlayerView)
+        m_webPlayerView->setGeometry(area);
+    m_emptyState->setGeometry(area);
+    m_buffering->setGeometry(area);
+}

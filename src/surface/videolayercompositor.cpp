@@ -105,7 +105,7 @@ QImage VideoLayerCompositor::sample(int width)
                                               m_layer.get(), QRect(QPoint(0, 0), source),
                                               GL_COLOR_BUFFER_BIT, GL_LINEAR);
     // toImage reads the framebuffer upright, as 32-bit ARGB: B, G, R, A in memory here.
-    QImage image = m_sample->toImage(false);
+    QImage image = m_sample->toImage();
     if (image.format() != QImage::Format_RGB32)
         image.convertTo(QImage::Format_RGB32);
     return image;

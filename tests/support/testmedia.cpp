@@ -39,6 +39,65 @@ bool makeClip(const QString &path, double seconds, QSize size, int fps, bool wit
     return runFfmpeg(arguments);
 }
 
+bool makeColourThirds(const QString &path, QSize size, double seconds)
+{
+    const int w = size.width();
+    const int h = size.height();
+    const QString filter = QStringLiteral("drawbox=x=%1:y=0:w=%2:h=%3:color=0x00ff00:t=fill,"
+                                          "drawbox=x=%4:y=0:w=%5:h=%3:color=0x0000ff:t=fill,"
+                                          "drawbox=x=0:y=0:w=%6:h=%7:color=white:t=fill")
+                               .arg(w / 3)
+                               .arg(w * 2 / 3 - w / 3)
+                               .arg(h)
+                               .arg(w * 2 / 3)
+                               .arg(w - w * 2 / 3)
+                               .arg(w)
+                               .arg(h / 10);
+    return runFfmpeg({"-f", "lavfi", "-i",
+                      QStringLiteral("color=c=0xff0000:size=%1x%2:rate=25:duration=%3")
+                          .arg(w)
+                          .arg(h)
+                          .arg(seconds),
+                      "-vf", filter, "-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt",
+                      "yuv420p", "-movflags", "+faststart", path});
+}
+
+bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size,
+                       double holdSeconds, double moveSeconds)
+{
+    const double total = holdSeconds * 2 + moveSeconds;
+    const QString filter
+        = QStringLiteral("[1:v]scale=-2:%1[picture];"
+                         "[0:v][picture]overlay=x='(W-w)*min(max(t-%2,0)/%3,1)':y=0:shortest=1")
+              .arg(size.height())
+              .arg(holdSeconds)
+              .arg(moveSeconds);
+    return runFfmpeg({"-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("color=c=gray:size=%1x%2:rate=25:duration=%3")
+                          .arg(size.width())
+                          .arg(size.height())
+                          .arg(total),
+                      "-loop",
+                      "1",
+                      "-i",
+                      imagePath,
+                      "-filter_complex",
+                      filter,
+                      "-c:v",
+                      "libx264",
+                      "-preset",
+                      "ultrafast",
+                      "-pix_fmt",
+                      "yuv420p",
+                      "-t",
+                      QString::number(total),
+                      "-movflags",
+                      "+faststart",
+                      path});
+}
+
 bool makeSegments(const QString &folder, int count)
 {
     QDir().mkpath(folder);

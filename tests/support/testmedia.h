@@ -9,6 +9,13 @@ namespace TestMedia {
 // An H.264/AAC MP4 of the given length; false (with a test failure message) when ffmpeg fails.
 bool makeClip(const QString &path, double seconds, QSize size = {320, 240}, int fps = 25,
               bool withAudio = true);
+// A still picture in thirds, red, green and blue from left to right, under a white band across
+// the top tenth: where each part lands shows how the picture was placed, cropped and turned.
+bool makeColourThirds(const QString &path, QSize size, double seconds = 30);
+// imagePath scaled to the frame's height on mid-grey, held at the left for holdSeconds, then
+// moving to the right edge over moveSeconds, then held there; no audio.
+bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size,
+                       double holdSeconds, double moveSeconds);
 // count MPEG-TS segments of one second each, named seg0.ts, seg1.ts, ... in folder.
 bool makeSegments(const QString &folder, int count);
 // A live HLS index over those segments: a window of `window` segments that slides by one each

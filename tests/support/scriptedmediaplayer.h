@@ -8,7 +8,10 @@ class ScriptedMediaPlayer final : public MediaPlayer
 public:
     void replaceCurrentItem(const std::optional<QUrl> &url) override
     {
+        if (m_hasItem == url.has_value())
+            return;
         m_hasItem = url.has_value();
+        Q_EMIT hasItemChanged(m_hasItem);
     }
     void play() override { m_playing = true; }
     void pause() override { m_playing = false; }

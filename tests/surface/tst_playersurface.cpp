@@ -1,0 +1,181 @@
+#include "scriptedmediaplayer.h"
+
+#include "model/playermodel.h"
+#include "surface/playerhostingview.h"
+#include "surface/playerrecordingsurface.h"
+#include "surface/playersurface.h"
+#include "surface/playersurfaceregistry.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+namespace {
+// Stands in for the web player's view, which registers itself while it is shown.
+class WebViewStandIn final : public QWidget, public PlayerRecordingSurface
+{
+public:
+    explicit WebViewStandIn(QWidget *parent)
+        : QWidget(parent)
+    {
+        PlayerSurfaceRegistry::shared().setSurface(this);
+    }
+    ~WebViewStandIn() override { PlayerSurfaceRegistry::shared().clearIfHolding(this); }
+
+    QWidget *recordingView() override { return this; }
+    QRectF recordingRectInView() const override { return QRectF(rect()); }
+};
+
+const QString youtubeAddress = QStringLiteral("https://www.youtube.com/watch?v=dQw4w9WgXcQ");
+} // namespace
+
+class TestPlayerSurface : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PlayerModel> m_model;
+    ScriptedMediaPlayer *m_player = nullptr;
+
+    PlayerSurfaceRegistry &registry() { return PlayerSurfaceRegistry::shared(); }
+
+private Q_SLOTS:
+    void init()
+    {
+        auto player = std::make_unique<ScriptedMediaPlayer>();
+        m_player = player.get();
+        m_model = std::make_unique<PlayerModel>(std::move(player));
+    }
+    void cleanup()
+    {
+        m_model.reset();
+        registry().setSurface(nullptr);
+    }
+
+    void theLastViewRegisteredIsTheSurface()
+    {
+        PlayerHostingView first;
+        PlayerHostingView second;
+        registry().setSurface(&first);
+        QCOMPARE(registry().surface(), &first);
+        registry().setSurface(&second);
+        QCOMPARE(registry().surface(), &second);
+        QCOMPARE(registry().surface()->recordingView(), &second);
+    }
+
+    void takingDownAnOlderViewLeavesTheRegistrationAlone()
+    {
+        PlayerHostingView older;
+        PlayerHostingView newer;
+        registry().setSurface(&older);
+        registry().setSurface(&newer);
+        registry().clearIfHolding(&older);
+        QCOMPARE(registry().surface(), &newer);
+        registry().clearIfHolding(&newer);
+        QCOMPARE(registry().surface(), nullptr);
+    }
+
+    void aViewThatGoesAwayEmptiesTheRegistryByItself()
+    {
+        auto view = std::make_unique<PlayerHostingView>();
+        registry().setSurface(view.get());
+        QVERIFY(registry().surface());
+        view.reset();
+        QCOMPARE(registry().surface(), nullptr);
+    }
+
+    void hostingViewRecordsItsCropInPortraitModes()
+    {
+        PlayerHostingView view;
+        view.resize(1000, 600);
+        QCOMPARE(view.recordingRectInView(), QRectF(0, 0, 1000, 600));
+        view.setDisplayMode(PortraitDisplayMode::smart);
+        QCOMPARE(view.recordingRectInView(), QRectF(331.25, 0, 337.5, 600));
+    }
+
+    void theSurfaceRegistersItsVideoView()
+    {
+        PlayerSurface surface(*m_model);
+        QCOMPARE(registry().surface(), surface.hostingView());
+        surface.setPortraitMode(PortraitDisplayMode::manual);
+        QCOMPARE(surface.hostingView()->displayMode(), PortraitDisplayMode::manual);
+        surface.setFullScreen(true);
+        QVERIFY(surface.hostingView()->fillScreen());
+        // Every update registers the view again.
+        registry().setSurface(nullptr);
+        surface.setPortraitMode(PortraitDisplayMode::fill);
+        QCOMPARE(registry().surface(), surface.hostingView());
+    }
+
+    void switchingBetweenWebAndVideoMovesTheRegistration()
+    {
+        PlayerSurface surface(*m_model);
+        WebViewStandIn *web = nullptr;
+        surface.setWebPlayerViewFactory([&](QWidget *parent) {
+            web = new WebViewStandIn(parent);
+            return web;
+        });
+        m_model->openRemote(youtubeAddress, std::nullopt);
+        QVERIFY(surface.showsWebPlayer());
+        QVERIFY(web);
+        QCOMPARE(registry().surface(), web);
+        QVERIFY(surface.hostingView()->isHidden());
+
+        m_model->play(QUrl::fromLocalFile("/media/clip.mp4"), std::nullopt, false);
+        QVERIFY(!surface.showsWebPlayer());
+        QCOMPARE(registry().surface(), surface.hostingView());
+        QVERIFY(!surface.hostingView()->isHidden());
+    }
+
+    void webContentWithoutAWebViewUnregistersTheVideoView()
+    {
+        PlayerSurface surface(*m_model);
+        m_model->openRemote(youtubeAddress, std::nullopt);
+        QCOMPARE(registry().surface(), nullptr);
+    }
+
+    void emptyStateShowsOnlyWithoutAnyItem()
+    {
+        PlayerSurface surface(*m_model);
+        QVERIFY(surface.showsEmptyState());
+        auto *button = surface.findChild<QPushButton *>("emptyState");
+        QVERIFY(button);
+        QCOMPARE(button->toolTip(), "Open Media");
+        QStringList texts;
+        for (QLabel *label : button->findChildren<QLabel *>())
+            texts << label->text();
+        QVERIFY(texts.contains("Click to open media"));
+        QVERIFY(texts.contains("or drop a video or audio file here"));
+
+        m_model->play(QUrl::fromLocalFile("/media/clip.mp4"), std::nullopt, false);
+        QVERIFY(!surface.showsEmptyState());
+        m_model->stop();
+        QVERIFY(surface.showsEmptyState());
+        // Web content never shows it.
+        m_model->openRemote(youtubeAddress, std::nullopt);
+        QVERIFY(!m_player->hasItem());
+        QVERIFY(!surface.showsEmptyState());
+    }
+
+    void bufferingShowsOnlyForALiveStream()
+    {
+        PlayerSurface surface(*m_model);
+        m_model->play(QUrl("http://127.0.0.1:9/live/index.m3u8"), std::nullopt, true);
+        m_player->setWaiting(true);
+        QTRY_VERIFY(m_model->isBuffering());
+        QVERIFY(surface.showsBuffering());
+        QVERIFY(surface.findChild<QWidget *>("buffering")->findChild<QLabel *>()->text()
+                == "Buffering…");
+        m_player->setWaiting(false);
+        QVERIFY(!surface.showsBuffering());
+
+        // A file that stalls shows nothing.
+        m_model->play(QUrl("http://127.0.0.1:9/movie.mp4"), std::nullopt, false);
+        m_player->setWaiting(true);
+        QTest::qWait(700);
+        QVERIFY(!surface.showsBuffering());
+    }
+};
+
+QTEST_MAIN(TestPlayerSurface)
+#include "tst_playersurface.moc"

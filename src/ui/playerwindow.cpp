@@ -3,7 +3,9 @@
 #include "model/playermodel.h"
 #include "surface/playersurface.h"
 
+#include <QContextMenuEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QResizeEvent>
 
 namespace {
@@ -73,6 +75,20 @@ void PlayerWindow::layoutOverlays()
 PlayerHostingView *PlayerWindow::hostingView() const
 {
     return m_surface->hostingView();
+}
+
+void PlayerWindow::contextMenuEvent(QContextMenuEvent *event)
+{
+    // Until the control bar offers it, the display-mode menu opens on the picture.
+    QMenu menu(this);
+    for (PortraitDisplayMode mode : PortraitDisplayModes::allCases) {
+        QAction *action = menu.addAction(PortraitDisplayModes::title(mode));
+        action->setCheckable(true);
+        action->setChecked(mode == m_surface->portraitMode());
+        connect(action, &QAction::triggered, this,
+                [this, mode] { m_surface->setPortraitMode(mode); });
+    }
+    menu.exec(event->globalPos());
 }
 
 void PlayerWindow::changeEvent(QEvent *event)

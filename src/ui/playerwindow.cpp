@@ -16,10 +16,6 @@ PlayerWindow::PlayerWindow(PlayerModel &model, QWidget *parent)
     : QWidget(parent)
     , m_model(model)
 {
-    setAutoFillBackground(true);
-    QPalette black = palette();
-    black.setColor(QPalette::Window, Qt::black);
-    setPalette(black);
     setMinimumSize(520, 360);
     resize(initialSize);
 

@@ -19,6 +19,7 @@ void VideoLayerCompositor::release()
     if (m_blitter.isCreated())
         m_blitter.destroy();
     m_hasPicture = false;
+    m_maxTextureSize = 0;
 }
 
 void VideoLayerCompositor::clear(unsigned targetFbo, QSize viewPixels)
@@ -35,9 +36,12 @@ bool VideoLayerCompositor::ensureLayer(QSize pixels)
 {
     if (pixels.isEmpty())
         return false;
-    GLint maxSize = 0;
-    QOpenGLContext::currentContext()->functions()->glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxSize);
+    if (m_maxTextureSize == 0) {
+        QOpenGLContext::currentContext()->functions()->glGetIntegerv(GL_MAX_TEXTURE_SIZE,
+                                                                     &m_maxTextureSize);
+    }
     // A picture larger than the GPU allows is drawn from a smaller one, scaled up.
+    const int maxSize = m_maxTextureSize;
     if (maxSize > 0 && (pixels.width() > maxSize || pixels.height() > maxSize))
         pixels.scale(maxSize, maxSize, Qt::KeepAspectRatio);
     if (!m_layer || m_layer->size() != pixels) {

@@ -39,4 +39,5 @@ private:
     std::unique_ptr<QOpenGLFramebufferObject> m_sample;
     QOpenGLTextureBlitter m_blitter;
     bool m_hasPicture = false;
+    int m_maxTextureSize = 0; // asked of the context once, not on every frame
 };

@@ -19,9 +19,10 @@ if(LUMO_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
-# lumo_add_test(NAME name SOURCES ... LIBS ... LABELS ...): one QtTest executable, one CTest test.
+# lumo_add_test(NAME name SOURCES ... LIBS ... LABELS ... [ENVIRONMENT VAR=value ...]): one QtTest
+# executable, one CTest test.
 function(lumo_add_test)
-    cmake_parse_arguments(T "" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(T "" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS;ENVIRONMENT" ${ARGN})
     add_executable(${T_NAME} ${T_SOURCES})
     lumo_target_settings(${T_NAME} TESTS)
     target_link_libraries(${T_NAME} PRIVATE Qt6::Test ${T_LIBS})
@@ -33,4 +34,7 @@ function(lumo_add_test)
         set(T_TIMEOUT 300)
     endif()
     set_tests_properties(${T_NAME} PROPERTIES LABELS "${T_LABELS}" TIMEOUT ${T_TIMEOUT})
+    if(T_ENVIRONMENT)
+        set_tests_properties(${T_NAME} PROPERTIES ENVIRONMENT "${T_ENVIRONMENT}")
+    endif()
 endfunction()

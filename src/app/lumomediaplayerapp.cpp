@@ -6,6 +6,7 @@
 #include "surface/playerhostingview.h"
 #include "ui/filedialogchooser.h"
 #include "ui/playerwindow.h"
+#include "webplayer/youtubeplayerregistry.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -16,6 +17,7 @@ LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
     , m_window(std::make_unique<PlayerWindow>(*m_model))
 {
     m_model->setFileChooser(fileDialogChooser(m_window.get()));
+    m_model->setWebPlayerScripts(&YouTubePlayerRegistry::shared());
 }
 
 LumoMediaPlayerApp::~LumoMediaPlayerApp()

@@ -2,8 +2,16 @@
 
 #include <QApplication>
 
+#include <unistd.h>
+
 int main(int argc, char *argv[])
 {
+    // The web player and the video view both draw with OpenGL in one window.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    // Chromium refuses to run as root inside its sandbox; only then is the sandbox left off.
+    if (geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("LumoMediaPlayer"));
     QApplication::setApplicationDisplayName(QStringLiteral("LumoMediaPlayerPro"));

@@ -6,6 +6,7 @@
 #include "model/playermodel.h"
 #include "playerhostingview.h"
 #include "playersurfaceregistry.h"
+#include "webplayerview.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -134,8 +135,10 @@ void PlayerSurface::updateContent()
                 m_webPlayerView->stackUnder(m_emptyState);
             }
         }
-        if (m_webPlayerView)
+        if (m_webPlayerView) {
+            m_webPlayerView->updateContent(*m_model.youtubeContent());
             m_webPlayerView->show();
+        }
     } else {
         if (m_webPlayerView) {
             // The web view registers and unregisters itself; deleting it takes it down.

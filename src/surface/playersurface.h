@@ -12,6 +12,7 @@ class PlayerHostingView;
 class PlayerModel;
 class QLabel;
 class QPushButton;
+class WebPlayerView;
 
 class PlayerSurface final : public QWidget
 {
@@ -20,7 +21,7 @@ class PlayerSurface final : public QWidget
 public:
     // Makes the web player's view; it is shown instead of the video while the model holds web
     // content.
-    using WebPlayerViewFactory = std::function<QWidget *(QWidget *parent)>;
+    using WebPlayerViewFactory = std::function<WebPlayerView *(QWidget *parent)>;
 
     explicit PlayerSurface(PlayerModel &model, QWidget *parent = nullptr);
 
@@ -49,7 +50,7 @@ private:
     bool m_fullScreen = false;
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     PlayerHostingView *m_hostingView = nullptr;
-    QWidget *m_webPlayerView = nullptr;
+    WebPlayerView *m_webPlayerView = nullptr;
     WebPlayerViewFactory m_webPlayerViewFactory;
     QPushButton *m_emptyState = nullptr;
     QWidget *m_buffering = nullptr;

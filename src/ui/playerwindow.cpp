@@ -2,6 +2,7 @@
 
 #include "model/playermodel.h"
 #include "surface/playersurface.h"
+#include "webplayer/youtubeplayerview.h"
 
 #include <QContextMenuEvent>
 #include <QLabel>
@@ -20,6 +21,8 @@ PlayerWindow::PlayerWindow(PlayerModel &model, QWidget *parent)
     resize(initialSize);
 
     m_surface = new PlayerSurface(model, this);
+    m_surface->setWebPlayerViewFactory(
+        [](QWidget *parent) -> WebPlayerView * { return new YouTubePlayerView(parent); });
 
     m_toast = new QLabel(this);
     m_toast->setAlignment(Qt::AlignCenter);

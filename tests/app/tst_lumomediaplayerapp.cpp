@@ -4,6 +4,8 @@
 #include "surface/playerhostingview.h"
 #include "testmedia.h"
 #include "ui/playerwindow.h"
+#include "webplayer/youtubehostingview.h"
+#include "webplayer/youtubeplayerregistry.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -93,6 +95,35 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
         QTRY_VERIFY_WITH_TIMEOUT(
             label(app.window(), QStringLiteral("Enter a valid HTTP or HTTPS address.")), 15000);
+    }
+
+    void aVideoServiceAddressOpensTheWebPlayerWhichReceivesTheTransport()
+    {
+        LumoMediaPlayerApp app;
+        app.start({QStringLiteral("https://www.youtube.com/watch?v=dQw4w9WgXcQ")});
+        QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
+        QTRY_VERIFY_WITH_TIMEOUT(YouTubePlayerRegistry::shared().webView(), 15000);
+        auto *web = qobject_cast<YouTubeHostingView *>(YouTubePlayerRegistry::shared().webView());
+        QVERIFY(web);
+        QCOMPARE(web->window(), &app.window());
+        QVERIFY(web->isVisible());
+        QVERIFY(!app.window().hostingView()->isVisible());
+        QVERIFY(!emptyState(app.window())->isVisible());
+
+        // The model's commands reach the page. Offline the service's script fails to load, but
+        // the page and its functions are there; the test replaces one to see it called.
+        const auto pageSays = [web](const QString &script) {
+            QVariant answer;
+            web->page()->runJavaScript(script, [&](const QVariant &value) { answer = value; });
+            return QTest::qWaitFor([&] { return answer.isValid(); }, 5000) && answer.toBool();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(pageSays(QStringLiteral("document.readyState === 'complete' && "
+                                                         "typeof lumoToggle === 'function'")),
+                                 30000);
+        QVERIFY(pageSays(QStringLiteral("window.lumoToggle = function () { window.toggled = true; "
+                                        "}; true")));
+        app.model().togglePlayback();
+        QTRY_VERIFY_WITH_TIMEOUT(pageSays(QStringLiteral("window.toggled === true")), 15000);
     }
 };
 

@@ -5,6 +5,7 @@
 #include "surface/playerrecordingsurface.h"
 #include "surface/playersurface.h"
 #include "surface/playersurfaceregistry.h"
+#include "surface/webplayerview.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -12,18 +13,21 @@
 
 namespace {
 // Stands in for the web player's view, which registers itself while it is shown.
-class WebViewStandIn final : public QWidget, public PlayerRecordingSurface
+class WebViewStandIn final : public WebPlayerView, public PlayerRecordingSurface
 {
 public:
     explicit WebViewStandIn(QWidget *parent)
-        : QWidget(parent)
+        : WebPlayerView(parent)
     {
         PlayerSurfaceRegistry::shared().setSurface(this);
     }
     ~WebViewStandIn() override { PlayerSurfaceRegistry::shared().clearIfHolding(this); }
 
+    void updateContent(const YouTubeContent &content) override { contents.append(content); }
     QWidget *recordingView() override { return this; }
     QRectF recordingRectInView() const override { return QRectF(rect()); }
+
+    QList<YouTubeContent> contents;
 };
 
 const QString youtubeAddress = QStringLiteral("https://www.youtube.com/watch?v=dQw4w9WgXcQ");
@@ -120,6 +124,15 @@ private Q_SLOTS:
         QVERIFY(web);
         QCOMPARE(registry().surface(), web);
         QVERIFY(surface.hostingView()->isHidden());
+        QCOMPARE(web->contents.size(), 1);
+        QCOMPARE(web->contents.last().videoID(), QStringLiteral("dQw4w9WgXcQ"));
+
+        // Other web content goes to the same view, which decides whether to reload.
+        WebViewStandIn *first = web;
+        m_model->openRemote(QStringLiteral("https://youtu.be/other?list=PLx"), std::nullopt);
+        QCOMPARE(web, first);
+        QVERIFY(web->contents.size() >= 2);
+        QCOMPARE(web->contents.last().id(), QStringLiteral("other|PLx"));
 
         m_model->play(QUrl::fromLocalFile("/media/clip.mp4"), std::nullopt, false);
         QVERIFY(!surface.showsWebPlayer());

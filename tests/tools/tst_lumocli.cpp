@@ -60,6 +60,8 @@ private Q_SLOTS:
     void parseEmptyPlaylistFails();
     void parseMissingFileFails();
     void usageErrors();
+    void pagePrintsTheWebPlayerPage();
+    void pageRejectsOtherAddressesAndInsecureOrigins();
 };
 
 void TestLumoCli::classifyKeysInOrder()
@@ -205,6 +207,33 @@ void TestLumoCli::usageErrors()
     const QString path = writeFile(dir, u"l.m3u"_qs, "http://h/a.ts\n");
     QCOMPARE(runCli({u"parse-m3u"_qs, path, u"--base"_qs}).exitCode, 2);
     QCOMPARE(runCli({u"parse-m3u"_qs, path, u"--base"_qs, u"relative/x"_qs}).exitCode, 2);
+}
+
+void TestLumoCli::pagePrintsTheWebPlayerPage()
+{
+    const Result result = runCli({u"page"_qs, u"https://www.youtube.com/watch?v=dQw4w9WgXcQ"_qs});
+    QCOMPARE(result.exitCode, 0);
+    QFile expected(QStringLiteral(LUMO_SOURCE_DIR "/tests/webplayer/fixtures/video-page.html"));
+    QVERIFY(expected.open(QIODevice::ReadOnly));
+    QCOMPARE(result.out, expected.readAll());
+
+    const Result other = runCli({u"page"_qs, u"https://youtu.be/abc?list=PLx"_qs, u"--origin"_qs,
+                                 u"https://player.example.net/"_qs});
+    QCOMPARE(other.exitCode, 0);
+    QVERIFY(other.out.contains("origin: \"https:\\/\\/player.example.net\"\n"));
+    QVERIFY(other.out.contains("var videoID = \"abc\";\n      var playlistID = \"PLx\";\n"));
+}
+
+void TestLumoCli::pageRejectsOtherAddressesAndInsecureOrigins()
+{
+    const Result stream = runCli({u"page"_qs, u"http://h/live.m3u8"_qs});
+    QCOMPARE(stream.exitCode, 1);
+    QVERIFY(stream.err.contains("not a video-service address"));
+    QVERIFY(stream.out.isEmpty());
+    const Result insecure
+        = runCli({u"page"_qs, u"https://youtu.be/abc"_qs, u"--origin"_qs, u"http://h"_qs});
+    QCOMPARE(insecure.exitCode, 2);
+    QVERIFY(insecure.err.contains("https origin"));
 }
 
 QTEST_GUILESS_MAIN(TestLumoCli)

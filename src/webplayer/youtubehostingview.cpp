@@ -1,0 +1,38 @@
+#include "youtubehostingview.h"
+
+#include "model/playernotifications.h"
+
+#include <QChildEvent>
+#include <QMouseEvent>
+#include <QWebEngineSettings>
+
+YouTubeHostingView::YouTubeHostingView(QWidget *parent)
+    : QWebEngineView(parent)
+{
+    // The page starts the player by itself once the service's script is ready.
+    settings()->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, false);
+}
+
+bool YouTubeHostingView::event(QEvent *event)
+{
+    // The pointer events go to the child widget Chromium draws into, not to the view itself, so
+    // the view watches that child.
+    if (event->type() == QEvent::ChildAdded) {
+        QObject *child = static_cast<QChildEvent *>(event)->child();
+        if (child->isWidgetType())
+            child->installEventFilter(this);
+    }
+    return QWebEngineView::event(event);
+}
+
+bool YouTubeHostingView::eventFilter(QObject *watched, QEvent *event)
+{
+    // The second press of a double click arrives as its own event type and posts nothing.
+    if (event->type() == QEvent::MouseButtonPress
+        && static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
+        QWidget *topLevel = window();
+        Q_EMIT PlayerNotifications::shared().playerSurfaceClicked(
+            topLevel ? topLevel->windowHandle() : nullptr);
+    }
+    return QWebEngineView::eventFilter(watched, event);
+}

@@ -385,27 +385,35 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         QWebEngineView *web = view.hostingView();
         QTRY_VERIFY_WITH_TIMEOUT(playerIsReady(web), 20000);
-        // Chromium takes input once the page draws on screen: wait for two animation frames.
-        evaluated(web,
-                  u"window.framesDrawn = 0; requestAnimationFrame(function () { "
-                  u"requestAnimationFrame(function () { window.framesDrawn = 2; }); })"_qs);
-        QTRY_COMPARE_WITH_TIMEOUT(evaluated(web, u"window.framesDrawn"_qs).toInt(), 2, 10000);
         QSignalSpy clicked(&PlayerNotifications::shared(),
                            &PlayerNotifications::playerSurfaceClicked);
 
-        // Through the window, as the platform delivers it.
+        // Through the window, as the platform delivers it. Chromium ignores input for a moment
+        // after a page is shown, so the first clicks may not reach it yet: every click must
+        // tell the window, and one of them the page.
         QWindow *window = view.windowHandle();
-        QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(100, 100));
-        QCOMPARE(clicked.size(), 1);
-        QCOMPARE(clicked.first().first().value<QWindow *>(), window);
-        QTRY_COMPARE_WITH_TIMEOUT(evaluated(web, u"standIn.clicks"_qs).toInt(), 1, 10000);
+        int clicks = 0;
+        do {
+            QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(100, 100));
+            ++clicks;
+            QCOMPARE(clicked.size(), clicks);
+            QCOMPARE(clicked.last().first().value<QWindow *>(), window);
+        } while (
+            !QTest::qWaitFor([&] { return evaluated(web, u"standIn.clicks"_qs).toInt() > 0; }, 500)
+            && clicks < 20);
+        QVERIFY2(evaluated(web, u"standIn.clicks"_qs).toInt() > 0,
+                 qPrintable(u"the page saw "_qs
+                            + evaluated(web, u"JSON.stringify(standIn.events)"_qs).toString()));
+        const int pageClicks = evaluated(web, u"standIn.clicks"_qs).toInt();
 
         // A double click posts for its first press only; other buttons post nothing.
         QTest::mouseDClick(window, Qt::LeftButton, {}, QPoint(120, 100));
-        QCOMPARE(clicked.size(), 2);
+        QCOMPARE(clicked.size(), clicks + 1);
         QTest::mouseClick(window, Qt::RightButton, {}, QPoint(140, 100));
-        QCOMPARE(clicked.size(), 2);
-        QTRY_VERIFY_WITH_TIMEOUT(evaluated(web, u"standIn.clicks"_qs).toInt() >= 3, 10000);
+        QCOMPARE(clicked.size(), clicks + 1);
+        // The page still gets every press: both of the double click and the right one.
+        QTRY_COMPARE_WITH_TIMEOUT(evaluated(web, u"standIn.clicks"_qs).toInt(), pageClicks + 3,
+                                  10000);
     }
 };
 

@@ -4,12 +4,10 @@
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
 #include "surface/playerhostingview.h"
+#include "ui/contentview.h"
 #include "ui/filedialogchooser.h"
 #include "ui/playerwindow.h"
 #include "webplayer/youtubeplayerregistry.h"
-
-#include <QGuiApplication>
-#include <QScreen>
 
 LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
     : QObject(parent)
@@ -29,11 +27,6 @@ LumoMediaPlayerApp::~LumoMediaPlayerApp()
 
 void LumoMediaPlayerApp::start(const QStringList &arguments)
 {
-    if (QScreen *screen = QGuiApplication::primaryScreen()) {
-        QRect frame(QPoint(), PlayerWindow::initialSize);
-        frame.moveCenter(screen->availableGeometry().center());
-        m_window->move(frame.topLeft());
-    }
     m_window->show();
     if (arguments.isEmpty())
         return;
@@ -55,5 +48,5 @@ void LumoMediaPlayerApp::open(const QString &argument)
     if (const auto *file = std::get_if<LaunchFile>(&request))
         m_model->play(file->url, file->name, false);
     else
-        m_model->openRemote(std::get<LaunchAddress>(request).text, std::nullopt);
+        m_window->contentView()->openAddress(std::get<LaunchAddress>(request).text);
 }

@@ -19,7 +19,8 @@ public:
     PlayerModel &model() const { return *m_model; }
     PlayerWindow &window() const { return *m_window; }
 
-    // Shows the window, centred; opens the first argument once video can be drawn.
+    // Shows the window; opens the first argument once video can be drawn. An address opens in
+    // the sidebar's address field.
     void start(const QStringList &arguments);
 
 private:

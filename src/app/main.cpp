@@ -1,6 +1,7 @@
 #include "lumomediaplayerapp.h"
 
 #include <QApplication>
+#include <QStyle>
 
 #include <unistd.h>
 
@@ -16,6 +17,9 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("LumoMediaPlayer"));
     QApplication::setApplicationDisplayName(QStringLiteral("LumoMediaPlayerPro"));
     QApplication::setApplicationVersion(QStringLiteral(LUMO_VERSION));
+    // The controls are drawn dark on light faces; a dark desktop theme must not invert them.
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setPalette(QApplication::style()->standardPalette());
 
     LumoMediaPlayerApp app;
     app.start(QApplication::arguments().mid(1));

@@ -3,11 +3,14 @@
 // that a real stream cannot be held to.
 #include "model/mediaplayer.h"
 
+#include <QList>
+
 class ScriptedMediaPlayer final : public MediaPlayer
 {
 public:
     void replaceCurrentItem(const std::optional<QUrl> &url) override
     {
+        items.append(url);
         if (m_hasItem == url.has_value())
             return;
         m_hasItem = url.has_value();
@@ -15,7 +18,11 @@ public:
     }
     void play() override { m_playing = true; }
     void pause() override { m_playing = false; }
-    void seekExactly(double seconds) override { m_position = seconds; }
+    void seekExactly(double seconds) override
+    {
+        seeks.append(seconds);
+        m_position = seconds;
+    }
     void setVolume(double) override { }
     void setMuted(bool) override { }
 
@@ -34,6 +41,10 @@ public:
         Q_EMIT bufferEmptyChanged(waiting);
         Q_EMIT waitingToPlayChanged(isWaitingToPlay());
     }
+
+    // Every item and exact seek asked for, in order.
+    QList<std::optional<QUrl>> items;
+    QList<double> seeks;
 
 private:
     bool m_hasItem = false;

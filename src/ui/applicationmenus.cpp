@@ -1,0 +1,59 @@
+#include "applicationmenus.h"
+
+#include "model/playermodel.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+
+namespace ApplicationMenus {
+
+namespace {
+
+void addSkip(QMenu *menu, PlayerModel &model, const QString &title, double seconds)
+{
+    QObject::connect(menu->addAction(title), &QAction::triggered, &model,
+                     [&model, seconds] { model.skip(seconds); });
+}
+
+} // namespace
+
+void install(QMenuBar &menuBar, PlayerModel &model)
+{
+    QMenu *file = menuBar.addMenu(QStringLiteral("&File"));
+    QAction *open = file->addAction(QStringLiteral("Open Media…"));
+    open->setShortcut(QKeySequence::Open);
+    QObject::connect(open, &QAction::triggered, &model, [&model] { model.openFile(); });
+    file->addSeparator();
+    QAction *quit = file->addAction(QStringLiteral("Quit"));
+    quit->setShortcut(QKeySequence::Quit);
+    QObject::connect(quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
+
+    QMenu *playback = menuBar.addMenu(QStringLiteral("Playback"));
+    QAction *toggle = playback->addAction(QString());
+    QObject::connect(toggle, &QAction::triggered, &model, [&model] { model.togglePlayback(); });
+    const auto updateToggle = [toggle, &model] {
+        toggle->setText(model.isPlaying() ? QStringLiteral("Pause") : QStringLiteral("Play"));
+    };
+    QObject::connect(&model, &PlayerModel::isPlayingChanged, toggle, updateToggle);
+    updateToggle();
+    QObject::connect(playback->addAction(QStringLiteral("Stop")), &QAction::triggered, &model,
+                     [&model] { model.stop(); });
+    playback->addSeparator();
+    addSkip(playback, model, QStringLiteral("Back 5 Seconds"), -5);
+    addSkip(playback, model, QStringLiteral("Forward 5 Seconds"), 5);
+    addSkip(playback, model, QStringLiteral("Back 20 Seconds"), -20);
+    addSkip(playback, model, QStringLiteral("Forward 20 Seconds"), 20);
+    addSkip(playback, model, QStringLiteral("Back 60 Seconds"), -60);
+    addSkip(playback, model, QStringLiteral("Forward 60 Seconds"), 60);
+    QAction *mute = playback->addAction(QString());
+    mute->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+    QObject::connect(mute, &QAction::triggered, &model, [&model] { model.toggleMute(); });
+    const auto updateMute = [mute, &model] {
+        mute->setText(model.isMuted() ? QStringLiteral("Unmute") : QStringLiteral("Mute"));
+    };
+    QObject::connect(&model, &PlayerModel::isMutedChanged, mute, updateMute);
+    updateMute();
+}
+
+} // namespace ApplicationMenus

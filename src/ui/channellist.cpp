@@ -1,0 +1,195 @@
+#include "channellist.h"
+
+#include "channellistmodel.h"
+#include "channellogocache.h"
+#include "channelrowdelegate.h"
+#include "filtermenubutton.h"
+#include "model/playermodel.h"
+#include "surface/icons.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QMenu>
+#include <QVBoxLayout>
+
+ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
+    : QWidget(parent)
+    , m_player(model)
+    , m_model(new ChannelListModel(this))
+    , m_logos(new ChannelLogoCache(this))
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(12, 4, 6, 0);
+    layout->setSpacing(6);
+
+    m_header = new QLabel(this);
+    QFont caption = m_header->font();
+    caption.setPixelSize(10);
+    caption.setWeight(QFont::DemiBold);
+    caption.setLetterSpacing(QFont::AbsoluteSpacing, 0.6);
+    m_header->setFont(caption);
+    m_header->setStyleSheet(QStringLiteral("color: rgba(0,0,0,128);"));
+    layout->addWidget(m_header);
+
+    m_search = new QLineEdit(this);
+    m_search->setPlaceholderText(QStringLiteral("Search channels"));
+    m_search->setClearButtonEnabled(true);
+    layout->addWidget(m_search);
+    connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
+        ChannelFilter next = filter();
+        next.search = text;
+        applyFilter(next);
+    });
+
+    auto *menus = new QHBoxLayout;
+    menus->setSpacing(2);
+    m_countryButton = new FilterMenuButton(QStringLiteral("globe"), this);
+    m_categoryButton = new FilterMenuButton(QStringLiteral("square.grid.2x2"), this);
+    menus->addWidget(m_countryButton, 1);
+    menus->addWidget(m_categoryButton, 1);
+    layout->addLayout(menus);
+    // The menus are filled when opened, so a new playlist or filter costs them nothing.
+    connect(m_countryButton->menu(), &QMenu::aboutToShow, this, &ChannelList::fillCountryMenu);
+    connect(m_categoryButton->menu(), &QMenu::aboutToShow, this, &ChannelList::fillCategoryMenu);
+
+    m_list = new QListView(this);
+    m_list->setModel(m_model);
+    m_list->setItemDelegate(new ChannelRowDelegate(*m_logos, m_list));
+    m_list->setUniformItemSizes(true);
+    m_list->setMouseTracking(true);
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setSelectionMode(QAbstractItemView::NoSelection);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setFocusPolicy(Qt::NoFocus);
+    m_list->viewport()->setAutoFillBackground(false);
+    m_list->setStyleSheet(QStringLiteral("QListView { background: transparent; }"));
+    m_list->setCursor(Qt::PointingHandCursor);
+    layout->addWidget(m_list, 1);
+    connect(m_list, &QListView::clicked, this, &ChannelList::play);
+    connect(m_logos, &ChannelLogoCache::logoArrived, m_list->viewport(),
+            qOverload<>(&QWidget::update));
+
+    connect(&m_player, &PlayerModel::playlistChanged, this, &ChannelList::showPlaylist);
+    showPlaylist();
+}
+
+const ChannelFilter &ChannelList::filter() const
+{
+    return m_model->filter();
+}
+
+void ChannelList::setSearch(const QString &text)
+{
+    m_search->setText(text);
+}
+
+void ChannelList::setCountryCode(const std::optional<QString> &code)
+{
+    ChannelFilter next = filter();
+    next.countryCode = code;
+    applyFilter(next);
+}
+
+void ChannelList::setCategory(const std::optional<QString> &category)
+{
+    ChannelFilter next = filter();
+    next.category = category;
+    applyFilter(next);
+}
+
+void ChannelList::resetFilters()
+{
+    const QSignalBlocker blocker(m_search);
+    m_search->clear();
+    applyFilter(ChannelFilter());
+}
+
+void ChannelList::showPlaylist()
+{
+    m_model->setPlaylist(m_player.playlist());
+    m_list->scrollToTop();
+    updateHeader();
+}
+
+void ChannelList::applyFilter(const ChannelFilter &filter)
+{
+    m_model->setFilter(filter);
+    updateHeader();
+}
+
+QString ChannelList::headerText() const
+{
+    return m_header->text();
+}
+
+QString ChannelList::countryMenuTitle() const
+{
+    return m_countryButton->text();
+}
+
+QString ChannelList::categoryMenuTitle() const
+{
+    return m_categoryButton->text();
+}
+
+void ChannelList::updateHeader()
+{
+    m_header->setText(ChannelFilters::header(m_model->rowCount(), m_model->playlist().size()));
+    const ChannelFilter &current = filter();
+    m_countryButton->setText(current.countryCode ? ChannelFilters::countryName(*current.countryCode)
+                                                 : QStringLiteral("Countries"));
+    m_categoryButton->setText(current.category.value_or(QStringLiteral("Category")));
+    m_countryButton->updateGeometry();
+    m_categoryButton->updateGeometry();
+    m_countryButton->update();
+    m_categoryButton->update();
+}
+
+void ChannelList::fillCountryMenu()
+{
+    QMenu *menu = m_countryButton->menu();
+    menu->clear();
+    const std::optional<QString> selected = filter().countryCode;
+    QAction *all = menu->addAction(Icons::icon(selected ? u"globe" : u"checkmark"),
+                                   QStringLiteral("Countries"));
+    connect(all, &QAction::triggered, this, [this] { setCountryCode(std::nullopt); });
+    const QStringList &codes = m_model->index().countryCodes();
+    if (codes.isEmpty())
+        return;
+    menu->addSeparator();
+    for (const QString &code : codes) {
+        QAction *item = menu->addAction(Icons::icon(code == selected ? u"checkmark" : u"tv"),
+                                        ChannelFilters::countryName(code));
+        connect(item, &QAction::triggered, this, [this, code] { setCountryCode(code); });
+    }
+}
+
+void ChannelList::fillCategoryMenu()
+{
+    QMenu *menu = m_categoryButton->menu();
+    menu->clear();
+    const std::optional<QString> selected = filter().category;
+    QAction *all = menu->addAction(Icons::icon(selected ? u"square.grid.2x2" : u"checkmark"),
+                                   QStringLiteral("Category"));
+    connect(all, &QAction::triggered, this, [this] { setCategory(std::nullopt); });
+    const QStringList &categories = m_model->index().categories();
+    if (categories.isEmpty())
+        return;
+    menu->addSeparator();
+    for (const QString &category : categories) {
+        QAction *item
+            = menu->addAction(Icons::icon(category == selected ? u"checkmark" : u"tv"), category);
+        connect(item, &QAction::triggered, this, [this, category] { setCategory(category); });
+    }
+}
+
+void ChannelList::play(const QModelIndex &index)
+{
+    if (!index.isValid())
+        return;
+    const PlaylistEntry entry = m_model->entry(index.row());
+    m_player.play(entry.url(), entry.name(), true);
+}

@@ -1,0 +1,58 @@
+#pragma once
+// The lower part of the sidebar, shown while a playlist is loaded: the count header, the search
+// field, the country and category menus and the numbered channel rows. A click on a row plays
+// that channel as a live stream.
+#include "channelfilter.h"
+
+#include <QWidget>
+
+class ChannelListModel;
+class ChannelLogoCache;
+class FilterMenuButton;
+class PlayerModel;
+class QLabel;
+class QLineEdit;
+class QListView;
+
+class ChannelList final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ChannelList(PlayerModel &model, QWidget *parent = nullptr);
+
+    const ChannelFilter &filter() const;
+    void setSearch(const QString &text);
+    void setCountryCode(const std::optional<QString> &code);
+    void setCategory(const std::optional<QString> &category);
+    // Empties the search and lifts both menus' choices.
+    void resetFilters();
+
+    QString headerText() const;
+    QString countryMenuTitle() const;
+    QString categoryMenuTitle() const;
+
+    QLineEdit *searchField() const { return m_search; }
+    QListView *listView() const { return m_list; }
+    ChannelListModel *listModel() const { return m_model; }
+    FilterMenuButton *countryButton() const { return m_countryButton; }
+    FilterMenuButton *categoryButton() const { return m_categoryButton; }
+    ChannelLogoCache *logos() const { return m_logos; }
+
+private:
+    void showPlaylist();
+    void applyFilter(const ChannelFilter &filter);
+    void updateHeader();
+    void fillCountryMenu();
+    void fillCategoryMenu();
+    void play(const QModelIndex &index);
+
+    PlayerModel &m_player;
+    ChannelListModel *m_model = nullptr;
+    ChannelLogoCache *m_logos = nullptr;
+    QLabel *m_header = nullptr;
+    QLineEdit *m_search = nullptr;
+    FilterMenuButton *m_countryButton = nullptr;
+    FilterMenuButton *m_categoryButton = nullptr;
+    QListView *m_list = nullptr;
+};

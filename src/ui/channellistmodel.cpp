@@ -1,0 +1,56 @@
+#include "channellistmodel.h"
+
+ChannelListModel::ChannelListModel(QObject *parent)
+    : QAbstractListModel(parent)
+{ }
+
+void ChannelListModel::setPlaylist(const QList<PlaylistEntry> &playlist)
+{
+    m_playlist = playlist;
+    m_index = ChannelIndex(playlist);
+    refilter();
+}
+
+void ChannelListModel::setFilter(const ChannelFilter &filter)
+{
+    if (filter == m_filter)
+        return;
+    m_filter = filter;
+    refilter();
+}
+
+void ChannelListModel::refilter()
+{
+    std::vector<int> rows = m_index.filter(m_filter);
+    // A reset keeps the view; the view asks again only for the rows on screen.
+    beginResetModel();
+    m_rows = std::move(rows);
+    endResetModel();
+}
+
+int ChannelListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_rows.size());
+}
+
+QVariant ChannelListModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= int(m_rows.size()))
+        return {};
+    const PlaylistEntry &channel = entry(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+        return channel.name();
+    case Qt::ToolTipRole:
+        return QStringLiteral("Play ") + channel.name();
+    case NumberRole:
+        return index.row() + 1;
+    case MetadataRole:
+        return ChannelFilters::metadata(ChannelFilters::countryName(channel.countryCode()),
+                                        channel.groupTitle());
+    case LogoRole:
+        return channel.logoURL().value_or(QUrl());
+    default:
+        return {};
+    }
+}

@@ -1,0 +1,118 @@
+#include "channelrowdelegate.h"
+
+#include "channellistmodel.h"
+#include "channellogocache.h"
+#include "surface/icons.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace {
+
+QFont sizedFont(const QFont &base, qreal pixels, QFont::Weight weight)
+{
+    QFont font = base;
+    font.setPixelSize(qRound(pixels));
+    font.setWeight(weight);
+    return font;
+}
+
+} // namespace
+
+ChannelRowDelegate::ChannelRowDelegate(ChannelLogoCache &logos, QObject *parent)
+    : QStyledItemDelegate(parent)
+    , m_logos(logos)
+{ }
+
+QSize ChannelRowDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const
+{
+    return {200, rowHeight + rowSpacing};
+}
+
+void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                               const QModelIndex &index) const
+{
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
+    const QColor accent = option.palette.color(QPalette::Highlight);
+    // The rows are light cards whatever the list's own background.
+    const QColor primary(Qt::black);
+
+    // The row card, with the spacing to the next row left below it.
+    const QRectF card = QRectF(option.rect).adjusted(1.5, 0.5, -1.5, -rowSpacing - 0.5);
+    QPainterPath cardShape;
+    cardShape.addRoundedRect(card, 8, 8);
+    painter->fillPath(cardShape.translated(0, 1), QColor(0, 0, 0, 10));
+    painter->fillPath(cardShape, QColor(Qt::white));
+    QColor outline = hovered ? accent : primary;
+    outline.setAlphaF(hovered ? 0.5f : 0.1f);
+    painter->setPen(QPen(outline, 1));
+    painter->drawPath(cardShape);
+
+    // The logo box.
+    const QRectF logoBox(card.left() + 7, card.center().y() - logoHeight / 2.0, logoWidth,
+                         logoHeight);
+    QPainterPath logoShape;
+    logoShape.addRoundedRect(logoBox, 6, 6);
+    QColor logoFill = primary;
+    logoFill.setAlphaF(0.08f);
+    painter->fillPath(logoShape, logoFill);
+    QColor logoLine = primary;
+    logoLine.setAlphaF(0.15f);
+    painter->setPen(QPen(logoLine, 0.6));
+    painter->drawPath(logoShape);
+    const QPixmap logo = m_logos.logo(index.data(ChannelListModel::LogoRole).toUrl());
+    if (!logo.isNull()) {
+        const QSizeF fitted
+            = QSizeF(logo.size()).scaled(logoBox.size() - QSizeF(4, 4), Qt::KeepAspectRatio);
+        QRectF target(QPointF(), fitted);
+        target.moveCenter(logoBox.center());
+        painter->setRenderHint(QPainter::SmoothPixmapTransform);
+        painter->drawPixmap(target, logo, QRectF(logo.rect()));
+    } else {
+        QColor ink = primary;
+        ink.setAlphaF(0.55f);
+        painter->setPen(ink);
+        painter->setFont(Icons::font(13));
+        painter->drawText(logoBox.adjusted(0, 2, 0, -9), Qt::AlignCenter, Icons::glyph(u"tv.fill"));
+        painter->setFont(sizedFont(option.font, 7, QFont::Bold));
+        painter->drawText(logoBox.adjusted(0, 0, 0, -1), Qt::AlignHCenter | Qt::AlignBottom,
+                          QString::number(index.data(ChannelListModel::NumberRole).toInt()));
+    }
+
+    // The play badge.
+    const QRectF badge(card.right() - 8 - badgeSide, card.center().y() - badgeSide / 2.0, badgeSide,
+                       badgeSide);
+    QColor badgeFill = accent;
+    if (!hovered)
+        badgeFill.setAlphaF(0.12f);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(badgeFill);
+    painter->drawEllipse(badge);
+    painter->setPen(hovered ? QColor(Qt::white) : accent);
+    painter->setFont(Icons::font(14));
+    painter->drawText(badge, Qt::AlignCenter, Icons::glyph(u"play.fill"));
+
+    // Name over the country and group line.
+    const qreal textLeft = logoBox.right() + 9;
+    const qreal textWidth = badge.left() - 8 - textLeft;
+    const QFont nameFont = sizedFont(option.font, 12.5, QFont::DemiBold);
+    const QFont metadataFont = sizedFont(option.font, 9.5, QFont::Normal);
+    const QRectF nameArea(textLeft, card.top() + 5, textWidth, card.height() / 2 - 3);
+    const QRectF metadataArea(textLeft, card.center().y() + 1, textWidth, card.height() / 2 - 6);
+    painter->setFont(nameFont);
+    painter->setPen(primary);
+    painter->drawText(
+        nameArea, Qt::AlignLeft | Qt::AlignVCenter,
+        QFontMetrics(nameFont).elidedText(index.data().toString(), Qt::ElideRight, int(textWidth)));
+    QColor secondary = primary;
+    secondary.setAlphaF(0.55f);
+    painter->setFont(metadataFont);
+    painter->setPen(secondary);
+    painter->drawText(metadataArea, Qt::AlignLeft | Qt::AlignVCenter,
+                      QFontMetrics(metadataFont)
+                          .elidedText(index.data(ChannelListModel::MetadataRole).toString(),
+                                      Qt::ElideRight, int(textWidth)));
+    painter->restore();
+}

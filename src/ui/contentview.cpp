@@ -1,0 +1,245 @@
+#include "contentview.h"
+
+#include "channellist.h"
+#include "model/playermodel.h"
+#include "model/playernotifications.h"
+#include "networkpanel.h"
+#include "playercontrolbar.h"
+#include "playerrecorder.h"
+#include "surface/playersurface.h"
+#include "toastoverlay.h"
+#include "webplayer/youtubeplayerview.h"
+#include "windowaspect.h"
+#include "windowtitlesetter.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFrame>
+#include <QMimeData>
+#include <QVBoxLayout>
+#include <QVariantAnimation>
+
+ContentView::ContentView(PlayerModel &model, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_sidebarAnimation(new QVariantAnimation(this))
+    , m_titleSetter(new WindowTitleSetter(this))
+{
+    setAcceptDrops(true);
+    setAutoFillBackground(true);
+
+    m_sidebar = new QWidget(this);
+    m_sidebar->setObjectName(QStringLiteral("sidebar"));
+    m_sidebar->setAutoFillBackground(true);
+    QPalette sidebarPalette = m_sidebar->palette();
+    sidebarPalette.setColor(QPalette::Window, sidebarPalette.color(QPalette::Window).darker(104));
+    m_sidebar->setPalette(sidebarPalette);
+    auto *sidebarLayout = new QVBoxLayout(m_sidebar);
+    sidebarLayout->setContentsMargins(0, 0, 0, 0);
+    sidebarLayout->setSpacing(0);
+    m_networkPanel = new NetworkPanel(model, m_sidebar);
+    m_channelList = new ChannelList(model, m_sidebar);
+    sidebarLayout->addWidget(m_networkPanel);
+    sidebarLayout->addWidget(m_channelList, 1);
+    sidebarLayout->addStretch(0);
+    m_sidebar->hide();
+    m_divider = new QFrame(this);
+    m_divider->setFrameShape(QFrame::VLine);
+    m_divider->setStyleSheet(QStringLiteral("color: rgba(0,0,0,40);"));
+    m_divider->hide();
+
+    m_surface = new PlayerSurface(model, this);
+    m_surface->setWebPlayerViewFactory(
+        [](QWidget *parent) -> WebPlayerView * { return new YouTubePlayerView(parent); });
+    m_controlBar = new PlayerControlBar(model, this);
+    m_toast = new ToastOverlay(this);
+
+    m_sidebarAnimation->setEasingCurve(QEasingCurve::InOutCubic);
+    connect(m_sidebarAnimation, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant &value) {
+                m_sidebarShown = value.toDouble();
+                layoutChildren();
+            });
+    connect(m_sidebarAnimation, &QVariantAnimation::finished, this, [this] {
+        m_sidebar->setVisible(m_showSidebar);
+        m_divider->setVisible(m_showSidebar);
+    });
+
+    m_addressFocusTask.setSingleShot(true);
+    m_addressFocusTask.setInterval(addressFocusDelayMs);
+    connect(&m_addressFocusTask, &QTimer::timeout, this, [this] {
+        if (m_showSidebar)
+            m_networkPanel->focusAddressField();
+    });
+
+    connect(m_networkPanel, &NetworkPanel::filtersResetRequested, m_channelList,
+            &ChannelList::resetFilters);
+    connect(m_controlBar, &PlayerControlBar::sidebarToggleRequested, this,
+            [this] { setShowSidebar(!m_showSidebar); });
+    connect(m_controlBar, &PlayerControlBar::displayModeChosen, this,
+            &ContentView::setPortraitMode);
+    connect(&PlayerNotifications::shared(), &PlayerNotifications::playerSurfaceClicked, this,
+            [this] {
+                if (!m_showSidebar)
+                    return;
+                m_showSidebar = false;
+                animateSidebar(false, sidebarCloseOnClickMs);
+            });
+    connect(&m_model, &PlayerModel::toastMessageChanged, this,
+            [this] { m_toast->setMessage(m_model.toastMessage()); });
+    connect(&m_model, &PlayerModel::videoAspectRatioChanged, this,
+            [this] { applyWindowAspect(m_model.videoAspectRatio(), m_portraitMode); });
+    connect(&m_model, &PlayerModel::titleChanged, this, &ContentView::updateWindowTitle);
+    connect(&m_model, &PlayerModel::playlistChanged, this, &ContentView::updateChannelSection);
+    updateChannelSection();
+    m_toast->setMessage(m_model.toastMessage());
+}
+
+void ContentView::setShowSidebar(bool show)
+{
+    if (m_showSidebar == show)
+        return;
+    m_showSidebar = show;
+    animateSidebar(show, sidebarAnimationMs);
+}
+
+void ContentView::animateSidebar(bool show, int durationMs)
+{
+    m_networkPanel->setShowMovieName(false);
+    if (show) {
+        m_addressFocusTask.start();
+    } else {
+        m_addressFocusTask.stop();
+        if (m_sidebar->isAncestorOf(focusWidget()))
+            setFocus(Qt::OtherFocusReason);
+    }
+    m_controlBar->setSidebarShown(show);
+    m_sidebar->show();
+    m_divider->show();
+    m_sidebarAnimation->stop();
+    m_sidebarAnimation->setDuration(durationMs);
+    m_sidebarAnimation->setStartValue(m_sidebarShown);
+    m_sidebarAnimation->setEndValue(show ? 1.0 : 0.0);
+    m_sidebarAnimation->start();
+    updateWindowTitle();
+}
+
+void ContentView::setPortraitMode(PortraitDisplayMode mode)
+{
+    if (m_portraitMode == mode)
+        return;
+    m_portraitMode = mode;
+    m_surface->setPortraitMode(mode);
+    m_controlBar->setPortraitMode(mode);
+    applyWindowAspect(m_model.videoAspectRatio(), mode);
+}
+
+void ContentView::setFullScreen(bool fullScreen)
+{
+    if (m_isFullScreen == fullScreen)
+        return;
+    m_isFullScreen = fullScreen;
+    m_surface->setFullScreen(fullScreen);
+    layoutChildren();
+}
+
+void ContentView::setRecorder(PlayerRecorder *recorder)
+{
+    m_recorder = recorder;
+    m_controlBar->setRecorder(recorder);
+}
+
+void ContentView::openURL(const QUrl &url)
+{
+    m_model.play(url, url.fileName(), false);
+}
+
+void ContentView::openAddress(const QString &text)
+{
+    setShowSidebar(true);
+    m_networkPanel->setAddress(text);
+    m_networkPanel->openStream();
+}
+
+void ContentView::applyWindowTitleNow()
+{
+    m_titleSetter->applyNow(m_model.title(), m_showSidebar);
+}
+
+void ContentView::updateWindowTitle()
+{
+    m_titleSetter->update(m_model.title(), m_showSidebar);
+}
+
+void ContentView::updateChannelSection()
+{
+    m_channelList->setVisible(!m_model.playlist().isEmpty());
+}
+
+void ContentView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    m_model.installKeyboardShortcuts();
+}
+
+void ContentView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    layoutChildren();
+    // The title is fitted to the window's width.
+    updateWindowTitle();
+}
+
+void ContentView::layoutChildren()
+{
+    const int shown = qRound(sidebarWidth * m_sidebarShown);
+    // The sidebar slides in from the left edge at its full width.
+    m_sidebar->setGeometry(shown - sidebarWidth, 0, sidebarWidth, height());
+    m_divider->setGeometry(shown, 0, 1, height());
+    const int column = shown > 0 ? shown + 1 : 0;
+    const int barHeight = PlayerControlBar::barHeight;
+    m_surface->setGeometry(column, 0, width() - column, height() - barHeight);
+    m_controlBar->setGeometry(column, height() - barHeight, width() - column, barHeight);
+    m_toast->place(width());
+    m_toast->raise();
+}
+
+void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
+{
+    // After the current layout pass, like every reshape of the window.
+    QTimer::singleShot(0, this, [this, ratio, mode] {
+        if (m_isFullScreen)
+            return;
+        QWidget *window = this->window();
+        if (window->isMaximized() || window->isFullScreen())
+            return;
+        const WindowAspect::Change change = WindowAspect::change(ratio, mode, width());
+        if (std::holds_alternative<WindowAspect::ClearConstraint>(change)) {
+            m_aspectConstraint = QSize();
+            return;
+        }
+        const auto *size = std::get_if<QSizeF>(&change);
+        if (!size)
+            return;
+        window->resize(window->size() - this->size() + size->toSize());
+        m_aspectConstraint = window->frameGeometry().size();
+    });
+}
+
+void ContentView::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void ContentView::dropEvent(QDropEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty())
+        return;
+    event->acceptProposedAction();
+    // Only the first item counts, and only as a file.
+    const QUrl &first = urls.constFirst();
+    if (first.isLocalFile())
+        openURL(first);
+}

@@ -1,0 +1,93 @@
+#pragma once
+// The player window's content: the sliding sidebar (network panel over the channel list) beside
+// the player column (the player surface over the control bar), the notice overlay, and the
+// window's shape, which follows the video. It also takes dropped files and what the command
+// line or the desktop asks to open.
+#include "surface/portraitdisplaymode.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+class ChannelList;
+class NetworkPanel;
+class PlayerControlBar;
+class PlayerModel;
+class PlayerRecorder;
+class PlayerSurface;
+class QFrame;
+class QVariantAnimation;
+class ToastOverlay;
+class WindowTitleSetter;
+
+class ContentView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int sidebarWidth = 245;
+    static constexpr int sidebarAnimationMs = 180;
+    // A click on the picture closes the sidebar a little faster.
+    static constexpr int sidebarCloseOnClickMs = 160;
+    // The address field takes the focus once the sidebar has slid in.
+    static constexpr int addressFocusDelayMs = 180;
+
+    explicit ContentView(PlayerModel &model, QWidget *parent = nullptr);
+
+    bool showsSidebar() const { return m_showSidebar; }
+    void setShowSidebar(bool show);
+    PortraitDisplayMode portraitMode() const { return m_portraitMode; }
+    void setPortraitMode(PortraitDisplayMode mode);
+    bool isFullScreen() const { return m_isFullScreen; }
+    void setFullScreen(bool fullScreen);
+    void setRecorder(PlayerRecorder *recorder);
+
+    // A file the system or the command line asks to open: it plays under its file name.
+    void openURL(const QUrl &url);
+    // An address from the command line, as if typed into the sidebar's address field.
+    void openAddress(const QString &text);
+
+    // The shape the window keeps while the user resizes it; empty when it is free.
+    QSize aspectConstraint() const { return m_aspectConstraint; }
+    // The title, sizes and place of the window, at once; for the window's construction.
+    void applyWindowTitleNow();
+
+    PlayerSurface *surface() const { return m_surface; }
+    PlayerControlBar *controlBar() const { return m_controlBar; }
+    NetworkPanel *networkPanel() const { return m_networkPanel; }
+    ChannelList *channelList() const { return m_channelList; }
+    ToastOverlay *toast() const { return m_toast; }
+    QWidget *sidebar() const { return m_sidebar; }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    void animateSidebar(bool show, int durationMs);
+    void layoutChildren();
+    void updateChannelSection();
+    void updateWindowTitle();
+    void applyWindowAspect(double ratio, PortraitDisplayMode mode);
+
+    PlayerModel &m_model;
+    QPointer<PlayerRecorder> m_recorder;
+    bool m_showSidebar = false;
+    bool m_isFullScreen = false;
+    PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
+    QTimer m_addressFocusTask;
+    QSize m_aspectConstraint;
+
+    double m_sidebarShown = 0; // 0 hidden … 1 fully in, animated
+    QVariantAnimation *m_sidebarAnimation = nullptr;
+    QWidget *m_sidebar = nullptr;
+    NetworkPanel *m_networkPanel = nullptr;
+    ChannelList *m_channelList = nullptr;
+    QFrame *m_divider = nullptr;
+    PlayerSurface *m_surface = nullptr;
+    PlayerControlBar *m_controlBar = nullptr;
+    ToastOverlay *m_toast = nullptr;
+    WindowTitleSetter *m_titleSetter = nullptr;
+};

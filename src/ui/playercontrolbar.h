@@ -1,0 +1,72 @@
+#pragma once
+// The row of transport, position, volume, recording and view controls under the player. It
+// reads the model and the recorder and calls their operations; the sidebar, the display mode
+// and full screen belong to the window, which it asks through signals.
+#include "surface/portraitdisplaymode.h"
+
+#include <QWidget>
+
+class ControlButton;
+class PlayerModel;
+class PlayerRecorder;
+class QLabel;
+class QMenu;
+class QSlider;
+class RecordControl;
+
+class PlayerControlBar final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int barHeight = 34;
+    // The slider counts in thousandths of a second (position) and of the full volume.
+    static constexpr int sliderScale = 1000;
+
+    explicit PlayerControlBar(PlayerModel &model, QWidget *parent = nullptr);
+
+    void setSidebarShown(bool shown);
+    void setPortraitMode(PortraitDisplayMode mode);
+    void setRecorder(PlayerRecorder *recorder);
+
+    // The symbol of a display mode in the menu.
+    static QString displayModeSymbol(PortraitDisplayMode mode);
+
+    bool isSeeking() const { return m_seeking; }
+    double seekValue() const { return m_seekValue; }
+    QSlider *positionSlider() const { return m_position; }
+    QSlider *volumeSlider() const { return m_volume; }
+    QMenu *displayModeMenu() const { return m_modeMenu; }
+    RecordControl *recordControl() const { return m_record; }
+
+Q_SIGNALS:
+    void sidebarToggleRequested();
+    void displayModeChosen(PortraitDisplayMode mode);
+
+private:
+    ControlButton *addButton(const QString &symbol, bool prominent, const QString &help);
+    void updatePlaying();
+    void updateTimes();
+    void updateMuted();
+    void updateVolume();
+    void updateModeMenu();
+    void endSeek();
+    static void toggleActiveWindowFullScreen();
+
+    PlayerModel &m_model;
+    PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
+    bool m_seeking = false;
+    double m_seekValue = 0;
+    bool m_updatingSliders = false;
+
+    ControlButton *m_playPause = nullptr;
+    ControlButton *m_sidebar = nullptr;
+    QLabel *m_elapsed = nullptr;
+    QSlider *m_position = nullptr;
+    QLabel *m_remaining = nullptr;
+    ControlButton *m_mute = nullptr;
+    QSlider *m_volume = nullptr;
+    RecordControl *m_record = nullptr;
+    ControlButton *m_modeButton = nullptr;
+    QMenu *m_modeMenu = nullptr;
+};

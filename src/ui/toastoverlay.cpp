@@ -1,0 +1,103 @@
+#include "toastoverlay.h"
+
+#include <QEasingCurve>
+#include <QPainter>
+#include <QPainterPath>
+#include <QVariantAnimation>
+
+#include <algorithm>
+
+namespace {
+constexpr int padding = 14;
+constexpr int shadowMargin = 8;
+constexpr qreal cornerRadius = 9;
+} // namespace
+
+ToastOverlay::ToastOverlay(QWidget *parent)
+    : QWidget(parent)
+    , m_animation(new QVariantAnimation(this))
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_TranslucentBackground);
+    QFont font = this->font();
+    font.setPixelSize(13);
+    font.setWeight(QFont::Medium);
+    setFont(font);
+    hide();
+    m_animation->setDuration(animationMs);
+    m_animation->setEasingCurve(QEasingCurve::InOutQuad);
+    connect(m_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant &value) {
+        m_progress = value.toDouble();
+        place(m_areaWidth);
+        update();
+    });
+    connect(m_animation, &QVariantAnimation::finished, this, [this] {
+        if (m_progress <= 0)
+            hide();
+    });
+}
+
+void ToastOverlay::setMessage(const QString &message)
+{
+    if (message.isNull() == m_message.isNull() && message == m_message)
+        return;
+    m_message = message;
+    if (message.isNull()) {
+        animateTo(0);
+        return;
+    }
+    m_shownText = message;
+    show();
+    raise();
+    place(m_areaWidth);
+    animateTo(1);
+}
+
+void ToastOverlay::animateTo(double end)
+{
+    m_animation->stop();
+    m_animation->setStartValue(m_progress);
+    m_animation->setEndValue(end);
+    m_animation->start();
+}
+
+void ToastOverlay::place(int areaWidth)
+{
+    m_areaWidth = areaWidth;
+    const QFontMetrics metrics(font());
+    const int available = std::max(areaWidth - 2 * inset, 2 * padding);
+    const int plateWidth
+        = std::min(metrics.horizontalAdvance(m_shownText) + 2 * padding, available);
+    const int plateHeight = std::max(minimumHeight, metrics.height() + 12);
+    const int width = plateWidth + 2 * shadowMargin;
+    const int height = plateHeight + 2 * shadowMargin;
+    // Slides from just above the window's top edge down to its inset.
+    const int shownY = inset - shadowMargin;
+    const int hiddenY = -height;
+    const int y = int(hiddenY + (shownY - hiddenY) * m_progress);
+    setGeometry((areaWidth - width) / 2, y, width, height);
+}
+
+void ToastOverlay::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setOpacity(std::clamp(m_progress, 0.0, 1.0));
+    const QRectF plate
+        = QRectF(rect()).adjusted(shadowMargin, shadowMargin, -shadowMargin, -shadowMargin);
+    // A soft shadow: rings of falling opacity around the plate, offset a little downwards.
+    for (int ring = shadowMargin; ring > 0; --ring) {
+        QPainterPath path;
+        const QRectF area = plate.adjusted(-ring, -ring + 2, ring, ring + 2);
+        path.addRoundedRect(area, cornerRadius + ring, cornerRadius + ring);
+        painter.fillPath(path, QColor(0, 0, 0, int(0.35 * 255 / (shadowMargin * 1.6))));
+    }
+    QPainterPath shape;
+    shape.addRoundedRect(plate, cornerRadius, cornerRadius);
+    painter.fillPath(shape, QColor(0, 0, 0, int(0.82 * 255)));
+    painter.setPen(Qt::white);
+    const QRectF textArea = plate.adjusted(padding, 0, -padding, 0);
+    const QString text
+        = QFontMetrics(font()).elidedText(m_shownText, Qt::ElideRight, int(textArea.width()));
+    painter.drawText(textArea, Qt::AlignCenter, text);
+}

@@ -1,0 +1,39 @@
+#pragma once
+// The short notice at the top of the window: white text on a dark rounded plate that slides in
+// from the top edge with a fade and leaves the same way.
+#include <QWidget>
+
+class QVariantAnimation;
+
+class ToastOverlay final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int inset = 14;
+    static constexpr int minimumHeight = 30;
+    static constexpr int animationMs = 220;
+
+    explicit ToastOverlay(QWidget *parent = nullptr);
+
+    // A null message hides the notice.
+    void setMessage(const QString &message);
+    QString message() const { return m_message; }
+    // Whether a notice is shown or on its way in.
+    bool isShowing() const { return !m_message.isNull(); }
+
+    // Places the notice at the top of an area of this width.
+    void place(int areaWidth);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void animateTo(double end);
+
+    QString m_message;
+    QString m_shownText; // kept while the notice leaves
+    double m_progress = 0; // 0 hidden above the edge, 1 fully in
+    QVariantAnimation *m_animation = nullptr;
+    int m_areaWidth = 0;
+};

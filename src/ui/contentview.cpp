@@ -15,6 +15,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFrame>
+#include <QLabel>
 #include <QMimeData>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
@@ -53,6 +54,12 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
         [](QWidget *parent) -> WebPlayerView * { return new YouTubePlayerView(parent); });
     m_controlBar = new PlayerControlBar(model, this);
     m_toast = new ToastOverlay(this);
+    // While the sidebar is hidden, the model's error shows over the bottom of the picture.
+    m_error = new QLabel(this);
+    m_error->setAlignment(Qt::AlignCenter);
+    m_error->setWordWrap(true);
+    m_error->setStyleSheet(
+        QStringLiteral("color: #ff8a80; background: rgba(0,0,0,190); padding: 6px 12px;"));
 
     m_sidebarAnimation->setEasingCurve(QEasingCurve::InOutCubic);
     connect(m_sidebarAnimation, &QVariantAnimation::valueChanged, this,
@@ -91,7 +98,9 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
             [this] { applyWindowAspect(m_model.videoAspectRatio(), m_portraitMode); });
     connect(&m_model, &PlayerModel::titleChanged, this, &ContentView::updateWindowTitle);
     connect(&m_model, &PlayerModel::playlistChanged, this, &ContentView::updateChannelSection);
+    connect(&m_model, &PlayerModel::errorMessageChanged, this, &ContentView::updateError);
     updateChannelSection();
+    updateError();
     m_toast->setMessage(m_model.toastMessage());
 }
 
@@ -114,6 +123,7 @@ void ContentView::animateSidebar(bool show, int durationMs)
             setFocus(Qt::OtherFocusReason);
     }
     m_controlBar->setSidebarShown(show);
+    updateError();
     m_sidebar->show();
     m_divider->show();
     m_sidebarAnimation->stop();
@@ -202,6 +212,18 @@ void ContentView::layoutChildren()
     m_controlBar->setGeometry(column, height() - barHeight, width() - column, barHeight);
     m_toast->place(width());
     m_toast->raise();
+    if (m_error->isVisible()) {
+        const int errorWidth = width() - column;
+        m_error->setGeometry(column, height() - barHeight - m_error->heightForWidth(errorWidth),
+                             errorWidth, m_error->heightForWidth(errorWidth));
+    }
+}
+
+void ContentView::updateError()
+{
+    m_error->setText(m_model.errorMessage());
+    m_error->setVisible(!m_model.errorMessage().isNull() && !m_showSidebar);
+    layoutChildren();
 }
 
 void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)

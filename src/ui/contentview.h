@@ -16,6 +16,7 @@ class PlayerModel;
 class PlayerRecorder;
 class PlayerSurface;
 class QFrame;
+class QLabel;
 class QVariantAnimation;
 class ToastOverlay;
 class WindowTitleSetter;
@@ -70,6 +71,7 @@ private:
     void layoutChildren();
     void updateChannelSection();
     void updateWindowTitle();
+    void updateError();
     void applyWindowAspect(double ratio, PortraitDisplayMode mode);
 
     PlayerModel &m_model;
@@ -89,5 +91,6 @@ private:
     PlayerSurface *m_surface = nullptr;
     PlayerControlBar *m_controlBar = nullptr;
     ToastOverlay *m_toast = nullptr;
+    QLabel *m_error = nullptr;
     WindowTitleSetter *m_titleSetter = nullptr;
 };

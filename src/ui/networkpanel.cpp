@@ -115,8 +115,19 @@ NetworkPanel::NetworkPanel(PlayerModel &model, QWidget *parent)
         m_model.openRemote(m_autoOpenAddress, optionalName(movieName()));
     });
 
+    m_error = new QLabel(this);
+    m_error->setWordWrap(true);
+    m_error->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_error->setStyleSheet(QStringLiteral("color: #c62828;"));
+    QFont errorFont = m_error->font();
+    errorFont.setPixelSize(11);
+    m_error->setFont(errorFont);
+    layout->addWidget(m_error);
+
     connect(&m_model, &PlayerModel::isLoadingChanged, this, &NetworkPanel::updatePlayButton);
+    connect(&m_model, &PlayerModel::errorMessageChanged, this, &NetworkPanel::updateError);
     updatePlayButton();
+    updateError();
 }
 
 QString NetworkPanel::address() const
@@ -212,4 +223,10 @@ void NetworkPanel::clearNetworkStream()
 void NetworkPanel::updatePlayButton()
 {
     m_playButton->setText(m_model.isLoading() ? QStringLiteral("Loading") : QStringLiteral("Play"));
+}
+
+void NetworkPanel::updateError()
+{
+    m_error->setText(m_model.errorMessage());
+    m_error->setVisible(!m_model.errorMessage().isNull());
 }

@@ -1,12 +1,13 @@
 #pragma once
 // The upper part of the sidebar: the stream address field that opens a typed or pasted address
 // by itself once typing stops, an optional name for the stream, importing a local playlist and
-// clearing the network stream.
+// clearing the network stream. The model's last error shows under its buttons.
 #include <QTimer>
 #include <QWidget>
 
 class NameToggle;
 class PlayerModel;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QToolButton;
@@ -54,6 +55,7 @@ private:
     void scheduleAutomaticOpen(const QString &text);
     void cancelAutomaticOpen();
     void updatePlayButton();
+    void updateError();
 
     PlayerModel &m_model;
     bool m_showMovieName = false;
@@ -67,4 +69,5 @@ private:
     QLineEdit *m_movieNameField = nullptr;
     QPushButton *m_importButton = nullptr;
     QPushButton *m_playButton = nullptr;
+    QLabel *m_error = nullptr;
 };

@@ -3,13 +3,16 @@
 #include "model/playermodel.h"
 #include "surface/playerhostingview.h"
 #include "testmedia.h"
+#include "ui/contentview.h"
 #include "ui/playerwindow.h"
+#include "ui/toastoverlay.h"
 #include "webplayer/youtubehostingview.h"
 #include "webplayer/youtubeplayerregistry.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -31,7 +34,7 @@ private:
     static QLabel *label(PlayerWindow &window, const QString &text)
     {
         for (QLabel *label : window.findChildren<QLabel *>())
-            if (label->text() == text)
+            if (label->text() == text && label->isVisible())
                 return label;
         return nullptr;
     }
@@ -48,7 +51,10 @@ private Q_SLOTS:
         QSignalSpy frames(app.window().hostingView(), &PlayerHostingView::frameDrawn);
         app.start({m_media.filePath(QStringLiteral("clip.mp4"))});
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
-        QCOMPARE(app.window().size(), QSize(700, 430));
+        // The first window opens at its initial size, centred on the screen.
+        QCOMPARE(app.window().contentView()->size(), QSize(700, 430));
+        const QPoint screenCentre = app.window().screen()->availableGeometry().center();
+        QVERIFY((app.window().frameGeometry().center() - screenCentre).manhattanLength() <= 2);
         QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 3, 15000);
         QCOMPARE(app.model().title(), "clip.mp4");
         QVERIFY(app.window().windowTitle().startsWith(QLatin1String("clip.mp4")));
@@ -82,9 +88,11 @@ private Q_SLOTS:
         LumoMediaPlayerApp app;
         app.start({m_media.filePath(QStringLiteral("missing.mp4"))});
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
-        QTRY_VERIFY_WITH_TIMEOUT(label(app.window(), QStringLiteral("Could not play missing.mp4.")),
-                                 15000);
-        QVERIFY(label(app.window(), QStringLiteral("Could not play missing.mp4."))->isVisible());
+        // The notice slides in at the top of the window.
+        ToastOverlay *toast = app.window().contentView()->toast();
+        QTRY_COMPARE_WITH_TIMEOUT(toast->message(), QStringLiteral("Could not play missing.mp4."),
+                                  15000);
+        QVERIFY(toast->isVisible());
         QTRY_VERIFY(emptyState(app.window())->isVisible());
     }
 

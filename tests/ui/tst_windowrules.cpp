@@ -1,0 +1,129 @@
+// The window's shape and size rules, and the control bar's time texts.
+#include "ui/timetext.h"
+#include "ui/windowaspect.h"
+#include "ui/windowsizes.h"
+
+#include <QTest>
+#include <cmath>
+#include <limits>
+
+class TestWindowRules : public QObject
+{
+    Q_OBJECT
+
+private:
+    static QSizeF resized(const WindowAspect::Change &change)
+    {
+        const auto *size = std::get_if<QSizeF>(&change);
+        return size ? *size : QSizeF(-1, -1);
+    }
+
+private Q_SLOTS:
+    void aWideVideoShapesTheWindowAndLeavesRoomForTheControlBar()
+    {
+        const QSizeF size
+            = resized(WindowAspect::change(16.0 / 9.0, PortraitDisplayMode::normal, 1000));
+        // 1,000 / 1.777… + 34.
+        QCOMPARE(size.width(), 1000.0);
+        QCOMPARE(size.height(), 596.5);
+    }
+
+    void everyPortraitModeGivesAPortraitWindow()
+    {
+        for (PortraitDisplayMode mode : PortraitDisplayModes::allCases) {
+            if (mode == PortraitDisplayMode::normal)
+                continue;
+            // The video's own ratio does not matter in a portrait mode.
+            for (double ratio : {16.0 / 9.0, 4.0 / 3.0, 0.5}) {
+                const QSizeF size = resized(WindowAspect::change(ratio, mode, 520));
+                QCOMPARE(size.width(), 520.0);
+                // 520 / 0.5625 + 34 = 958.4…
+                QVERIFY2(qAbs(size.height() - 958.4) < 0.05,
+                         qPrintable(QString::number(size.height())));
+            }
+        }
+    }
+
+    void theMinimaHold()
+    {
+        // Narrower than 520 is widened.
+        QCOMPARE(resized(WindowAspect::change(1.0, PortraitDisplayMode::normal, 300)),
+                 QSizeF(520, 554));
+        // A very wide picture never makes the window lower than 360.
+        QCOMPARE(resized(WindowAspect::change(10.0, PortraitDisplayMode::normal, 800)),
+                 QSizeF(800, 360));
+        // No width known: the default 700.
+        QCOMPARE(resized(WindowAspect::change(1.0, PortraitDisplayMode::normal,
+                                              std::numeric_limits<double>::quiet_NaN())),
+                 QSizeF(700, 734));
+    }
+
+    void noRatioLiftsTheConstraintAndKeepsTheSize()
+    {
+        using WindowAspect::ClearConstraint;
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        for (double ratio : {0.0, -1.0, nan}) {
+            QVERIFY(std::holds_alternative<ClearConstraint>(
+                WindowAspect::change(ratio, PortraitDisplayMode::normal, 900)));
+            QVERIFY(std::holds_alternative<ClearConstraint>(
+                WindowAspect::change(ratio, PortraitDisplayMode::fill, 900)));
+        }
+    }
+
+    void sizesThatAreNotFiniteChangeNothing()
+    {
+        const double infinity = std::numeric_limits<double>::infinity();
+        QVERIFY(std::holds_alternative<WindowAspect::Keep>(
+            WindowAspect::change(infinity, PortraitDisplayMode::normal, 900)));
+        // A tiny ratio makes an infinite height.
+        QVERIFY(std::holds_alternative<WindowAspect::Keep>(
+            WindowAspect::change(1e-320, PortraitDisplayMode::normal, 900)));
+        // In a portrait mode the video's infinite ratio is not used.
+        QCOMPARE(resized(WindowAspect::change(infinity, PortraitDisplayMode::smart, 520)).width(),
+                 520.0);
+    }
+
+    void theSidebarNeedsAWiderWindow()
+    {
+        QCOMPARE(WindowSizes::minimumContentSize(true), QSize(780, 360));
+        QCOMPARE(WindowSizes::minimumContentSize(false), QSize(520, 360));
+        QCOMPARE(WindowSizes::contentSizeForSidebar({700, 400}, true), QSize(780, 430));
+        QCOMPARE(WindowSizes::contentSizeForSidebar({600, 700}, true), QSize(780, 700));
+        QCOMPARE(WindowSizes::contentSizeForSidebar({900, 380}, true), QSize(900, 380));
+        // Hiding the sidebar never shrinks the window.
+        QCOMPARE(WindowSizes::contentSizeForSidebar({780, 430}, false), QSize(780, 430));
+    }
+
+    void timesReadAsMinutesAndSeconds_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("zero") << 0.0 << "00:00";
+        QTest::newRow("truncated") << 59.99 << "00:59";
+        QTest::newRow("over an hour") << 3725.0 << "62:05";
+        QTest::newRow("ninety minutes") << 5400.0 << "90:00";
+        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << "00:00";
+        QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << "00:00";
+        QTest::newRow("huge") << 1e300 << "35791394:07";
+    }
+
+    void timesReadAsMinutesAndSeconds()
+    {
+        QFETCH(double, seconds);
+        QFETCH(QString, text);
+        QCOMPARE(TimeText::time(seconds), text);
+    }
+
+    void theRemainingTimeHasAMinusSignAndNeverGoesBelowZero()
+    {
+        QCOMPARE(TimeText::remaining(100, 40.5), QString::fromUtf16(u"\u221200:59"));
+        QCOMPARE(TimeText::remaining(100, 40), QString::fromUtf16(u"\u221201:00"));
+        QCOMPARE(TimeText::remaining(0, 0), QString::fromUtf16(u"\u221200:00"));
+        QCOMPARE(TimeText::remaining(10, 12), QString::fromUtf16(u"\u221200:00"));
+        QCOMPARE(TimeText::remaining(std::numeric_limits<double>::quiet_NaN(), 3),
+                 QString::fromUtf16(u"\u221200:00"));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestWindowRules)
+#include "tst_windowrules.moc"

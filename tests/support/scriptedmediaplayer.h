@@ -28,7 +28,7 @@ public:
 
     bool hasItem() const override { return m_hasItem; }
     double position() const override { return m_position; }
-    std::optional<double> duration() const override { return 100.0; }
+    std::optional<double> duration() const override { return m_duration; }
     bool isPlaying() const override { return m_hasItem && m_playing; }
     bool isWaitingToPlay() const override { return m_hasItem && m_playing && m_waiting; }
     bool isBufferEmpty() const override { return m_waiting; }
@@ -42,6 +42,9 @@ public:
         Q_EMIT waitingToPlayChanged(isWaitingToPlay());
     }
 
+    void setDuration(std::optional<double> seconds) { m_duration = seconds; }
+    void setPosition(double seconds) { m_position = seconds; }
+
     // Every item and exact seek asked for, in order.
     QList<std::optional<QUrl>> items;
     QList<double> seeks;
@@ -51,4 +54,5 @@ private:
     bool m_playing = false;
     bool m_waiting = false;
     double m_position = 0;
+    std::optional<double> m_duration = 100.0;
 };

@@ -14,6 +14,18 @@
 #include <QMenu>
 #include <QVBoxLayout>
 
+namespace {
+
+QAction *addMenuItem(QMenu *menu, QStringView symbol, const QString &title)
+{
+    QAction *action = menu->addAction(Icons::icon(symbol), title);
+    // The symbol's name, for assistive tools and tests.
+    action->setProperty("symbol", symbol.toString());
+    return action;
+}
+
+} // namespace
+
 ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     : QWidget(parent)
     , m_player(model)
@@ -153,16 +165,16 @@ void ChannelList::fillCountryMenu()
     QMenu *menu = m_countryButton->menu();
     menu->clear();
     const std::optional<QString> selected = filter().countryCode;
-    QAction *all = menu->addAction(Icons::icon(selected ? u"globe" : u"checkmark"),
-                                   QStringLiteral("Countries"));
+    QAction *all
+        = addMenuItem(menu, selected ? u"globe" : u"checkmark", QStringLiteral("Countries"));
     connect(all, &QAction::triggered, this, [this] { setCountryCode(std::nullopt); });
-    const QStringList &codes = m_model->index().countryCodes();
+    const QStringList &codes = m_model->channelIndex().countryCodes();
     if (codes.isEmpty())
         return;
     menu->addSeparator();
     for (const QString &code : codes) {
-        QAction *item = menu->addAction(Icons::icon(code == selected ? u"checkmark" : u"tv"),
-                                        ChannelFilters::countryName(code));
+        QAction *item = addMenuItem(menu, code == selected ? u"checkmark" : u"tv",
+                                    ChannelFilters::countryName(code));
         connect(item, &QAction::triggered, this, [this, code] { setCountryCode(code); });
     }
 }
@@ -172,10 +184,10 @@ void ChannelList::fillCategoryMenu()
     QMenu *menu = m_categoryButton->menu();
     menu->clear();
     const std::optional<QString> selected = filter().category;
-    QAction *all = menu->addAction(Icons::icon(selected ? u"square.grid.2x2" : u"checkmark"),
-                                   QStringLiteral("Category"));
+    QAction *all = addMenuItem(menu, selected ? u"square.grid.2x2" : u"checkmark",
+                               QStringLiteral("Category"));
     connect(all, &QAction::triggered, this, [this] { setCategory(std::nullopt); });
-    const QStringList &categories = m_model->index().categories();
+    const QStringList &categories = m_model->channelIndex().categories();
     if (categories.isEmpty())
         return;
     menu->addSeparator();

@@ -24,7 +24,7 @@ public:
     const ChannelFilter &filter() const { return m_filter; }
 
     const QList<PlaylistEntry> &playlist() const { return m_playlist; }
-    const ChannelIndex &index() const { return m_index; }
+    const ChannelIndex &channelIndex() const { return m_index; }
     const PlaylistEntry &entry(int row) const { return m_playlist.at(m_rows[size_t(row)]); }
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;

@@ -28,6 +28,8 @@ RecordControl::RecordControl(QWidget *parent)
                                         QStringLiteral("Normal Recording"));
     QAction *hd = m_menu->addAction(Icons::icon(u"record.circle.fill", Qt::red),
                                     QStringLiteral("HD Recording (1080p)"));
+    normal->setProperty("symbol", QStringLiteral("record.circle"));
+    hd->setProperty("symbol", QStringLiteral("record.circle.fill"));
     connect(normal, &QAction::triggered, this, [this] { choose(PlayerRecordingQuality::normal); });
     connect(hd, &QAction::triggered, this, [this] { choose(PlayerRecordingQuality::hd); });
     connect(m_menuButton, &QAbstractButton::clicked, this, [this] {

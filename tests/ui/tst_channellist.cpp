@@ -1,0 +1,323 @@
+// The channel list on a playlist loaded from a real local server: the header, search and menus,
+// numbered rows, logos fetched only for rows on screen, and a click that plays a channel.
+#include "httpserver/localhttpserver.h"
+#include "model/playermodel.h"
+#include "scriptedmediaplayer.h"
+#include "ui/channellist.h"
+#include "ui/channellistmodel.h"
+#include "ui/channellogocache.h"
+#include "ui/channelrowdelegate.h"
+#include "ui/filtermenubutton.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QImage>
+#include <QLineEdit>
+#include <QListView>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+
+namespace {
+
+constexpr int channelCount = 300;
+
+struct Channel
+{
+    QString name;
+    QString group;
+    QString country;
+};
+
+// Three hand-made channels, then numbered fillers.
+Channel channelAt(int i)
+{
+    switch (i) {
+    case 0:
+        return {QStringLiteral("Arte"), QStringLiteral("Culture"), QStringLiteral("FR")};
+    case 1:
+        return {QStringLiteral("World NEWS Now"), QStringLiteral("News"), QStringLiteral("US")};
+    case 2:
+        return {QStringLiteral("Nowhere TV"), QString(), QString()};
+    default:
+        return {QStringLiteral("Channel %1").arg(i), i % 2 ? QStringLiteral("Music") : QString(),
+                i % 3 ? QStringLiteral("DE") : QStringLiteral("us")};
+    }
+}
+
+QByteArray png(const QColor &colour)
+{
+    QImage image(64, 40, QImage::Format_RGB32);
+    image.fill(colour);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+} // namespace
+
+class TestChannelList : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<LocalHttpServer> m_server;
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<ChannelList> m_list;
+
+    ScriptedMediaPlayer &player() { return static_cast<ScriptedMediaPlayer &>(m_model->player()); }
+    int logoRequests()
+    {
+        int count = 0;
+        for (int i = 0; i < channelCount; ++i)
+            count += m_server->requestCount(QStringLiteral("/logos/%1.png").arg(i));
+        return count;
+    }
+    QStringList shownNames()
+    {
+        QStringList names;
+        ChannelListModel *rows = m_list->listModel();
+        for (int row = 0; row < rows->rowCount(); ++row)
+            names.append(rows->index(row).data().toString());
+        return names;
+    }
+    QList<QAction *> openMenu(FilterMenuButton *button)
+    {
+        Q_EMIT button->menu()->aboutToShow();
+        return button->menu()->actions();
+    }
+    QAction *item(FilterMenuButton *button, const QString &title)
+    {
+        for (QAction *action : openMenu(button))
+            if (action->text() == title)
+                return action;
+        return nullptr;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        // A fresh server for each case, so that request counts start at zero.
+        m_server = std::make_unique<LocalHttpServer>();
+        QVERIFY(m_server->listen());
+        QByteArray playlist = "#EXTM3U\r\n";
+        for (int i = 0; i < channelCount; ++i) {
+            const Channel channel = channelAt(i);
+            playlist += "#EXTINF:-1 tvg-logo=\""
+                + m_server->url(QStringLiteral("/logos/%1.png").arg(i)).toEncoded() + "\"";
+            if (!channel.group.isEmpty())
+                playlist += " group-title=\"" + channel.group.toUtf8() + "\"";
+            if (!channel.country.isEmpty())
+                playlist += " tvg-country=\"" + channel.country.toUtf8() + "\"";
+            playlist += "," + channel.name.toUtf8() + "\r\n/streams/" + QByteArray::number(i)
+                + ".m3u8\r\n";
+            // Channel 1's logo is missing; the others are red.
+            if (i != 1)
+                m_server->route(QStringLiteral("/logos/%1.png").arg(i),
+                                HttpResponse::text(png(Qt::red), "image/png"));
+        }
+        m_server->route(QStringLiteral("/list.m3u"), HttpResponse::text(playlist));
+
+        m_model = std::make_unique<PlayerModel>(std::make_unique<ScriptedMediaPlayer>());
+        m_list = std::make_unique<ChannelList>(*m_model);
+        m_list->resize(245, 420);
+        m_list->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_list.get()));
+        m_model->openRemote(m_server->url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), channelCount, 10000);
+    }
+
+    void cleanup()
+    {
+        m_list.reset();
+        m_model.reset();
+        m_server.reset();
+    }
+
+    void theHeaderCountsShownChannelsOfAll()
+    {
+        QCOMPARE(m_list->headerText(), QString::fromUtf16(u"IPTV CHANNELS  \u00b7  300 / 300"));
+        QCOMPARE(m_list->searchField()->placeholderText(), "Search channels");
+        m_list->setSearch(QStringLiteral("now"));
+        // "World NEWS Now" and "Nowhere TV".
+        QCOMPARE(m_list->headerText(), QString::fromUtf16(u"IPTV CHANNELS  \u00b7  2 / 300"));
+    }
+
+    void searchMenusAndHeaderCombine()
+    {
+        QTest::keyClicks(m_list->searchField(), QStringLiteral(" CHANNEL 1"));
+        // Channel 10–19 and 100–199.
+        QCOMPARE(m_list->listModel()->rowCount(), 110);
+        m_list->setCountryCode(QStringLiteral("DE"));
+        const int german = m_list->listModel()->rowCount();
+        QVERIFY(german > 0 && german < 110);
+        m_list->setCategory(QStringLiteral("Music"));
+        const int germanMusic = m_list->listModel()->rowCount();
+        QVERIFY(germanMusic > 0 && germanMusic < german);
+        QCOMPARE(m_list->headerText(),
+                 QString::fromUtf16(u"IPTV CHANNELS  \u00b7  %1 / 300").arg(germanMusic));
+        for (int row = 0; row < germanMusic; ++row) {
+            const PlaylistEntry &entry = m_list->listModel()->entry(row);
+            QCOMPARE(entry.countryCode(), "DE");
+            QCOMPARE(entry.groupTitle(), "Music");
+            QVERIFY(entry.name().startsWith(QLatin1String("Channel 1")));
+        }
+        // The search stays when a menu changes, and the menus when the search does.
+        QCOMPARE(m_list->searchField()->text(), " CHANNEL 1");
+        m_list->setSearch(QString());
+        QCOMPARE(m_list->filter().countryCode, "DE");
+        QCOMPARE(m_list->filter().category, "Music");
+    }
+
+    void aGroupMatchesTheSearchButACountryNeverDoes()
+    {
+        m_list->setSearch(QStringLiteral("culture"));
+        QCOMPARE(shownNames(), QStringList {"Arte"});
+        m_list->setSearch(QStringLiteral("France"));
+        QCOMPARE(shownNames(), QStringList());
+    }
+
+    void rowsAreNumberedInTheFilteredOrder()
+    {
+        ChannelListModel *rows = m_list->listModel();
+        QCOMPARE(rows->index(0).data(ChannelListModel::NumberRole).toInt(), 1);
+        QCOMPARE(rows->index(2).data().toString(), "Nowhere TV");
+        m_list->setSearch(QStringLiteral("now"));
+        QCOMPARE(shownNames(), (QStringList {"World NEWS Now", "Nowhere TV"}));
+        QCOMPARE(rows->index(0).data(ChannelListModel::NumberRole).toInt(), 1);
+        QCOMPARE(rows->index(1).data(ChannelListModel::NumberRole).toInt(), 2);
+    }
+
+    void rowsShowCountryAndGroupAndOfferToPlay()
+    {
+        ChannelListModel *rows = m_list->listModel();
+        QCOMPARE(rows->index(0).data(ChannelListModel::MetadataRole).toString(),
+                 QString::fromUtf16(u"France  \u00b7  Culture"));
+        QCOMPARE(rows->index(2).data(ChannelListModel::MetadataRole).toString(), "Other");
+        QCOMPARE(rows->index(0).data(Qt::ToolTipRole).toString(), "Play Arte");
+    }
+
+    void theMenusListCountriesAndCategories()
+    {
+        QCOMPARE(m_list->countryMenuTitle(), "Countries");
+        QCOMPARE(m_list->categoryMenuTitle(), "Category");
+        QCOMPARE(m_list->countryButton()->height(), FilterMenuButton::buttonHeight);
+        const QList<QAction *> countries = openMenu(m_list->countryButton());
+        QStringList titles;
+        for (QAction *action : countries)
+            titles.append(action->isSeparator() ? QStringLiteral("-") : action->text());
+        // Codes are upper-cased when read, so "us" and "US" are one country.
+        QCOMPARE(titles, (QStringList {"Countries", "-", "France", "Germany", "United States"}));
+        QCOMPARE(countries.at(0)->property("symbol"), "checkmark");
+        QCOMPARE(countries.at(2)->property("symbol"), "tv");
+
+        item(m_list->countryButton(), QStringLiteral("Germany"))->trigger();
+        QCOMPARE(m_list->filter().countryCode, "DE");
+        QCOMPARE(m_list->countryMenuTitle(), "Germany");
+        QCOMPARE(item(m_list->countryButton(), QStringLiteral("Countries"))->property("symbol"),
+                 "globe");
+        QCOMPARE(item(m_list->countryButton(), QStringLiteral("Germany"))->property("symbol"),
+                 "checkmark");
+
+        const QList<QAction *> categories = openMenu(m_list->categoryButton());
+        QCOMPARE(categories.size(), 5); // Category, divider, Culture, Music, News
+        QCOMPARE(categories.at(2)->text(), "Culture");
+        item(m_list->categoryButton(), QStringLiteral("News"))->trigger();
+        QCOMPARE(m_list->categoryMenuTitle(), "News");
+        // Germany has no news.
+        QCOMPARE(m_list->listModel()->rowCount(), 0);
+        item(m_list->categoryButton(), QStringLiteral("Category"))->trigger();
+        item(m_list->countryButton(), QStringLiteral("Countries"))->trigger();
+        QCOMPARE(m_list->listModel()->rowCount(), channelCount);
+    }
+
+    void resettingEmptiesTheSearchAndLiftsTheMenus()
+    {
+        m_list->setSearch(QStringLiteral("arte"));
+        m_list->setCountryCode(QStringLiteral("FR"));
+        m_list->setCategory(QStringLiteral("Culture"));
+        m_list->resetFilters();
+        QCOMPARE(m_list->searchField()->text(), QString());
+        QCOMPARE(m_list->filter(), ChannelFilter());
+        QCOMPARE(m_list->listModel()->rowCount(), channelCount);
+    }
+
+    void aClickPlaysTheChannelAsALiveStream()
+    {
+        m_list->setSearch(QStringLiteral("arte"));
+        QListView *view = m_list->listView();
+        const QRect row = view->visualRect(m_list->listModel()->index(0));
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, row.center());
+        QVERIFY(!player().items.isEmpty());
+        QCOMPARE(player().items.constLast(), m_server->url(QStringLiteral("/streams/0.m3u8")));
+        QCOMPARE(m_model->title(), "Arte");
+        QVERIFY(m_model->isLiveStream());
+    }
+
+    void logosAreFetchedOnlyForRowsOnScreen()
+    {
+        QListView *view = m_list->listView();
+        const int rowsOnScreen = view->viewport()->height()
+                / (ChannelRowDelegate::rowHeight + ChannelRowDelegate::rowSpacing)
+            + 2;
+        QTRY_VERIFY2_WITH_TIMEOUT(logoRequests() >= rowsOnScreen - 2,
+                                  qPrintable(QStringLiteral("%1 of %2 logos asked for, %3 started")
+                                                 .arg(logoRequests())
+                                                 .arg(rowsOnScreen)
+                                                 .arg(m_list->logos()->downloadsStarted())),
+                                  10000);
+        QTest::qWait(300);
+        QVERIFY2(logoRequests() <= rowsOnScreen, qPrintable(QString::number(logoRequests())));
+
+        // The first row shows its red logo; the second, whose logo is missing, keeps the
+        // television symbol and its number.
+        const QImage picture = view->viewport()->grab().toImage();
+        const QRect first = view->visualRect(m_list->listModel()->index(0));
+        const QPoint logoCentre(first.left() + 7 + ChannelRowDelegate::logoWidth / 2,
+                                first.top()
+                                    + (first.height() - ChannelRowDelegate::rowSpacing) / 2);
+        const QColor logo = picture.pixelColor(logoCentre * picture.devicePixelRatio());
+        QVERIFY2(logo.red() > 200 && logo.green() < 60, qPrintable(logo.name()));
+        const QRect second = view->visualRect(m_list->listModel()->index(1));
+        const QColor placeholder
+            = picture.pixelColor(QPoint(logoCentre.x(), logoCentre.y() + second.top() - first.top())
+                                 * picture.devicePixelRatio());
+        QVERIFY2(placeholder.red() < 200 || placeholder.green() > 60,
+                 qPrintable(placeholder.name()));
+
+        // Scrolling to the end fetches the last rows' logos, not those in between.
+        const int before = logoRequests();
+        view->scrollToBottom();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            m_server->requestCount(QStringLiteral("/logos/%1.png").arg(channelCount - 1)) == 1,
+            10000);
+        QTest::qWait(300);
+        QVERIFY(logoRequests() - before <= rowsOnScreen);
+        QCOMPARE(m_server->requestCount(QStringLiteral("/logos/150.png")), 0);
+    }
+
+    void filteringKeepsTheViewAndMakesNoWidgetPerRow()
+    {
+        QListView *view = m_list->listView();
+        QWidget *viewport = view->viewport();
+        const qsizetype widgets = m_list->findChildren<QWidget *>().size();
+        for (const QString &text : {QStringLiteral("c"), QStringLiteral("ch"), QString()})
+            m_list->setSearch(text);
+        QCOMPARE(view->viewport(), viewport);
+        QCOMPARE(m_list->findChildren<QWidget *>().size(), widgets);
+        QVERIFY(widgets < 40);
+    }
+
+    void aNewPlaylistReplacesTheRowsAndAnEmptyOneShowsNone()
+    {
+        m_list->setSearch(QStringLiteral("arte"));
+        m_model->clearNetworkStream();
+        QCOMPARE(m_list->listModel()->rowCount(), 0);
+        QCOMPARE(m_list->headerText(), QString::fromUtf16(u"IPTV CHANNELS  \u00b7  0 / 0"));
+    }
+};
+
+QTEST_MAIN(TestChannelList)
+#include "tst_channellist.moc"

@@ -253,6 +253,8 @@ void PlayerControlBar::updateModeMenu()
                                                       : displayModeSymbol(mode);
         QAction *action
             = m_modeMenu->addAction(Icons::icon(symbol), PortraitDisplayModes::title(mode));
+        // The symbol's name, for assistive tools and tests.
+        action->setProperty("symbol", symbol);
         connect(action, &QAction::triggered, this,
                 [this, mode] { Q_EMIT displayModeChosen(mode); });
     }

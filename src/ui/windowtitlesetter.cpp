@@ -64,10 +64,17 @@ void WindowTitleSetter::applyNow(const QString &title, bool sidebarVisible)
     if (window->layout())
         window->layout()->activate();
     window->setWindowTitle(fittedTitle(title, QFontMetrics(titleFont()), window->width()));
-    view->setMinimumSize(WindowSizes::minimumContentSize(sidebarVisible));
-    const QSize widened = WindowSizes::contentSizeForSidebar(view->size(), sidebarVisible);
-    if (widened != view->size() && !window->isFullScreen() && !window->isMaximized())
-        resizeContent(window, view, widened);
+    // The size before the new minimum, which Qt enforces at once, widens the view.
+    const QSize before = view->size();
+    const QSize chrome = window->size() - before;
+    const QSize minimum = WindowSizes::minimumContentSize(sidebarVisible);
+    view->setMinimumSize(minimum);
+    // A layout only ever raises its window's minimum; lowering it is done here.
+    if (window != view)
+        window->setMinimumSize(chrome + minimum);
+    const QSize widened = WindowSizes::contentSizeForSidebar(before, sidebarVisible);
+    if (widened != before && !window->isFullScreen() && !window->isMaximized())
+        window->resize(chrome + widened);
     if (!initialSizeApplied) {
         initialSizeApplied = true;
         resizeContent(window, view, WindowSizes::initialContentSize);

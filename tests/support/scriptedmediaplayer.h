@@ -33,7 +33,7 @@ public:
     bool isWaitingToPlay() const override { return m_hasItem && m_playing && m_waiting; }
     bool isBufferEmpty() const override { return m_waiting; }
     bool isLikelyToKeepUp() const override { return !m_waiting; }
-    QSize presentationSize() const override { return {640, 360}; }
+    QSize presentationSize() const override { return m_presentationSize; }
 
     void setWaiting(bool waiting)
     {
@@ -44,6 +44,7 @@ public:
 
     void setDuration(std::optional<double> seconds) { m_duration = seconds; }
     void setPosition(double seconds) { m_position = seconds; }
+    void setPresentationSize(QSize size) { m_presentationSize = size; }
 
     // Every item and exact seek asked for, in order.
     QList<std::optional<QUrl>> items;
@@ -55,4 +56,5 @@ private:
     bool m_waiting = false;
     double m_position = 0;
     std::optional<double> m_duration = 100.0;
+    QSize m_presentationSize {640, 360};
 };

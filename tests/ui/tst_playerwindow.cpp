@@ -1,0 +1,402 @@
+// The whole player window under a real X server: the sliding sidebar and its focus, the window
+// following the video's shape, drops, clearing, the title, the menus and the notice.
+#include "httpserver/localhttpserver.h"
+#include "model/playermodel.h"
+#include "model/playernotifications.h"
+#include "scriptedmediaplayer.h"
+#include "surface/playersurface.h"
+#include "ui/channellist.h"
+#include "ui/channellistmodel.h"
+#include "ui/contentview.h"
+#include "ui/networkpanel.h"
+#include "ui/playercontrolbar.h"
+#include "ui/playerwindow.h"
+#include "ui/toastoverlay.h"
+#include "ui/windowtitlesetter.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+#include <QToolButton>
+
+namespace {
+
+const QString liveAddress = QStringLiteral("http://127.0.0.1:9/live/index.m3u8");
+
+QByteArray playlistText(int count)
+{
+    QByteArray text = "#EXTM3U\n";
+    for (int i = 0; i < count; ++i)
+        text += "#EXTINF:-1 tvg-country=\"FR\" group-title=\"News\",Channel "
+            + QByteArray::number(i) + "\nhttp://127.0.0.1:9/" + QByteArray::number(i) + ".m3u8\n";
+    return text;
+}
+
+} // namespace
+
+class TestPlayerWindow : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<PlayerWindow> m_window;
+
+    ScriptedMediaPlayer &player() { return static_cast<ScriptedMediaPlayer &>(m_model->player()); }
+    ContentView *content() { return m_window->contentView(); }
+    NetworkPanel *panel() { return content()->networkPanel(); }
+    void resizeContent(QSize size)
+    {
+        m_window->resize(m_window->size() - content()->size() + size);
+        QTRY_COMPARE(content()->size(), size);
+    }
+    QAction *menuAction(const QString &menu, const QString &title)
+    {
+        for (QAction *top : m_window->menuBar()->actions())
+            if (top->text().remove(QLatin1Char('&')) == menu)
+                for (QAction *action : top->menu()->actions())
+                    if (action->text() == title)
+                        return action;
+        return nullptr;
+    }
+    void loadPlaylist(LocalHttpServer &server, int count)
+    {
+        server.route(QStringLiteral("/list.m3u"), HttpResponse::text(playlistText(count)));
+        m_model->openRemote(server.url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), count, 10000);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_model = std::make_unique<PlayerModel>(std::make_unique<ScriptedMediaPlayer>());
+        // No picture until a case plays one, so that the window keeps the shape a case gives.
+        player().setPresentationSize({});
+        m_window = std::make_unique<PlayerWindow>(*m_model);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        // No window manager activates windows under the test display.
+        QApplication::setActiveWindow(m_window.get());
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_model.reset();
+    }
+
+    void theSidebarSlidesInAndTheAddressFieldTakesTheFocus()
+    {
+        QVERIFY(!content()->showsSidebar());
+        QVERIFY(!content()->sidebar()->isVisible());
+        content()->setFocus();
+        QElapsedTimer sinceShown;
+        sinceShown.start();
+        content()->setShowSidebar(true);
+        QVERIFY(!panel()->isAddressFieldFocused());
+        QTRY_VERIFY(panel()->isAddressFieldFocused());
+        QVERIFY(sinceShown.elapsed() >= ContentView::addressFocusDelayMs);
+        QTRY_COMPARE(content()->sidebar()->geometry(),
+                     QRect(0, 0, ContentView::sidebarWidth, content()->height()));
+        QCOMPARE(content()->surface()->x(), ContentView::sidebarWidth + 1);
+        QCOMPARE(content()->controlBar()->x(), ContentView::sidebarWidth + 1);
+        QCOMPARE(content()->controlBar()->y(), content()->height() - PlayerControlBar::barHeight);
+
+        content()->setShowSidebar(false);
+        QVERIFY(!panel()->isAddressFieldFocused());
+        QTRY_VERIFY(!content()->sidebar()->isVisible());
+        QCOMPARE(content()->surface()->x(), 0);
+    }
+
+    void hidingTheSidebarAtOnceLeavesTheFocusWhereItWas()
+    {
+        content()->controlBar()->setFocusPolicy(Qt::StrongFocus);
+        content()->controlBar()->setFocus();
+        content()->setShowSidebar(true);
+        QTest::qWait(ContentView::addressFocusDelayMs / 4);
+        content()->setShowSidebar(false);
+        QTest::qWait(ContentView::addressFocusDelayMs * 2);
+        QVERIFY(!panel()->isAddressFieldFocused());
+        QCOMPARE(QApplication::focusWidget(), content()->controlBar());
+    }
+
+    void showingOrHidingTheSidebarFoldsTheNameField()
+    {
+        content()->setShowSidebar(true);
+        panel()->setShowMovieName(true);
+        content()->setShowSidebar(false);
+        QVERIFY(!panel()->showsMovieName());
+        content()->setShowSidebar(true);
+        QVERIFY(!panel()->showsMovieName());
+    }
+
+    void theSidebarButtonTogglesTheSidebar()
+    {
+        content()->controlBar()->sidebarToggleRequested();
+        QVERIFY(content()->showsSidebar());
+        content()->controlBar()->sidebarToggleRequested();
+        QVERIFY(!content()->showsSidebar());
+    }
+
+    void aClickOnTheVideoClosesTheSidebar()
+    {
+        content()->setShowSidebar(true);
+        QTRY_VERIFY(content()->sidebar()->x() == 0);
+        Q_EMIT PlayerNotifications::shared().playerSurfaceClicked(m_window->windowHandle());
+        QVERIFY(!content()->showsSidebar());
+        QTRY_VERIFY(!content()->sidebar()->isVisible());
+        // With the sidebar hidden a click changes nothing.
+        Q_EMIT PlayerNotifications::shared().playerSurfaceClicked(m_window->windowHandle());
+        QVERIFY(!content()->showsSidebar());
+    }
+
+    void theSidebarWidensANarrowWindowAndHidingItDoesNotShrinkIt()
+    {
+        resizeContent({600, 380});
+        QCOMPARE(content()->minimumSize(), QSize(520, 360));
+        content()->setShowSidebar(true);
+        QTRY_COMPARE(content()->size(), QSize(780, 430));
+        QCOMPARE(content()->minimumSize(), QSize(780, 360));
+        content()->setShowSidebar(false);
+        QTRY_COMPARE(content()->minimumSize(), QSize(520, 360));
+        QCOMPARE(content()->size(), QSize(780, 430));
+
+        // A tall window keeps its height.
+        resizeContent({600, 700});
+        content()->setShowSidebar(true);
+        QTRY_COMPARE(content()->size(), QSize(780, 700));
+    }
+
+    void theWindowTakesTheVideosShape()
+    {
+        resizeContent({1000, 500});
+        player().setPresentationSize({640, 360});
+        m_model->play(QUrl(QStringLiteral("file:///media/wide.mp4")), std::nullopt, false);
+        // 1,000 / (16 / 9) + 34 = 596.5.
+        QTRY_COMPARE_WITH_TIMEOUT(content()->size(), QSize(1000, 597), 3000);
+        QVERIFY(!content()->aspectConstraint().isEmpty());
+
+        resizeContent({520, 500});
+        content()->setPortraitMode(PortraitDisplayMode::fill);
+        QTRY_COMPARE(content()->size(), QSize(520, 958));
+        content()->setPortraitMode(PortraitDisplayMode::normal);
+        QTRY_COMPARE(content()->size(), QSize(520, 360));
+    }
+
+    void audioWithoutPictureFreesTheShapeAndKeepsTheSize()
+    {
+        player().setPresentationSize({640, 360});
+        m_model->play(QUrl(QStringLiteral("file:///media/wide.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        player().setPresentationSize({});
+        m_model->play(QUrl(QStringLiteral("file:///media/song.mp3")), std::nullopt, false);
+        const QSize size = content()->size();
+        QTRY_VERIFY(content()->aspectConstraint().isEmpty());
+        QTest::qWait(PlayerModel::timeObserverIntervalMs * 2);
+        QCOMPARE(content()->size(), size);
+    }
+
+    void theShapeIsLeftAloneInFullScreen()
+    {
+        resizeContent({900, 500});
+        content()->setFullScreen(true);
+        player().setPresentationSize({640, 360});
+        m_model->play(QUrl(QStringLiteral("file:///media/wide.mp4")), std::nullopt, false);
+        QTRY_COMPARE(m_model->videoAspectRatio(), 640.0 / 360.0);
+        QTest::qWait(100);
+        QCOMPARE(content()->size(), QSize(900, 500));
+        content()->setFullScreen(false);
+    }
+
+    void aDropOfSeveralFilesPlaysTheFirst()
+    {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QStringLiteral("/media/first clip.mp4")),
+                      QUrl::fromLocalFile(QStringLiteral("/media/second.mp4"))});
+        const QPointF centre = QRectF(content()->rect()).center();
+        QDragEnterEvent enter(centre.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(content(), &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(centre, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(content(), &drop);
+        QCOMPARE(player().items.size(), 1);
+        QCOMPARE(player().items.constFirst(),
+                 QUrl::fromLocalFile(QStringLiteral("/media/first clip.mp4")));
+        QCOMPARE(m_model->title(), "first clip.mp4");
+        QVERIFY(!m_model->isLiveStream());
+
+        // Nothing usable: nothing happens.
+        QMimeData web;
+        web.setUrls({QUrl(QStringLiteral("https://example.com/a.mp4"))});
+        QDropEvent webDrop(centre, Qt::CopyAction, &web, Qt::LeftButton, {});
+        QApplication::sendEvent(content(), &webDrop);
+        QMimeData text;
+        text.setText(QStringLiteral("hello"));
+        QDropEvent textDrop(centre, Qt::CopyAction, &text, Qt::LeftButton, {});
+        QApplication::sendEvent(content(), &textDrop);
+        QCOMPARE(player().items.size(), 1);
+    }
+
+    void anAddressFromTheCommandLineOpensInTheSidebarOnce()
+    {
+        content()->openAddress(QStringLiteral(" ") + liveAddress);
+        QVERIFY(content()->showsSidebar());
+        QCOMPARE(panel()->address(), liveAddress);
+        QCOMPARE(player().items.size(), 1);
+        QTest::qWait(NetworkPanel::automaticOpenDelayMs * 2);
+        QCOMPARE(player().items.size(), 1);
+        QCOMPARE(player().items.constFirst(), QUrl(liveAddress));
+    }
+
+    void theChannelSectionShowsOnlyWithAPlaylist()
+    {
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        content()->setShowSidebar(true);
+        QVERIFY(!content()->channelList()->isVisible());
+        loadPlaylist(server, 3);
+        QVERIFY(content()->channelList()->isVisible());
+        m_model->clearNetworkStream();
+        QVERIFY(!content()->channelList()->isVisible());
+    }
+
+    void clearingEmptiesFieldsAndFiltersAndFocusesTheAddress()
+    {
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        content()->setShowSidebar(true);
+        loadPlaylist(server, 5);
+        ChannelList *channels = content()->channelList();
+        channels->setSearch(QStringLiteral("channel 1"));
+        channels->setCountryCode(QStringLiteral("FR"));
+        channels->setCategory(QStringLiteral("News"));
+        panel()->setShowMovieName(true);
+        panel()->movieNameField()->setText(QStringLiteral("My list"));
+        panel()->setAddress(server.url(QStringLiteral("/list.m3u")).toString());
+        content()->controlBar()->setFocusPolicy(Qt::StrongFocus);
+        content()->controlBar()->setFocus();
+
+        QTest::mouseClick(panel()->clearButton(), Qt::LeftButton);
+        QCOMPARE(panel()->address(), QString());
+        QCOMPARE(panel()->movieName(), QString());
+        QCOMPARE(channels->searchField()->text(), QString());
+        QCOMPARE(channels->filter(), ChannelFilter());
+        QVERIFY(m_model->playlist().isEmpty());
+        QVERIFY(!m_model->lastPlayableSource().has_value());
+        QVERIFY(panel()->isAddressFieldFocused());
+        QVERIFY(!panel()->isAutomaticOpenPending());
+    }
+
+    void importingStartsTheFiltersAfresh()
+    {
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        loadPlaylist(server, 5);
+        content()->channelList()->setSearch(QStringLiteral("4"));
+        content()->channelList()->setCountryCode(QStringLiteral("FR"));
+        int asked = 0;
+        m_model->setFileChooser([&asked](const OpenPanelRequest &request) {
+            ++asked;
+            return request.title == "Import M3U Playlist" ? std::optional<QString>() : std::nullopt;
+        });
+        panel()->setAddress(QStringLiteral("kept"));
+        QTest::mouseClick(panel()->importButton(), Qt::LeftButton);
+        QCOMPARE(asked, 1);
+        QCOMPARE(content()->channelList()->filter(), ChannelFilter());
+        QCOMPARE(panel()->address(), "kept");
+    }
+
+    void aLongTitleIsCutInTheMiddle()
+    {
+        const QString name = QStringLiteral("The beginning of a very long file name")
+            + QString(200, QLatin1Char('x')) + QStringLiteral(" and its end.mp4");
+        m_model->play(QUrl::fromLocalFile(QStringLiteral("/media/") + name), std::nullopt, false);
+        QTRY_VERIFY(m_window->windowTitle().contains(QChar(0x2026)));
+        const QString title = m_window->windowTitle();
+        QVERIFY(title.startsWith(QLatin1String("The beginning")));
+        QVERIFY(title.endsWith(QLatin1String("end.mp4")));
+        const QFontMetrics metrics(WindowTitleSetter::titleFont());
+        QVERIFY(metrics.horizontalAdvance(title)
+                <= m_window->width() - WindowTitleSetter::titleMargin);
+        // A short title is whole.
+        m_model->play(QUrl::fromLocalFile(QStringLiteral("/media/short.mp4")), std::nullopt, false);
+        QTRY_COMPARE(m_window->windowTitle(), "short.mp4");
+    }
+
+    void theMenusFollowTheModel()
+    {
+        QAction *open = menuAction(QStringLiteral("File"), QString::fromUtf8("Open Media…"));
+        QVERIFY(open);
+        QCOMPARE(open->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_O));
+        QStringList titles;
+        for (QAction *top : m_window->menuBar()->actions())
+            if (top->text() == "Playback")
+                for (QAction *action : top->menu()->actions())
+                    titles.append(action->isSeparator() ? QStringLiteral("-") : action->text());
+        QCOMPARE(titles,
+                 (QStringList {"Play", "Stop", "-", "Back 5 Seconds", "Forward 5 Seconds",
+                               "Back 20 Seconds", "Forward 20 Seconds", "Back 60 Seconds",
+                               "Forward 60 Seconds", "Mute"}));
+        m_model->play(QUrl(QStringLiteral("file:///media/a.mp4")), std::nullopt, false);
+        QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Pause")));
+        menuAction(QStringLiteral("Playback"), QStringLiteral("Pause"))->trigger();
+        QVERIFY(!m_model->isPlaying());
+        QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Play")));
+
+        player().setPosition(30);
+        QTRY_COMPARE(m_model->currentTime(), 30.0);
+        menuAction(QStringLiteral("Playback"), QStringLiteral("Back 20 Seconds"))->trigger();
+        QCOMPARE(player().seeks.constLast(), 10.0);
+        menuAction(QStringLiteral("Playback"), QStringLiteral("Forward 60 Seconds"))->trigger();
+        QCOMPARE(player().seeks.constLast(), 70.0);
+
+        QAction *mute = menuAction(QStringLiteral("Playback"), QStringLiteral("Mute"));
+        QCOMPARE(mute->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_M));
+        QTest::keyClick(m_window.get(), Qt::Key_M, Qt::ControlModifier);
+        QVERIFY(m_model->isMuted());
+        QCOMPARE(mute->text(), "Unmute");
+        menuAction(QStringLiteral("Playback"), QStringLiteral("Stop"))->trigger();
+        QCOMPARE(player().items.constLast(), std::nullopt);
+    }
+
+    void openMediaWorksWhileAPlaylistLoads()
+    {
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        server.hold(QRegularExpression(QStringLiteral("^/slow.m3u$")));
+        QStringList titles;
+        m_model->setFileChooser([&titles](const OpenPanelRequest &request) {
+            titles.append(request.title);
+            return std::optional<QString>();
+        });
+        m_model->openRemote(server.url(QStringLiteral("/slow.m3u")).toString(), std::nullopt);
+        QVERIFY(m_model->isLoading());
+        QTest::keyClick(m_window.get(), Qt::Key_O, Qt::ControlModifier);
+        QCOMPARE(titles.size(), 1);
+    }
+
+    void theNoticeSlidesInAtTheTopAndLeavesByItself()
+    {
+        ToastOverlay *toast = content()->toast();
+        QVERIFY(!toast->isVisible());
+        m_model->showToast(QStringLiteral("Nothing to replay"));
+        QVERIFY(toast->isVisible());
+        QCOMPARE(toast->message(), "Nothing to replay");
+        QVERIFY(toast->y() < ToastOverlay::inset);
+        QTRY_VERIFY(toast->y() > 0);
+        QTest::qWait(ToastOverlay::animationMs * 2);
+        const int centre = toast->geometry().center().x();
+        QVERIFY(qAbs(centre - content()->width() / 2) <= 1);
+        QVERIFY(toast->height() >= ToastOverlay::minimumHeight);
+        QTRY_VERIFY_WITH_TIMEOUT(!toast->isVisible(), PlayerModel::toastDurationMs + 2000);
+    }
+};
+
+QTEST_MAIN(TestPlayerWindow)
+#include "tst_playerwindow.moc"

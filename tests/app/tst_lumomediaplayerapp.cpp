@@ -1,8 +1,11 @@
 // The application and its first window under a real X server, drawing real video with libmpv.
 #include "app/lumomediaplayerapp.h"
+#include "httpserver/localhttpserver.h"
 #include "model/playermodel.h"
 #include "surface/playerhostingview.h"
 #include "testmedia.h"
+#include "ui/channellist.h"
+#include "ui/channellistmodel.h"
 #include "ui/contentview.h"
 #include "ui/playerwindow.h"
 #include "ui/toastoverlay.h"
@@ -10,12 +13,16 @@
 #include "webplayer/youtubeplayerregistry.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QLabel>
+#include <QListView>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 class TestLumoMediaPlayerApp : public QObject
 {
@@ -37,6 +44,17 @@ private:
             if (label->text() == text && label->isVisible())
                 return label;
         return nullptr;
+    }
+
+    // Saves the window as the user sees it, for a look by eye, under the build folder.
+    static QImage saveScreenshot(QWidget &window, const QString &name)
+    {
+        const QString folder
+            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
+        QDir().mkpath(folder);
+        const QImage image = window.grab().toImage();
+        image.save(QDir(folder).filePath(name + QStringLiteral(".png")));
+        return image;
     }
 
 private Q_SLOTS:
@@ -81,6 +99,7 @@ private Q_SLOTS:
         QVERIFY(label(app.window(), QStringLiteral("Click to open media")));
         QVERIFY(label(app.window(), QStringLiteral("or drop a video or audio file here")));
         QCOMPARE(app.model().title(), "No Media Selected");
+        saveScreenshot(app.window(), QStringLiteral("window-empty"));
     }
 
     void aFileThatCannotPlaySaysSo()
@@ -132,6 +151,77 @@ private Q_SLOTS:
                                         "}; true")));
         app.model().togglePlayback();
         QTRY_VERIFY_WITH_TIMEOUT(pageSays(QStringLiteral("window.toggled === true")), 15000);
+    }
+
+    void aPlaylistAddressOpensInTheSidebarWithItsChannels()
+    {
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        server.serveDirectory(m_media.path());
+        QByteArray playlist = "#EXTM3U\n";
+        const QList<QByteArray> channels {"Lumo News", "Lumo Sport", "Lumo Musique", "Lumo Kids"};
+        const QList<QByteArray> countries {"US", "DE", "FR", "GB"};
+        for (int i = 0; i < channels.size(); ++i)
+            playlist += "#EXTINF:-1 tvg-country=\"" + countries.at(i) + "\" group-title=\"TV\","
+                + channels.at(i) + "\n/clip.mp4\n";
+        server.route(QStringLiteral("/channels.m3u"), HttpResponse::text(playlist));
+
+        LumoMediaPlayerApp app;
+        app.start({server.url(QStringLiteral("/channels.m3u")).toString()});
+        QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
+        ContentView *content = app.window().contentView();
+        QVERIFY(content->showsSidebar());
+        QTRY_COMPARE_WITH_TIMEOUT(app.model().playlist().size(), 4, 10000);
+        QTRY_VERIFY(content->channelList()->isVisible());
+        QCOMPARE(content->channelList()->headerText(),
+                 QString::fromUtf16(u"IPTV CHANNELS  \u00b7  4 / 4"));
+        QCOMPARE(app.model().title(), "IPTV Playlist");
+        QTRY_COMPARE(content->sidebar()->x(), 0);
+        QTRY_COMPARE(app.window().windowTitle(), "IPTV Playlist");
+        saveScreenshot(app.window(), QStringLiteral("window-sidebar-playlist"));
+
+        // A click on a row plays the channel; the picture shows in every display mode.
+        QSignalSpy frames(app.window().hostingView(), &PlayerHostingView::frameDrawn);
+        QListView *list = content->channelList()->listView();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                          list->visualRect(content->channelList()->listModel()->index(1)).center());
+        QCOMPARE(app.model().title(), "Lumo Sport");
+        QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 5, 15000);
+        QTRY_VERIFY_WITH_TIMEOUT(app.model().videoAspectRatio() > 1.7, 10000);
+        saveScreenshot(app.window(), QStringLiteral("window-playing-sidebar"));
+        content->setShowSidebar(false);
+        QTRY_VERIFY(!content->sidebar()->isVisible());
+        for (PortraitDisplayMode mode : PortraitDisplayModes::allCases) {
+            content->setPortraitMode(mode);
+            frames.clear();
+            QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 3, 10000);
+            QTest::qWait(100);
+            const QImage shot
+                = saveScreenshot(app.window(),
+                                 QStringLiteral("window-mode-%1")
+                                     .arg(PortraitDisplayModes::title(mode).toLower())
+                                     .replace(QRegularExpression(QStringLiteral("[^a-z0-9]+")),
+                                              QStringLiteral("-")));
+            QVERIFY(!shot.isNull());
+        }
+        content->setPortraitMode(PortraitDisplayMode::normal);
+        app.model().showToast(QStringLiteral("Nothing to replay yet."));
+        QTest::qWait(ToastOverlay::animationMs * 2);
+        saveScreenshot(app.window(), QStringLiteral("window-toast"));
+    }
+
+    // Last: it ends the application's event loop.
+    void closingTheWindowEndsTheApplication()
+    {
+        LumoMediaPlayerApp app;
+        app.start({});
+        QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
+        QSignalSpy lastClosed(qApp, &QGuiApplication::lastWindowClosed);
+        // Closing happens inside the application's own loop, as when the user closes it.
+        QTimer::singleShot(0, &app.window(), [&app] { app.window().close(); });
+        QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(2); });
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(lastClosed.size(), 1);
     }
 };
 

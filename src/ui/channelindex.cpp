@@ -2,9 +2,6 @@
 
 #include <QHash>
 
-#include <algorithm>
-#include <functional>
-
 namespace {
 
 constexpr char16_t groupMark = u'\u0000';
@@ -31,6 +28,26 @@ int lookup(const std::optional<QString> &value, const QStringList &values)
     return found < 0 ? unknownValue : int(found);
 }
 
+// Writes text case-folded, one code unit for one; simple folding never changes the length.
+char16_t *foldInto(const QString &text, char16_t *out)
+{
+    const char16_t *in = reinterpret_cast<const char16_t *>(text.constData());
+    const char16_t *const end = in + text.size();
+    while (in != end) {
+        const char16_t c = *in++;
+        if (c < 0x80) {
+            *out++ = (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c;
+        } else if (QChar::isHighSurrogate(c) && in != end && QChar::isLowSurrogate(*in)) {
+            const char32_t folded = QChar::toCaseFolded(QChar::surrogateToUcs4(c, *in++));
+            *out++ = QChar::highSurrogate(folded);
+            *out++ = QChar::lowSurrogate(folded);
+        } else {
+            *out++ = char16_t(QChar::toCaseFolded(char32_t(c)));
+        }
+    }
+    return out;
+}
+
 } // namespace
 
 ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
@@ -42,23 +59,29 @@ ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     m_category.reserve(size_t(count));
     QHash<QString, int> countryIDs;
     QHash<QString, int> groupIDs;
-    QString text;
+    qsizetype length = 0;
     for (const PlaylistEntry &entry : playlist) {
-        m_starts.push_back(int(text.size()));
-        text += entry.name();
-        text += QChar(groupMark);
         const std::optional<QString> group = entry.groupTitle();
         const std::optional<QString> country = entry.countryCode();
-        if (group)
-            text += *group;
-        text += QChar(endMark);
+        length += entry.name().size() + (group ? group->size() : 0) + 2;
         m_category.push_back(group ? intern(*group, groupIDs, m_groups) : noValue);
         m_country.push_back(country ? intern(*country, countryIDs, m_countries) : noValue);
     }
-    m_starts.push_back(int(text.size()));
-    // Simple case folding keeps every code unit in place, so the offsets stay valid.
-    m_text = text.toCaseFolded();
-    Q_ASSERT(m_text.size() == text.size());
+    // One text, folded as it is written: far cheaper than joining and folding a copy.
+    m_text.resize(length);
+    char16_t *out = reinterpret_cast<char16_t *>(m_text.data());
+    const char16_t *const begin = out;
+    for (int row = 0; row < int(count); ++row) {
+        const PlaylistEntry &entry = playlist.at(row);
+        m_starts.push_back(int(out - begin));
+        out = foldInto(entry.name(), out);
+        *out++ = groupMark;
+        if (const int category = m_category[size_t(row)]; category >= 0)
+            out = foldInto(m_groups.at(category), out);
+        *out++ = endMark;
+    }
+    m_starts.push_back(int(out - begin));
+    Q_ASSERT(out - begin == length);
 
     m_countryCodes = ChannelFilters::sortedByCountryName(m_countries);
     m_categories = ChannelFilters::sortedCategories(m_groups);
@@ -106,24 +129,39 @@ std::vector<int> ChannelIndex::filterBySearch(const QString &query, int country,
         return rows;
     }
     const QString folded = query.toCaseFolded();
-    const std::boyer_moore_horspool_searcher searcher(folded.cbegin(), folded.cend());
-    const QChar *begin = m_text.cbegin();
-    const QChar *end = m_text.cend();
-    const QChar *position = begin;
+    const QStringView text(m_text);
+    qsizetype from = 0;
     size_t row = 0;
-    while (position != end) {
-        const QChar *hit = std::search(position, end, searcher);
-        if (hit == end)
+    const size_t count = m_country.size();
+    while (row < count) {
+        const qsizetype hit = text.indexOf(folded, from);
+        if (hit < 0)
             break;
-        const int offset = int(hit - begin);
-        // The entry holding the hit: starts only grow, so the walk goes forward.
-        row = size_t(std::upper_bound(m_starts.begin() + qsizetype(row), m_starts.end(), offset)
-                     - m_starts.begin())
-            - 1;
+        // The entry holding the hit: hits only move forward, and so does the walk.
+        while (m_starts[row + 1] <= hit)
+            ++row;
         if (passesMenus(int(row), country, category))
             rows.push_back(int(row));
-        position = begin + m_starts[row + 1];
         ++row;
+        from = m_starts[row];
     }
     return rows;
+}
+
+std::vector<int> ChannelIndex::narrow(const std::vector<int> &rows,
+                                      const ChannelFilter &narrower) const
+{
+    const QString query = narrower.query();
+    if (query.contains(QChar(groupMark)) || query.contains(QChar(endMark)))
+        return filter(narrower);
+    const QString folded = query.toCaseFolded();
+    const QStringView text(m_text);
+    std::vector<int> result;
+    for (int row : rows) {
+        const qsizetype start = m_starts[size_t(row)];
+        const QStringView entry = text.sliced(start, m_starts[size_t(row) + 1] - start);
+        if (entry.contains(folded))
+            result.push_back(row);
+    }
+    return result;
 }

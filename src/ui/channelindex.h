@@ -19,6 +19,9 @@ public:
     // The playlist positions of the entries passing filter, in playlist order; the same
     // entries as ChannelFilters::filtered.
     std::vector<int> filter(const ChannelFilter &filter) const;
+    // The same as filter(narrower), given the rows of an earlier filter known to hold them all
+    // (same menus, a search that the new one contains): only those rows are searched again.
+    std::vector<int> narrow(const std::vector<int> &rows, const ChannelFilter &narrower) const;
 
     // The menus' items, as ChannelFilters::countryCodes and ChannelFilters::categories.
     const QStringList &countryCodes() const { return m_countryCodes; }

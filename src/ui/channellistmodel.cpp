@@ -8,6 +8,7 @@ void ChannelListModel::setPlaylist(const QList<PlaylistEntry> &playlist)
 {
     m_playlist = playlist;
     m_index = ChannelIndex(playlist);
+    m_lastFilter = ChannelFilter();
     refilter();
 }
 
@@ -21,7 +22,13 @@ void ChannelListModel::setFilter(const ChannelFilter &filter)
 
 void ChannelListModel::refilter()
 {
-    std::vector<int> rows = m_index.filter(m_filter);
+    // Typing on narrows the rows already found; anything else searches the whole playlist.
+    const bool narrows = !m_lastFilter.query().isEmpty()
+        && m_filter.countryCode == m_lastFilter.countryCode
+        && m_filter.category == m_lastFilter.category
+        && m_filter.query().contains(m_lastFilter.query());
+    std::vector<int> rows = narrows ? m_index.narrow(m_rows, m_filter) : m_index.filter(m_filter);
+    m_lastFilter = m_filter;
     // A reset keeps the view; the view asks again only for the rows on screen.
     beginResetModel();
     m_rows = std::move(rows);

@@ -36,5 +36,6 @@ private:
     QList<PlaylistEntry> m_playlist;
     ChannelIndex m_index;
     ChannelFilter m_filter;
+    ChannelFilter m_lastFilter; // what m_rows were found for
     std::vector<int> m_rows;
 };

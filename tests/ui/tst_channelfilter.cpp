@@ -38,6 +38,13 @@ QStringList names(const QList<PlaylistEntry> &playlist, const std::vector<int> &
 
 const QString news = QStringLiteral("News");
 
+ChannelFilter search(const QString &text)
+{
+    ChannelFilter filter;
+    filter.search = text;
+    return filter;
+}
+
 } // namespace
 
 class TestChannelFilter : public QObject
@@ -73,20 +80,20 @@ private:
 private Q_SLOTS:
     void searchIgnoresLetterCaseAndLooksAtNamesAndGroups()
     {
-        QCOMPARE(filteredNames({QStringLiteral("bbc")}), QStringList {"BBC One"});
-        QCOMPARE(filteredNames({QStringLiteral("NEWS")}),
+        QCOMPARE(filteredNames(search(QStringLiteral("bbc"))), QStringList {"BBC One"});
+        QCOMPARE(filteredNames(search(QStringLiteral("NEWS"))),
                  (QStringList {"CNN International", "Euronews", "France 24"}));
         // "France" is the country of Arte, but the search never looks at countries.
-        QCOMPARE(filteredNames({QStringLiteral("france")}), QStringList {"France 24"});
-        QCOMPARE(filteredNames({QStringLiteral("Great Britain")}), QStringList());
-        QCOMPARE(filteredNames({QStringLiteral("gb")}), QStringList());
+        QCOMPARE(filteredNames(search(QStringLiteral("france"))), QStringList {"France 24"});
+        QCOMPARE(filteredNames(search(QStringLiteral("Great Britain"))), QStringList());
+        QCOMPARE(filteredNames(search(QStringLiteral("gb"))), QStringList());
     }
 
     void searchIgnoresSurroundingSpaces()
     {
-        QCOMPARE(filteredNames({QStringLiteral("  arte \n")}), QStringList {"Arte"});
-        QCOMPARE(filteredNames({QStringLiteral("   ")}).size(), m_playlist.size());
-        QCOMPARE(filteredNames({QStringLiteral("\t\n")}).size(), m_playlist.size());
+        QCOMPARE(filteredNames(search(QStringLiteral("  arte \n"))), QStringList {"Arte"});
+        QCOMPARE(filteredNames(search(QStringLiteral("   "))).size(), m_playlist.size());
+        QCOMPARE(filteredNames(search(QStringLiteral("\t\n"))).size(), m_playlist.size());
     }
 
     void theMenusNarrowTheSearchAndKeepPlaylistOrder()
@@ -232,21 +239,39 @@ private Q_SLOTS:
     {
         QList<PlaylistEntry> playlist = m_playlist;
         playlist.append(channel(QString::fromUtf16(u"odd\u0001name"), QStringLiteral("x")));
-        compareWithIndex(playlist, {QString::fromUtf16(u"\u0001")});
-        compareWithIndex(playlist, {QString::fromUtf16(u"d\u0001n")});
-        compareWithIndex(playlist, {QString::fromUtf16(u"e\u0000")});
-        QCOMPARE(ChannelIndex(playlist).filter({QString::fromUtf16(u"d\u0001n")}).size(),
+        compareWithIndex(playlist, search(QString::fromUtf16(u"\u0001")));
+        compareWithIndex(playlist, search(QString::fromUtf16(u"d\u0001n")));
+        compareWithIndex(playlist, search(QString::fromUtf16(u"e\u0000")));
+        QCOMPARE(ChannelIndex(playlist).filter(search(QString::fromUtf16(u"d\u0001n"))).size(),
                  size_t(1));
+    }
+
+    void narrowingASearchFindsWhatAFreshSearchFinds()
+    {
+        QFile file(QStringLiteral(LUMO_CORPUS_DIR "/m3u/iptv-org_iptv__index.m3u"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QList<PlaylistEntry> playlist = PlaylistParser::parse(
+            decodePlaylistText(file.readAll()), QUrl::fromLocalFile(file.fileName()));
+        const ChannelIndex index(playlist);
+        ChannelFilter filter;
+        std::vector<int> rows = index.filter(filter);
+        for (const QString &typed : {QStringLiteral("t"), QStringLiteral("tv"),
+                                     QStringLiteral("tv "), QStringLiteral("TV 1")}) {
+            filter.search = typed;
+            rows = index.narrow(rows, filter);
+            QCOMPARE(rows, index.filter(filter));
+        }
+        QVERIFY(!index.filter(search(QStringLiteral("t"))).empty());
     }
 
     void matchesNeverCrossFromOneChannelToTheNext()
     {
         const QList<PlaylistEntry> playlist {channel(QStringLiteral("ab")),
                                              channel(QStringLiteral("cd"), QStringLiteral("ef"))};
-        QCOMPARE(ChannelIndex(playlist).filter({QStringLiteral("bc")}).size(), size_t(0));
-        QCOMPARE(ChannelIndex(playlist).filter({QStringLiteral("de")}).size(), size_t(0));
-        QCOMPARE(ChannelIndex(playlist).filter({QStringLiteral("ef")}), std::vector<int> {1});
-        QCOMPARE(ChannelIndex().filter({QStringLiteral("a")}).size(), size_t(0));
+        QCOMPARE(ChannelIndex(playlist).filter(search(QStringLiteral("bc"))).size(), size_t(0));
+        QCOMPARE(ChannelIndex(playlist).filter(search(QStringLiteral("de"))).size(), size_t(0));
+        QCOMPARE(ChannelIndex(playlist).filter(search(QStringLiteral("ef"))), std::vector<int> {1});
+        QCOMPARE(ChannelIndex().filter(search(QStringLiteral("a"))).size(), size_t(0));
     }
 };
 

@@ -11,6 +11,8 @@ YouTubeHostingView::YouTubeHostingView(QWidget *parent)
 {
     // The page starts the player by itself once the service's script is ready.
     settings()->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, false);
+    // A dropped file goes to the window, which plays it; the page must not open it.
+    setAcceptDrops(false);
 }
 
 bool YouTubeHostingView::event(QEvent *event)

@@ -9,6 +9,12 @@ constexpr char16_t endMark = u'\u0001';
 constexpr int noValue = -1;
 constexpr int unknownValue = -2; // a filter value that no entry has
 
+// The marks could match across fields; a search holding one is compared entry by entry.
+bool holdsMarks(const QString &query)
+{
+    return query.contains(QChar(groupMark)) || query.contains(QChar(endMark));
+}
+
 int intern(const QString &value, QHash<QString, int> &ids, QStringList &values)
 {
     const auto found = ids.constFind(value);
@@ -119,8 +125,7 @@ std::vector<int> ChannelIndex::filterByMenus(int country, int category) const
 std::vector<int> ChannelIndex::filterBySearch(const QString &query, int country, int category) const
 {
     std::vector<int> rows;
-    if (query.contains(QChar(groupMark)) || query.contains(QChar(endMark))) {
-        // The marks could match across fields; such a search is compared entry by entry.
+    if (holdsMarks(query)) {
         for (int row = 0; row < int(m_country.size()); ++row) {
             if (passesMenus(row, country, category)
                 && ChannelFilters::matches(m_playlist.at(row), ChannelFilter(), query))
@@ -152,7 +157,7 @@ std::vector<int> ChannelIndex::narrow(const std::vector<int> &rows,
                                       const ChannelFilter &narrower) const
 {
     const QString query = narrower.query();
-    if (query.contains(QChar(groupMark)) || query.contains(QChar(endMark)))
+    if (holdsMarks(query))
         return filter(narrower);
     const QString folded = query.toCaseFolded();
     const QStringView text(m_text);

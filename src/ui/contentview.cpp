@@ -9,7 +9,7 @@
 #include "surface/playersurface.h"
 #include "toastoverlay.h"
 #include "webplayer/youtubeplayerview.h"
-#include "windowaspect.h"
+#include "windowshape.h"
 #include "windowtitlesetter.h"
 
 #include <QDragEnterEvent>
@@ -86,12 +86,7 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     connect(m_controlBar, &PlayerControlBar::displayModeChosen, this,
             &ContentView::setPortraitMode);
     connect(&PlayerNotifications::shared(), &PlayerNotifications::playerSurfaceClicked, this,
-            [this] {
-                if (!m_showSidebar)
-                    return;
-                m_showSidebar = false;
-                animateSidebar(false, sidebarCloseOnClickMs);
-            });
+            [this] { setShowSidebar(false, sidebarCloseOnClickMs); });
     connect(&m_model, &PlayerModel::toastMessageChanged, this,
             [this] { m_toast->setMessage(m_model.toastMessage()); });
     connect(&m_model, &PlayerModel::videoAspectRatioChanged, this,
@@ -104,16 +99,11 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     m_toast->setMessage(m_model.toastMessage());
 }
 
-void ContentView::setShowSidebar(bool show)
+void ContentView::setShowSidebar(bool show, int durationMs)
 {
     if (m_showSidebar == show)
         return;
     m_showSidebar = show;
-    animateSidebar(show, sidebarAnimationMs);
-}
-
-void ContentView::animateSidebar(bool show, int durationMs)
-{
     m_networkPanel->setShowMovieName(false);
     if (show) {
         m_addressFocusTask.start();
@@ -235,8 +225,8 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
         QWidget *window = this->window();
         if (window->isMaximized() || window->isFullScreen())
             return;
-        const WindowAspect::Change change = WindowAspect::change(ratio, mode, width());
-        if (std::holds_alternative<WindowAspect::ClearConstraint>(change)) {
+        const WindowShape::Change change = WindowShape::change(ratio, mode, width());
+        if (std::holds_alternative<WindowShape::ClearConstraint>(change)) {
             m_aspectConstraint = QSize();
             return;
         }

@@ -36,7 +36,7 @@ public:
     explicit ContentView(PlayerModel &model, QWidget *parent = nullptr);
 
     bool showsSidebar() const { return m_showSidebar; }
-    void setShowSidebar(bool show);
+    void setShowSidebar(bool show, int durationMs = sidebarAnimationMs);
     PortraitDisplayMode portraitMode() const { return m_portraitMode; }
     void setPortraitMode(PortraitDisplayMode mode);
     bool isFullScreen() const { return m_isFullScreen; }
@@ -67,7 +67,6 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
-    void animateSidebar(bool show, int durationMs);
     void layoutChildren();
     void updateChannelSection();
     void updateWindowTitle();

@@ -1,6 +1,6 @@
 // The window's shape and size rules, and the control bar's time texts.
 #include "ui/timetext.h"
-#include "ui/windowaspect.h"
+#include "ui/windowshape.h"
 #include "ui/windowsizes.h"
 
 #include <QTest>
@@ -12,7 +12,7 @@ class TestWindowRules : public QObject
     Q_OBJECT
 
 private:
-    static QSizeF resized(const WindowAspect::Change &change)
+    static QSizeF resized(const WindowShape::Change &change)
     {
         const auto *size = std::get_if<QSizeF>(&change);
         return size ? *size : QSizeF(-1, -1);
@@ -22,7 +22,7 @@ private Q_SLOTS:
     void aWideVideoShapesTheWindowAndLeavesRoomForTheControlBar()
     {
         const QSizeF size
-            = resized(WindowAspect::change(16.0 / 9.0, PortraitDisplayMode::normal, 1000));
+            = resized(WindowShape::change(16.0 / 9.0, PortraitDisplayMode::normal, 1000));
         // 1,000 / 1.777… + 34.
         QCOMPARE(size.width(), 1000.0);
         QCOMPARE(size.height(), 596.5);
@@ -35,7 +35,7 @@ private Q_SLOTS:
                 continue;
             // The video's own ratio does not matter in a portrait mode.
             for (double ratio : {16.0 / 9.0, 4.0 / 3.0, 0.5}) {
-                const QSizeF size = resized(WindowAspect::change(ratio, mode, 520));
+                const QSizeF size = resized(WindowShape::change(ratio, mode, 520));
                 QCOMPARE(size.width(), 520.0);
                 // 520 / 0.5625 + 34 = 958.4…
                 QVERIFY2(qAbs(size.height() - 958.4) < 0.05,
@@ -47,39 +47,39 @@ private Q_SLOTS:
     void theMinimaHold()
     {
         // Narrower than 520 is widened.
-        QCOMPARE(resized(WindowAspect::change(1.0, PortraitDisplayMode::normal, 300)),
+        QCOMPARE(resized(WindowShape::change(1.0, PortraitDisplayMode::normal, 300)),
                  QSizeF(520, 554));
         // A very wide picture never makes the window lower than 360.
-        QCOMPARE(resized(WindowAspect::change(10.0, PortraitDisplayMode::normal, 800)),
+        QCOMPARE(resized(WindowShape::change(10.0, PortraitDisplayMode::normal, 800)),
                  QSizeF(800, 360));
         // No width known: the default 700.
-        QCOMPARE(resized(WindowAspect::change(1.0, PortraitDisplayMode::normal,
-                                              std::numeric_limits<double>::quiet_NaN())),
+        QCOMPARE(resized(WindowShape::change(1.0, PortraitDisplayMode::normal,
+                                             std::numeric_limits<double>::quiet_NaN())),
                  QSizeF(700, 734));
     }
 
     void noRatioLiftsTheConstraintAndKeepsTheSize()
     {
-        using WindowAspect::ClearConstraint;
+        using WindowShape::ClearConstraint;
         const double nan = std::numeric_limits<double>::quiet_NaN();
         for (double ratio : {0.0, -1.0, nan}) {
             QVERIFY(std::holds_alternative<ClearConstraint>(
-                WindowAspect::change(ratio, PortraitDisplayMode::normal, 900)));
+                WindowShape::change(ratio, PortraitDisplayMode::normal, 900)));
             QVERIFY(std::holds_alternative<ClearConstraint>(
-                WindowAspect::change(ratio, PortraitDisplayMode::fill, 900)));
+                WindowShape::change(ratio, PortraitDisplayMode::fill, 900)));
         }
     }
 
     void sizesThatAreNotFiniteChangeNothing()
     {
         const double infinity = std::numeric_limits<double>::infinity();
-        QVERIFY(std::holds_alternative<WindowAspect::Keep>(
-            WindowAspect::change(infinity, PortraitDisplayMode::normal, 900)));
+        QVERIFY(std::holds_alternative<WindowShape::Keep>(
+            WindowShape::change(infinity, PortraitDisplayMode::normal, 900)));
         // A tiny ratio makes an infinite height.
-        QVERIFY(std::holds_alternative<WindowAspect::Keep>(
-            WindowAspect::change(1e-320, PortraitDisplayMode::normal, 900)));
+        QVERIFY(std::holds_alternative<WindowShape::Keep>(
+            WindowShape::change(1e-320, PortraitDisplayMode::normal, 900)));
         // In a portrait mode the video's infinite ratio is not used.
-        QCOMPARE(resized(WindowAspect::change(infinity, PortraitDisplayMode::smart, 520)).width(),
+        QCOMPARE(resized(WindowShape::change(infinity, PortraitDisplayMode::smart, 520)).width(),
                  520.0);
     }
 

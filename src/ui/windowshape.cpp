@@ -1,9 +1,9 @@
-#include "windowaspect.h"
+#include "windowshape.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace WindowAspect {
+namespace WindowShape {
 
 Change change(double ratio, PortraitDisplayMode mode, double contentWidth)
 {
@@ -21,4 +21,4 @@ Change change(double ratio, PortraitDisplayMode mode, double contentWidth)
     return QSizeF(width, height);
 }
 
-} // namespace WindowAspect
+} // namespace WindowShape

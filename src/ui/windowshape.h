@@ -6,7 +6,7 @@
 #include <QSizeF>
 #include <variant>
 
-namespace WindowAspect {
+namespace WindowShape {
 
 inline constexpr double portraitRatio = 9.0 / 16.0;
 inline constexpr double controlBarHeight = 34;
@@ -32,4 +32,4 @@ using Change = std::variant<Keep, ClearConstraint, QSizeF>;
 // the height never below its minimum.
 Change change(double ratio, PortraitDisplayMode mode, double contentWidth);
 
-} // namespace WindowAspect
+} // namespace WindowShape

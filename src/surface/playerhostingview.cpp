@@ -2,6 +2,7 @@
 
 #include "facedetector.h"
 #include "facedetectors.h"
+#include "framebufferreadback.h"
 #include "model/mpvplayer.h"
 #include "model/playernotifications.h"
 #include "mpvrendercontext.h"
@@ -266,8 +267,33 @@ void PlayerHostingView::releaseGraphics()
         return;
     makeCurrent();
     m_compositor->release();
+    if (m_readback)
+        m_readback->release();
     m_renderContext.reset();
     doneCurrent();
+}
+
+void PlayerHostingView::setPictureReceiver(PictureReceiver receiver)
+{
+    m_pictureReceiver = std::move(receiver);
+    if (m_pictureReceiver) {
+        if (!m_readback)
+            m_readback = std::make_unique<FramebufferReadback>();
+        // A paused picture is not drawn again by itself; one paint gives the recording its
+        // first picture.
+        update();
+    }
+}
+
+void PlayerHostingView::deliverPicture()
+{
+    if (!m_readback || !m_readback->isPending() || !context())
+        return;
+    makeCurrent();
+    CapturedPicture picture {m_readback->take(), true};
+    doneCurrent();
+    if (m_pictureReceiver && !picture.image.isNull())
+        m_pictureReceiver(picture);
 }
 
 void PlayerHostingView::paintGL()
@@ -281,6 +307,14 @@ void PlayerHostingView::paintGL()
     const bool newFrame = m_renderContext->takeFrameUpdate();
     m_compositor->draw(*m_renderContext, m_layerFrame, defaultFramebufferObject(), viewPixels,
                        ratio);
+    if (m_pictureReceiver && m_readback) {
+        // Collected on the next turn of the event loop, once the GPU has finished the copy.
+        const bool alreadyQueued = m_readback->isPending();
+        m_readback->start(defaultFramebufferObject(), viewPixels);
+        if (!alreadyQueued)
+            QMetaObject::invokeMethod(this, &PlayerHostingView::deliverPicture,
+                                      Qt::QueuedConnection);
+    }
     if (newFrame) {
         ++m_drawnFrames;
         Q_EMIT frameDrawn();

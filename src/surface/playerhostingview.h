@@ -12,6 +12,7 @@
 #include <memory>
 
 class FaceDetector;
+class FramebufferReadback;
 class MpvPlayer;
 class MpvRenderContext;
 class QTimer;
@@ -60,6 +61,7 @@ public:
 
     QWidget *recordingView() override { return this; }
     QRectF recordingRectInView() const override;
+    void setPictureReceiver(PictureReceiver receiver) override;
 
     void setWindowDragHandler(WindowDragHandler handler);
     void setFaceDetectorFactory(FaceDetectorFactory factory);
@@ -86,6 +88,7 @@ private:
     void updateSmartTimer();
     void setHorizontalPan(double pan);
     QSizeF presentationSize() const;
+    void deliverPicture();
 
     QPointer<MpvPlayer> m_player;
     std::unique_ptr<MpvRenderContext> m_renderContext;
@@ -101,6 +104,8 @@ private:
     quint64 m_drawnFrames = 0;
     quint64 m_sampledFrames = 0;
     WindowDragHandler m_windowDragHandler;
+    PictureReceiver m_pictureReceiver;
+    std::unique_ptr<FramebufferReadback> m_readback;
     // The manual-reframe drag under way: where it started and the pan then.
     bool m_dragging = false;
     double m_dragStartX = 0;

@@ -5,7 +5,7 @@
 #include "model/playernotifications.h"
 #include "networkpanel.h"
 #include "playercontrolbar.h"
-#include "playerrecorder.h"
+#include "recording/playerrecorder.h"
 #include "surface/playersurface.h"
 #include "toastoverlay.h"
 #include "webplayer/youtubeplayerview.h"

@@ -2,7 +2,7 @@
 // The control bar's record control. Idle, it is a menu offering the two recording qualities;
 // while a recording is prepared, a small spinner; while one runs, a stop button. It cannot be
 // used while a recording is prepared or finished.
-#include "playerrecorder.h"
+#include "recording/playerrecorder.h"
 
 #include <QPointer>
 #include <QWidget>

@@ -38,3 +38,30 @@ bool YouTubeHostingView::eventFilter(QObject *watched, QEvent *event)
     }
     return QWebEngineView::eventFilter(watched, event);
 }
+
+void YouTubeHostingView::setPictureReceiver(PictureReceiver receiver)
+{
+    m_pictureReceiver = std::move(receiver);
+    if (!m_pictureReceiver) {
+        delete m_pictureTimer;
+        m_pictureTimer = nullptr;
+        return;
+    }
+    if (!m_pictureTimer) {
+        m_pictureTimer = new QTimer(this);
+        m_pictureTimer->setTimerType(Qt::PreciseTimer);
+        m_pictureTimer->setInterval(1000 / 30);
+        connect(m_pictureTimer, &QTimer::timeout, this, &YouTubeHostingView::takePicture);
+        m_pictureTimer->start();
+    }
+    takePicture();
+}
+
+void YouTubeHostingView::takePicture()
+{
+    if (!m_pictureReceiver || !isVisible())
+        return;
+    const QImage image = grab().toImage();
+    if (!image.isNull())
+        m_pictureReceiver(CapturedPicture {image, false});
+}

@@ -26,6 +26,7 @@ public:
     void updateContent(const YouTubeContent &content) override { contents.append(content); }
     QWidget *recordingView() override { return this; }
     QRectF recordingRectInView() const override { return QRectF(rect()); }
+    void setPictureReceiver(PictureReceiver) override { }
 
     QList<YouTubeContent> contents;
 };

@@ -1,7 +1,7 @@
 #pragma once
 // A recorder whose phase the test sets at will and which records what it is asked; the real
 // recorder cannot be held in its preparing or stopping phase on demand.
-#include "ui/playerrecorder.h"
+#include "recording/playerrecorder.h"
 
 #include <QList>
 

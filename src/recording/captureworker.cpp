@@ -1,0 +1,117 @@
+#include "captureworker.h"
+
+#include "captureclock.h"
+#include "systemaudiocapture.h"
+
+#include <QTimer>
+
+CaptureWorker::CaptureWorker() = default;
+
+CaptureWorker::~CaptureWorker()
+{
+    // A stream torn down while starting still leaves no half-made file behind.
+    close();
+}
+
+QString CaptureWorker::open(const QString &path, QSize outputSize, QRect crop, const char *preset)
+{
+    QString error;
+    m_writer = PlayerCaptureWriter::create(path, outputSize, &error, preset);
+    if (!m_writer)
+        return error;
+    m_crop = crop;
+    m_audio = std::make_unique<SystemAudioCapture>(
+        [this](const float *samples, int frameCount, double time) {
+            offerSound(samples, frameCount, time);
+        },
+        [this](const QString &why) { Q_EMIT soundFailed(why); });
+    error = m_audio->start();
+    if (!error.isEmpty()) {
+        m_audio.reset();
+        m_writer->cancel();
+        m_writer.reset();
+        return error;
+    }
+    m_ticker = new QTimer(this);
+    m_ticker->setTimerType(Qt::PreciseTimer);
+    m_ticker->setInterval(1000 / PlayerCaptureWriter::frameRate);
+    connect(m_ticker, &QTimer::timeout, this, &CaptureWorker::tick);
+    m_ticker->start();
+    return {};
+}
+
+void CaptureWorker::offerPicture(const CapturedPicture &picture)
+{
+    const std::lock_guard lock(m_mutex);
+    m_picture = picture;
+    m_hasPicture = true;
+}
+
+void CaptureWorker::offerSound(const float *samples, int frameCount, double time)
+{
+    const std::lock_guard lock(m_mutex);
+    m_sound.push_back({std::vector<float>(samples, samples + qsizetype(frameCount) * 2), time});
+    m_soundFrames += frameCount;
+    const auto limit = qint64(audioBacklogSeconds * PlayerCaptureWriter::audioSampleRate);
+    while (m_soundFrames > limit && m_sound.size() > 1) {
+        m_soundFrames -= qint64(m_sound.front().samples.size() / 2);
+        m_sound.pop_front();
+    }
+}
+
+void CaptureWorker::tick()
+{
+    if (!m_writer)
+        return;
+    const double now = CaptureClock::now();
+    CapturedPicture picture;
+    bool hasPicture = false;
+    std::deque<AudioChunk> sound;
+    {
+        const std::lock_guard lock(m_mutex);
+        picture = m_picture;
+        hasPicture = m_hasPicture;
+        sound.swap(m_sound);
+        m_soundFrames = 0;
+    }
+    // The newest picture stands for this moment, again if nothing new was drawn since.
+    if (hasPicture)
+        m_writer->appendVideo(picture.image, m_crop, picture.bottomUp, now);
+    for (const AudioChunk &chunk : sound)
+        m_writer->appendAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.time);
+    const std::lock_guard lock(m_mutex);
+    m_statistics = m_writer->statistics();
+}
+
+PlayerCaptureWriter::Outcome CaptureWorker::close()
+{
+    delete m_ticker;
+    m_ticker = nullptr;
+    if (m_audio) {
+        m_audio->stop();
+        m_audio.reset();
+    }
+    if (!m_writer)
+        return {};
+    // The sound heard up to now still belongs in the file.
+    std::deque<AudioChunk> sound;
+    {
+        const std::lock_guard lock(m_mutex);
+        sound.swap(m_sound);
+    }
+    for (const AudioChunk &chunk : sound)
+        m_writer->appendAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.time);
+    PlayerCaptureWriter::Outcome outcome = m_writer->finish();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_statistics = m_writer->statistics();
+    }
+    m_writer.reset();
+    return outcome;
+}
+
+PlayerCaptureWriter::Statistics CaptureWorker::statistics() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_statistics;
+}

@@ -1,0 +1,62 @@
+#pragma once
+// The capture thread's side of a capture stream: it holds the writer and the sound, and thirty
+// times a second encodes the newest picture with the sound heard since. Pictures and sound are
+// handed over through small mailboxes, never queued without bound.
+#include "playercapturewriter.h"
+#include "surface/playerrecordingsurface.h"
+
+#include <QObject>
+#include <QRect>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class QTimer;
+class SystemAudioCapture;
+
+class CaptureWorker final : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Sound kept for the encoder at most; older sound is let go.
+    static constexpr double audioBacklogSeconds = 2;
+
+    CaptureWorker();
+    ~CaptureWorker() override;
+
+    // On the capture thread: opens the file and the sound; empty on success.
+    QString open(const QString &path, QSize outputSize, QRect crop, const char *preset);
+    // On the capture thread: stops the sound and the ticks and finishes the file.
+    PlayerCaptureWriter::Outcome close();
+    PlayerCaptureWriter::Statistics statistics() const;
+
+    // From any thread: the newest picture replaces the one waiting.
+    void offerPicture(const CapturedPicture &picture);
+
+Q_SIGNALS:
+    void soundFailed(const QString &why);
+
+private:
+    struct AudioChunk
+    {
+        std::vector<float> samples;
+        double time = 0;
+    };
+
+    void tick();
+    void offerSound(const float *samples, int frameCount, double time);
+
+    std::unique_ptr<PlayerCaptureWriter> m_writer;
+    std::unique_ptr<SystemAudioCapture> m_audio;
+    QTimer *m_ticker = nullptr;
+    QRect m_crop;
+
+    mutable std::mutex m_mutex;
+    CapturedPicture m_picture;
+    bool m_hasPicture = false;
+    std::deque<AudioChunk> m_sound;
+    qint64 m_soundFrames = 0;
+    PlayerCaptureWriter::Statistics m_statistics;
+};

@@ -1,0 +1,405 @@
+#include "playercapturewriter.h"
+
+#include "ffmpegsupport.h"
+#include "mp4finisher.h"
+#include "recordingnames.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <cmath>
+#include <vector>
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+struct PlayerCaptureWriter::Private
+{
+    QString path;
+    QSize size;
+    FFmpeg::OutputContext output;
+    FFmpeg::CodecContext video;
+    FFmpeg::CodecContext audio;
+    AVStream *videoStream = nullptr;
+    AVStream *audioStream = nullptr;
+    FFmpeg::ScaleContext scaler;
+    FFmpeg::Frame videoFrame;
+    FFmpeg::Frame audioFrame;
+    FFmpeg::AudioFifo fifo;
+    FFmpeg::Packet packet;
+    std::vector<float> left;
+    std::vector<float> right;
+
+    bool sessionStarted = false;
+    bool failed = false;
+    double sessionStart = 0;
+    qint64 lastSlot = -1;
+    bool audioStarted = false;
+    qint64 audioQueued = 0; // samples put on the timeline, silence included
+    qint64 audioEncoded = 0;
+    Statistics statistics;
+
+    QString openVideo(const char *preset);
+    QString openAudio();
+    bool drain(AVCodecContext *codec, AVStream *stream);
+    bool encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame);
+    void queueAudio(const float *samples, int frameCount);
+    void queueSilence(qint64 frameCount);
+    bool encodeAudio(bool final);
+};
+
+namespace {
+
+AVPixelFormat scaleFormat(QImage::Format format)
+{
+    switch (format) {
+    case QImage::Format_RGB32:
+    case QImage::Format_ARGB32:
+    case QImage::Format_ARGB32_Premultiplied:
+        return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? AV_PIX_FMT_BGRA : AV_PIX_FMT_ARGB;
+    case QImage::Format_RGBX8888:
+    case QImage::Format_RGBA8888:
+    case QImage::Format_RGBA8888_Premultiplied:
+        return AV_PIX_FMT_RGBA;
+    default:
+        return AV_PIX_FMT_NONE;
+    }
+}
+
+} // namespace
+
+QString PlayerCaptureWriter::Private::openVideo(const char *preset)
+{
+    const AVCodec *codec = avcodec_find_encoder_by_name("libx264");
+    if (!codec)
+        return QStringLiteral("The H.264 encoder (libx264) is not available.");
+    video.reset(avcodec_alloc_context3(codec));
+    AVCodecContext *c = video.get();
+    c->width = size.width();
+    c->height = size.height();
+    c->pix_fmt = AV_PIX_FMT_YUV420P;
+    c->time_base = AVRational {1, frameRate};
+    c->framerate = AVRational {frameRate, 1};
+    c->gop_size = keyFrameInterval;
+    c->bit_rate = RecordingNames::averageBitRate(size.width(), size.height());
+    c->profile = FF_PROFILE_H264_HIGH;
+    // The pictures are converted with BT.709 at limited range; the file says so, so that
+    // players show the colours that were on screen.
+    c->color_range = AVCOL_RANGE_MPEG;
+    c->colorspace = AVCOL_SPC_BT709;
+    c->color_primaries = AVCOL_PRI_BT709;
+    c->color_trc = AVCOL_TRC_BT709;
+    if (output->oformat->flags & AVFMT_GLOBALHEADER)
+        c->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "preset", preset, 0);
+    av_dict_set(&options, "profile", "high", 0);
+    const int result = avcodec_open2(c, codec, &options);
+    av_dict_free(&options);
+    if (result < 0)
+        return FFmpeg::errorText(result);
+
+    videoStream = avformat_new_stream(output.get(), nullptr);
+    if (!videoStream || avcodec_parameters_from_context(videoStream->codecpar, c) < 0)
+        return QStringLiteral("The video track could not be added.");
+    videoStream->time_base = c->time_base;
+    videoStream->avg_frame_rate = c->framerate;
+
+    videoFrame.reset(av_frame_alloc());
+    videoFrame->format = c->pix_fmt;
+    videoFrame->width = c->width;
+    videoFrame->height = c->height;
+    if (av_frame_get_buffer(videoFrame.get(), 0) < 0)
+        return QStringLiteral("The video frame could not be allocated.");
+    return {};
+}
+
+QString PlayerCaptureWriter::Private::openAudio()
+{
+    const AVCodec *codec = avcodec_find_encoder(AV_CODEC_ID_AAC);
+    if (!codec)
+        return QStringLiteral("The AAC encoder is not available.");
+    audio.reset(avcodec_alloc_context3(codec));
+    AVCodecContext *c = audio.get();
+    c->sample_fmt = AV_SAMPLE_FMT_FLTP;
+    c->sample_rate = audioSampleRate;
+    av_channel_layout_default(&c->ch_layout, audioChannels);
+    c->bit_rate = audioBitRate;
+    c->time_base = AVRational {1, audioSampleRate};
+    if (output->oformat->flags & AVFMT_GLOBALHEADER)
+        c->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    const int result = avcodec_open2(c, codec, nullptr);
+    if (result < 0)
+        return FFmpeg::errorText(result);
+
+    audioStream = avformat_new_stream(output.get(), nullptr);
+    if (!audioStream || avcodec_parameters_from_context(audioStream->codecpar, c) < 0)
+        return QStringLiteral("The audio track could not be added.");
+    audioStream->time_base = c->time_base;
+
+    fifo.reset(av_audio_fifo_alloc(AV_SAMPLE_FMT_FLTP, audioChannels, audioSampleRate));
+    audioFrame.reset(av_frame_alloc());
+    audioFrame->format = c->sample_fmt;
+    audioFrame->nb_samples = c->frame_size;
+    audioFrame->sample_rate = c->sample_rate;
+    av_channel_layout_copy(&audioFrame->ch_layout, &c->ch_layout);
+    if (!fifo || av_frame_get_buffer(audioFrame.get(), 0) < 0)
+        return QStringLiteral("The audio buffer could not be allocated.");
+    return {};
+}
+
+std::unique_ptr<PlayerCaptureWriter> PlayerCaptureWriter::create(const QString &path, QSize size,
+                                                                 QString *error, const char *preset)
+{
+    auto fail = [error](const QString &why) {
+        if (error)
+            *error = why;
+        return nullptr;
+    };
+    if (size.width() < 2 || size.height() < 2 || size.width() % 2 || size.height() % 2)
+        return fail(RecorderErrors::description(RecorderError::writerConfigurationFailed));
+    if (QFileInfo::exists(path) && !QFile::remove(path))
+        return fail(QStringLiteral("The existing file “%1” could not be replaced.")
+                        .arg(QFileInfo(path).fileName()));
+
+    auto d = std::make_unique<Private>();
+    d->path = path;
+    d->size = size;
+    const QByteArray encodedPath = QFile::encodeName(path);
+    AVFormatContext *rawOutput = nullptr;
+    if (avformat_alloc_output_context2(&rawOutput, nullptr, "mp4", encodedPath.constData()) < 0)
+        return fail(RecorderErrors::description(RecorderError::writerConfigurationFailed));
+    d->output.reset(rawOutput);
+
+    QString why = d->openVideo(preset);
+    if (why.isEmpty())
+        why = d->openAudio();
+    if (!why.isEmpty())
+        return fail(why);
+
+    int result = avio_open(&d->output->pb, encodedPath.constData(), AVIO_FLAG_WRITE);
+    if (result < 0)
+        return fail(FFmpeg::errorText(result));
+    // Fragments of at most a second, each written out at once: whatever stops the process, the
+    // file plays up to its last fragment.
+    d->output->flush_packets = 1;
+    d->output->max_interleave_delta = 500'000;
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+default_base_moof", 0);
+    av_dict_set(&options, "frag_duration", "1000000", 0);
+    result = avformat_write_header(d->output.get(), &options);
+    av_dict_free(&options);
+    if (result < 0) {
+        d->output.reset();
+        QFile::remove(path);
+        return fail(FFmpeg::errorText(result));
+    }
+    d->packet.reset(av_packet_alloc());
+    return std::unique_ptr<PlayerCaptureWriter>(new PlayerCaptureWriter(std::move(d)));
+}
+
+PlayerCaptureWriter::PlayerCaptureWriter(std::unique_ptr<Private> d)
+    : d(std::move(d))
+{ }
+
+PlayerCaptureWriter::~PlayerCaptureWriter() = default;
+
+QString PlayerCaptureWriter::outputPath() const
+{
+    return d->path;
+}
+
+QSize PlayerCaptureWriter::size() const
+{
+    return d->size;
+}
+
+bool PlayerCaptureWriter::sessionStarted() const
+{
+    return d->sessionStarted;
+}
+
+const PlayerCaptureWriter::Statistics &PlayerCaptureWriter::statistics() const
+{
+    return d->statistics;
+}
+
+bool PlayerCaptureWriter::Private::encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame)
+{
+    int result = avcodec_send_frame(codec, frame);
+    if (result < 0 && result != AVERROR_EOF)
+        return false;
+    return drain(codec, stream);
+}
+
+bool PlayerCaptureWriter::Private::drain(AVCodecContext *codec, AVStream *stream)
+{
+    for (;;) {
+        const int result = avcodec_receive_packet(codec, packet.get());
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
+            return true;
+        if (result < 0)
+            return false;
+        av_packet_rescale_ts(packet.get(), codec->time_base, stream->time_base);
+        packet->stream_index = stream->index;
+        if (av_interleaved_write_frame(output.get(), packet.get()) < 0)
+            return false;
+    }
+}
+
+bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, bool bottomUp,
+                                      double time)
+{
+    if (!d->output || d->failed)
+        return false;
+    const QRect area = crop.intersected(picture.rect());
+    const AVPixelFormat format = scaleFormat(picture.format());
+    if (area.width() < 2 || area.height() < 2 || format == AV_PIX_FMT_NONE)
+        return false;
+
+    if (!d->sessionStarted) {
+        d->sessionStarted = true;
+        d->sessionStart = time;
+    }
+    // The picture's place on the 30-per-second timeline; a slot already taken means it came
+    // too early, a slot skipped means a picture came too late.
+    const qint64 slot = std::llround((time - d->sessionStart) * frameRate);
+    if (slot <= d->lastSlot) {
+        ++d->statistics.framesDropped;
+        return false;
+    }
+    d->statistics.framesDropped += slot - d->lastSlot - 1;
+    d->lastSlot = slot;
+
+    d->scaler.reset(sws_getCachedContext(d->scaler.release(), area.width(), area.height(), format,
+                                         d->size.width(), d->size.height(), AV_PIX_FMT_YUV420P,
+                                         SWS_BILINEAR, nullptr, nullptr, nullptr));
+    if (!d->scaler)
+        return false;
+    const int *coefficients = sws_getCoefficients(SWS_CS_ITU709);
+    sws_setColorspaceDetails(d->scaler.get(), coefficients, 1, coefficients, 0, 0, 1 << 16,
+                             1 << 16);
+
+    const int row = bottomUp ? picture.height() - 1 - area.top() : area.top();
+    const uint8_t *source[1] = {picture.constScanLine(row) + area.left() * 4};
+    const int stride[1] = {bottomUp ? -int(picture.bytesPerLine()) : int(picture.bytesPerLine())};
+    if (av_frame_make_writable(d->videoFrame.get()) < 0)
+        return false;
+    sws_scale(d->scaler.get(), source, stride, 0, area.height(), d->videoFrame->data,
+              d->videoFrame->linesize);
+    d->videoFrame->pts = slot;
+    if (!d->encode(d->video.get(), d->videoStream, d->videoFrame.get())) {
+        d->failed = true;
+        return false;
+    }
+    ++d->statistics.framesWritten;
+    return true;
+}
+
+void PlayerCaptureWriter::Private::queueSilence(qint64 frameCount)
+{
+    std::vector<float> silence(size_t(std::min<qint64>(frameCount, audioSampleRate)), 0.f);
+    while (frameCount > 0) {
+        const int chunk = int(std::min<qint64>(frameCount, qint64(silence.size())));
+        void *planes[2] = {silence.data(), silence.data()};
+        av_audio_fifo_write(fifo.get(), planes, chunk);
+        audioQueued += chunk;
+        frameCount -= chunk;
+    }
+}
+
+void PlayerCaptureWriter::Private::queueAudio(const float *samples, int frameCount)
+{
+    left.resize(size_t(frameCount));
+    right.resize(size_t(frameCount));
+    for (int i = 0; i < frameCount; ++i) {
+        left[size_t(i)] = samples[2 * i];
+        right[size_t(i)] = samples[2 * i + 1];
+    }
+    void *planes[2] = {left.data(), right.data()};
+    av_audio_fifo_write(fifo.get(), planes, frameCount);
+    audioQueued += frameCount;
+}
+
+bool PlayerCaptureWriter::Private::encodeAudio(bool final)
+{
+    const int frameSize = audio->frame_size;
+    while (av_audio_fifo_size(fifo.get()) >= frameSize
+           || (final && av_audio_fifo_size(fifo.get()) > 0)) {
+        const int count = std::min(frameSize, av_audio_fifo_size(fifo.get()));
+        if (av_frame_make_writable(audioFrame.get()) < 0)
+            return false;
+        audioFrame->nb_samples = count;
+        av_audio_fifo_read(fifo.get(), reinterpret_cast<void **>(audioFrame->data), count);
+        audioFrame->pts = audioEncoded;
+        audioEncoded += count;
+        if (!encode(audio.get(), audioStream, audioFrame.get()))
+            return false;
+        statistics.audioSamplesWritten += count;
+    }
+    return true;
+}
+
+void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, double time)
+{
+    if (!d->output || d->failed || !d->sessionStarted || frameCount <= 0)
+        return;
+    // Where these samples belong on the file's timeline, by the capture clock.
+    const auto position = std::llround((time - d->sessionStart) * audioSampleRate);
+    const auto realign = std::llround(audioRealignSeconds * audioSampleRate);
+    qint64 gap = position - d->audioQueued;
+    if (!d->audioStarted || std::llabs(gap) > realign) {
+        // The first sound, or sound that lost its place (a stall or a clock jump): pad the
+        // timeline with silence or cut what was heard before its place.
+        d->audioStarted = true;
+        if (gap > 0) {
+            d->queueSilence(gap);
+            d->statistics.audioRealigned += double(gap) / audioSampleRate;
+        } else if (gap < 0) {
+            const qint64 cut = std::min<qint64>(-gap, frameCount);
+            samples += 2 * cut;
+            frameCount -= int(cut);
+            d->statistics.audioRealigned += double(cut) / audioSampleRate;
+        }
+    }
+    if (frameCount > 0)
+        d->queueAudio(samples, frameCount);
+    d->statistics.audioOffset = double(d->audioQueued - (position + frameCount)) / audioSampleRate;
+    if (!d->encodeAudio(false))
+        d->failed = true;
+}
+
+PlayerCaptureWriter::Outcome PlayerCaptureWriter::finish()
+{
+    if (!d->sessionStarted) {
+        cancel();
+        return {{}, RecorderErrors::description(RecorderError::noFramesCaptured)};
+    }
+    const QString fragmented = d->path + QStringLiteral(".fragments");
+    bool ok = !d->failed && d->encodeAudio(true)
+        && d->encode(d->audio.get(), d->audioStream, nullptr)
+        && d->encode(d->video.get(), d->videoStream, nullptr);
+    ok = av_write_trailer(d->output.get()) >= 0 && ok;
+    d->output.reset();
+    if (!ok)
+        return {{}, RecorderErrors::description(RecorderError::writerConfigurationFailed)};
+
+    // The fragments played safe while recording; the finished file gets one index at the front.
+    QFile::remove(fragmented);
+    if (!QFile::rename(d->path, fragmented))
+        return {d->path, {}};
+    const QString error = Mp4Finisher::rewriteWithIndexFirst(fragmented, d->path);
+    if (!error.isEmpty()) {
+        // The fragmented file plays too; keep it rather than lose the recording.
+        QFile::rename(fragmented, d->path);
+        return {d->path, {}};
+    }
+    QFile::remove(fragmented);
+    return {d->path, {}};
+}
+
+void PlayerCaptureWriter::cancel()
+{
+    d->output.reset();
+    QFile::remove(d->path);
+}

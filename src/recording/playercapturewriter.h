@@ -1,0 +1,77 @@
+#pragma once
+// Turns captured pictures and system sound into one MP4 file: H.264 (High) and AAC. The file is
+// written in fragments while recording, so a recording cut short still plays up to its last
+// second; finishing rewrites it with its index first. Used on one thread only (the capture
+// thread); nothing in it waits for another thread.
+#include <QImage>
+#include <QRect>
+#include <QString>
+#include <memory>
+
+#include "recordererror.h"
+
+class PlayerCaptureWriter final
+{
+public:
+    static constexpr int frameRate = 30;
+    static constexpr int keyFrameInterval = 60;
+    static constexpr int audioSampleRate = 48'000;
+    static constexpr int audioChannels = 2;
+    static constexpr qint64 audioBitRate = 192'000;
+    // The x264 preset that keeps up with 1080p at 30 frames a second on two cores while a video
+    // plays (measured with lumo-bench-recording).
+    static constexpr const char *defaultPreset = "superfast";
+    // Audio that strays further than this from the capture clock is realigned.
+    static constexpr double audioRealignSeconds = 0.03;
+
+    struct Statistics
+    {
+        qint64 framesWritten = 0;
+        // Frame slots of the 30-per-second timeline that had no picture in time.
+        qint64 framesDropped = 0;
+        qint64 audioSamplesWritten = 0;
+        // Where the audio track ends minus where the capture clock says it should, in seconds.
+        double audioOffset = 0;
+        // Silence inserted or sound cut to keep the audio on the capture clock, in seconds.
+        double audioRealigned = 0;
+    };
+
+    // The finished file's path, or what went wrong.
+    struct Outcome
+    {
+        QString path;
+        QString error;
+    };
+
+    // Opens path (replacing a file already there) for a picture of size pixels. Null on failure,
+    // with the reason in *error.
+    static std::unique_ptr<PlayerCaptureWriter>
+    create(const QString &path, QSize size, QString *error, const char *preset = defaultPreset);
+    ~PlayerCaptureWriter();
+    PlayerCaptureWriter(const PlayerCaptureWriter &) = delete;
+    PlayerCaptureWriter &operator=(const PlayerCaptureWriter &) = delete;
+
+    QString outputPath() const;
+    QSize size() const;
+    // True once the first picture has started the file's timeline.
+    bool sessionStarted() const;
+    const Statistics &statistics() const;
+
+    // The part crop of a picture (pixels; RGB32, ARGB32 or RGBA8888, rows from the bottom when
+    // bottomUp), taken at time seconds on the capture clock, scaled to the output size. The
+    // first picture starts the session. False when the picture was not written.
+    bool appendVideo(const QImage &picture, const QRect &crop, bool bottomUp, double time);
+    // Interleaved stereo samples whose first was heard at time; dropped before the session.
+    void appendAudio(const float *samples, int frameCount, double time);
+
+    // Completes the file. Without a single picture the writing is cancelled instead and the
+    // failure is noFramesCaptured.
+    Outcome finish();
+    // Stops writing and removes the file.
+    void cancel();
+
+private:
+    struct Private;
+    explicit PlayerCaptureWriter(std::unique_ptr<Private> d);
+    std::unique_ptr<Private> d;
+};

@@ -1,0 +1,271 @@
+#include "playerrecordingcontroller.h"
+
+#include "capturegeometry.h"
+#include "playercapturestream.h"
+#include "recordingnames.h"
+#include "recordingpanel.h"
+#include "recordingsavedialog.h"
+#include "screencapturepermission.h"
+#include "surface/playerrecordingsurface.h"
+#include "surface/playersurfaceregistry.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QScreen>
+#include <QStandardPaths>
+#include <QWidget>
+#include <QWindow>
+
+namespace {
+
+// What the capture can see: the visible top-level windows and the screens, in global
+// coordinates.
+CaptureGeometry::ShareableContent shareableContent()
+{
+    CaptureGeometry::ShareableContent content;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && !widget->isMinimized() && widget->windowHandle())
+            content.windows.append({quint64(widget->winId()), QRectF(widget->geometry())});
+    }
+    for (const QScreen *screen : QGuiApplication::screens())
+        content.displays.append(QRectF(screen->geometry()));
+    return content;
+}
+
+} // namespace
+
+PlayerRecordingController::PlayerRecordingController(QObject *parent)
+    : PlayerRecorder(parent)
+    , m_permission(ScreenCapturePermission::platform())
+    , m_saveFileChooser(&RecordingSaveDialog::choose)
+{ }
+
+PlayerRecordingController::~PlayerRecordingController()
+{
+    delete m_recordingPanel;
+}
+
+void PlayerRecordingController::setPermission(std::shared_ptr<ScreenCapturePermission> permission)
+{
+    m_permission = std::move(permission);
+}
+
+void PlayerRecordingController::setSaveFileChooser(SaveFileChooser chooser)
+{
+    m_saveFileChooser = std::move(chooser);
+}
+
+void PlayerRecordingController::setState(PlayerRecordingState state)
+{
+    if (state == m_state)
+        return;
+    m_state = state;
+    Q_EMIT stateChanged();
+}
+
+void PlayerRecordingController::setErrorMessage(const std::optional<QString> &message)
+{
+    if (message == m_errorMessage)
+        return;
+    m_errorMessage = message;
+    Q_EMIT errorMessageChanged();
+}
+
+void PlayerRecordingController::setLastSavedURL(const std::optional<QString> &path)
+{
+    if (path == m_lastSavedURL)
+        return;
+    m_lastSavedURL = path;
+    Q_EMIT lastSavedURLChanged();
+}
+
+void PlayerRecordingController::setRequiresPermission(bool required)
+{
+    if (required == m_requiresPermission)
+        return;
+    m_requiresPermission = required;
+    Q_EMIT requiresScreenRecordingPermissionChanged();
+}
+
+void PlayerRecordingController::setDuration(double duration)
+{
+    if (duration == m_duration)
+        return;
+    m_duration = duration;
+    Q_EMIT durationChanged();
+}
+
+bool PlayerRecordingController::requestScreenRecordingPermissionIfNeeded()
+{
+    if (m_permission->preflight() || m_permission->request()) {
+        setRequiresPermission(false);
+        return true;
+    }
+    setRequiresPermission(true);
+    setErrorMessage(RecorderErrors::permissionNeededMessage());
+    return false;
+}
+
+PlayerRecordingController::SaveRequest
+PlayerRecordingController::saveRequest(PlayerRecordingQuality quality, const QDateTime &now)
+{
+    return {QStringLiteral("Save Recording"), RecordingNames::proposedFileName(quality, now),
+            QStandardPaths::standardLocations(QStandardPaths::MoviesLocation).value(0)};
+}
+
+void PlayerRecordingController::startRecording(PlayerRecordingQuality quality)
+{
+    if (!requestScreenRecordingPermissionIfNeeded())
+        return;
+    QWidget *window = QApplication::activeWindow();
+    PlayerRecordingSurface *surface = PlayerSurfaceRegistry::shared().surface();
+    if (!window || !surface) {
+        setErrorMessage(RecorderErrors::surfaceUnavailableMessage());
+        return;
+    }
+    QWidget *view = surface->recordingView();
+    const QRectF rectInView = surface->recordingRectInView();
+    // The surface in window coordinates, y upward as the capture area is reckoned.
+    const QRectF inWindow(QPointF(view->mapTo(view->window(), QPoint(0, 0))) + rectInView.topLeft(),
+                          rectInView.size());
+    const QRectF surfaceInWindow
+        = CaptureGeometry::flippedInWindow(inWindow, view->window()->height());
+
+    const std::optional<QString> path
+        = m_saveFileChooser(window, saveRequest(quality, QDateTime::currentDateTime()));
+    if (!path || path->isEmpty())
+        return;
+
+    setState(PlayerRecordingState::preparing);
+    setErrorMessage(std::nullopt);
+    setRequiresPermission(false);
+
+    // The recorded window is the one the surface is in; the key window chose the recording.
+    QPointer<QWidget> recordedWindow(view->window());
+    const double scale = recordedWindow->devicePixelRatioF();
+    QTimer::singleShot(0, this, [this, recordedWindow, surfaceInWindow, scale, quality, path] {
+        beginCapture(recordedWindow, surfaceInWindow, scale, quality, *path);
+    });
+}
+
+void PlayerRecordingController::beginCapture(QPointer<QWidget> window, QRectF surfaceInWindow,
+                                             double scale, PlayerRecordingQuality quality,
+                                             const QString &path)
+{
+    auto fail = [this, path](const QString &description) {
+        QFile::remove(path);
+        if (m_stream)
+            m_stream.release()->deleteLater();
+        setState(PlayerRecordingState::idle);
+        presentRecordingError(description);
+    };
+    PlayerRecordingSurface *surface = PlayerSurfaceRegistry::shared().surface();
+    if (!window || !surface)
+        return fail(RecorderErrors::description(RecorderError::playerWindowNotFound));
+
+    const auto planned = CaptureGeometry::plan(shareableContent(), quint64(window->winId()),
+                                               surfaceInWindow, scale, quality);
+    if (const auto *error = std::get_if<RecorderError>(&planned))
+        return fail(RecorderErrors::description(*error));
+    const auto &plan = std::get<CaptureGeometry::CapturePlan>(planned);
+
+    // The area on the display, back in the surface's own pixels: what the surface draws is
+    // what is recorded.
+    QWidget *view = surface->recordingView();
+    const QPointF viewOrigin = QPointF(view->mapToGlobal(QPoint(0, 0)));
+    const QRectF inView = plan.area.translated(plan.displayFrame.topLeft() - viewOrigin);
+    const double ratio = view->devicePixelRatioF();
+    const QRect crop(qRound(inView.x() * ratio), qRound(inView.y() * ratio),
+                     qRound(inView.width() * ratio), qRound(inView.height() * ratio));
+
+    m_stream = std::make_unique<PlayerCaptureStream>();
+    connect(m_stream.get(), &PlayerCaptureStream::started, this,
+            &PlayerRecordingController::didStartRecording);
+    connect(m_stream.get(), &PlayerCaptureStream::startFailed, this, fail);
+    connect(m_stream.get(), &PlayerCaptureStream::stoppedWithError, this,
+            &PlayerRecordingController::streamDidStop);
+    m_stream->start(surface, {path, plan.outputSize, crop, m_preset});
+}
+
+void PlayerRecordingController::didStartRecording()
+{
+    setState(PlayerRecordingState::recording);
+    m_startedAt.emplace();
+    m_startedAt->start();
+    setDuration(0);
+
+    delete m_durationTimer;
+    m_durationTimer = new QTimer(this);
+    m_durationTimer->setInterval(durationTimerMs);
+    connect(m_durationTimer, &QTimer::timeout, this, &PlayerRecordingController::tickDuration);
+    m_durationTimer->start();
+
+    delete m_recordingPanel;
+    m_recordingPanel = new RecordingPanel;
+    connect(m_recordingPanel, &RecordingPanel::stopRequested, this,
+            &PlayerRecordingController::stopFromPanel);
+    m_recordingPanel->present();
+}
+
+void PlayerRecordingController::tickDuration()
+{
+    if (!m_startedAt)
+        return;
+    setDuration(double(m_startedAt->nsecsElapsed()) / 1e9);
+    if (m_recordingPanel)
+        m_recordingPanel->durationLabel()->setText(RecordingNames::panelText(m_duration));
+}
+
+void PlayerRecordingController::stopRecording()
+{
+    if (m_state != PlayerRecordingState::recording)
+        return;
+    setState(PlayerRecordingState::stopping);
+    if (m_recordingPanel) {
+        // The panel's own button may be what asked; it goes once that click is done.
+        m_recordingPanel->hide();
+        m_recordingPanel->deleteLater();
+        m_recordingPanel = nullptr;
+    }
+    delete m_durationTimer;
+    m_durationTimer = nullptr;
+
+    PlayerCaptureStream *stream = m_stream.get();
+    if (!stream) {
+        finishStop({}, {});
+        return;
+    }
+    connect(stream, &PlayerCaptureStream::finished, this, &PlayerRecordingController::finishStop);
+    stream->stop();
+}
+
+void PlayerRecordingController::finishStop(const QString &path, const QString &error)
+{
+    if (m_stream) {
+        m_lastStatistics = m_stream->statistics();
+        // Not from inside its own signal.
+        m_stream.release()->deleteLater();
+    }
+    setState(PlayerRecordingState::idle);
+    m_startedAt.reset();
+    if (!error.isEmpty())
+        setErrorMessage(error);
+    else if (!path.isEmpty())
+        setLastSavedURL(path);
+}
+
+void PlayerRecordingController::presentRecordingError(const QString &description)
+{
+    const RecorderErrors::Presentation presentation = RecorderErrors::present(description);
+    setRequiresPermission(presentation.requiresPermission);
+    setErrorMessage(presentation.message);
+}
+
+void PlayerRecordingController::streamDidStop(const QString &why)
+{
+    // Only the message and the phase: the panel, the timer and the capture stay as they are,
+    // and the panel's stop button no longer does anything.
+    setErrorMessage(why);
+    setState(PlayerRecordingState::idle);
+}

@@ -1,0 +1,33 @@
+#include "recordingnames.h"
+
+#include <cmath>
+
+namespace RecordingNames {
+
+QString proposedFileName(PlayerRecordingQuality quality, const QDateTime &now)
+{
+    const QString qualityName
+        = quality == PlayerRecordingQuality::hd ? QStringLiteral("HD") : QStringLiteral("Normal");
+    return QStringLiteral("Lumo ") + qualityName + QStringLiteral(" Recording ")
+        + now.toString(QStringLiteral("yyyy-MM-dd HH-mm-ss")) + QStringLiteral(".mp4");
+}
+
+QString formatDuration(double seconds)
+{
+    Q_ASSERT(std::isfinite(seconds));
+    const auto whole = static_cast<long long>(std::trunc(seconds));
+    return QString::asprintf("%02lld:%02lld", whole / 60, whole % 60);
+}
+
+QString panelText(double seconds)
+{
+    return QStringLiteral("REC  ") + formatDuration(seconds);
+}
+
+qint64 averageBitRate(int width, int height)
+{
+    const qint64 product = qint64(width) * qint64(height) * 6;
+    return std::max<qint64>(product, 4'000'000);
+}
+
+} // namespace RecordingNames

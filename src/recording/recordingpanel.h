@@ -1,0 +1,40 @@
+#pragma once
+// The small floating panel shown while a recording runs: the elapsed time and a stop button, in
+// the top-right corner of the main screen's available area, above every window (full-screen
+// players included) and shown without taking the focus. Dragging its background moves it.
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+
+class RecordingPanel final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr QSize panelSize {210, 48};
+    // From the top and right edges of the available screen area.
+    static constexpr int screenInset = 18;
+
+    explicit RecordingPanel(QWidget *parent = nullptr);
+
+    QLabel *durationLabel() const { return m_label; }
+    QPushButton *stopButton() const { return m_stop; }
+    // Moves the panel into the corner of the main screen and shows it, without activating it.
+    void present();
+    // The panel's place on a screen whose available area is given.
+    static QPoint placement(const QRect &availableArea);
+
+Q_SIGNALS:
+    void stopRequested();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+
+private:
+    QLabel *m_label = nullptr;
+    QPushButton *m_stop = nullptr;
+    QPoint m_dragOffset;
+};

@@ -1,0 +1,152 @@
+#include "systemaudiocapture.h"
+
+#include "captureclock.h"
+
+#include <pulse/pulseaudio.h>
+
+struct SystemAudioCapture::Private
+{
+    Receiver receiver;
+    FailureHandler onFailure;
+    pa_threaded_mainloop *loop = nullptr;
+    pa_context *context = nullptr;
+    pa_stream *stream = nullptr;
+    bool stopping = false;
+    bool failureReported = false;
+
+    static void contextState(pa_context *, void *self)
+    {
+        pa_threaded_mainloop_signal(static_cast<Private *>(self)->loop, 0);
+    }
+    static void streamState(pa_stream *stream, void *self)
+    {
+        auto *d = static_cast<Private *>(self);
+        if (pa_stream_get_state(stream) == PA_STREAM_FAILED && !d->stopping && !d->failureReported
+            && d->onFailure && d->receiverRunning) {
+            d->failureReported = true;
+            d->onFailure(QString::fromUtf8(pa_strerror(pa_context_errno(d->context))));
+        }
+        pa_threaded_mainloop_signal(d->loop, 0);
+    }
+    static void streamRead(pa_stream *stream, size_t, void *self)
+    {
+        auto *d = static_cast<Private *>(self);
+        const void *data = nullptr;
+        size_t bytes = 0;
+        while (pa_stream_readable_size(stream) > 0) {
+            if (pa_stream_peek(stream, &data, &bytes) < 0 || bytes == 0)
+                return;
+            const int frames = int(bytes / (sizeof(float) * channels));
+            // The stamp of the first sample: now, less what the delivery holds.
+            const double time = CaptureClock::now() - double(frames) / sampleRate;
+            if (data && !d->stopping)
+                d->receiver(static_cast<const float *>(data), frames, time);
+            pa_stream_drop(stream);
+        }
+    }
+
+    bool receiverRunning = false;
+    QString contextError() const
+    {
+        return QString::fromUtf8(pa_strerror(pa_context_errno(context)));
+    }
+};
+
+SystemAudioCapture::SystemAudioCapture(Receiver receiver, FailureHandler onFailure)
+    : d(std::make_unique<Private>())
+{
+    d->receiver = std::move(receiver);
+    d->onFailure = std::move(onFailure);
+}
+
+SystemAudioCapture::~SystemAudioCapture()
+{
+    stop();
+}
+
+QString SystemAudioCapture::start()
+{
+    d->loop = pa_threaded_mainloop_new();
+    if (!d->loop)
+        return QStringLiteral("The sound server could not be reached.");
+    d->context = pa_context_new(pa_threaded_mainloop_get_api(d->loop), "LumoMediaPlayer");
+    pa_context_set_state_callback(d->context, &Private::contextState, d.get());
+    if (pa_context_connect(d->context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+        const QString why = d->contextError();
+        stop();
+        return QStringLiteral("The sound server could not be reached: %1.").arg(why);
+    }
+    pa_threaded_mainloop_lock(d->loop);
+    if (pa_threaded_mainloop_start(d->loop) < 0) {
+        pa_threaded_mainloop_unlock(d->loop);
+        stop();
+        return QStringLiteral("The sound server could not be reached.");
+    }
+    auto fail = [this](const QString &why) {
+        pa_threaded_mainloop_unlock(d->loop);
+        stop();
+        return why;
+    };
+    for (;;) {
+        const pa_context_state_t state = pa_context_get_state(d->context);
+        if (state == PA_CONTEXT_READY)
+            break;
+        if (!PA_CONTEXT_IS_GOOD(state))
+            return fail(QStringLiteral("The sound server could not be reached: %1.")
+                            .arg(d->contextError()));
+        pa_threaded_mainloop_wait(d->loop);
+    }
+
+    const pa_sample_spec spec {PA_SAMPLE_FLOAT32LE, sampleRate, channels};
+    d->stream = pa_stream_new(d->context, "Recording", &spec, nullptr);
+    if (!d->stream)
+        return fail(
+            QStringLiteral("The system sound could not be recorded: %1.").arg(d->contextError()));
+    pa_stream_set_state_callback(d->stream, &Private::streamState, d.get());
+    pa_stream_set_read_callback(d->stream, &Private::streamRead, d.get());
+    pa_buffer_attr attributes {};
+    attributes.maxlength = uint32_t(-1);
+    attributes.fragsize = uint32_t(sampleRate * channels * sizeof(float) * fragmentMs / 1000);
+    if (pa_stream_connect_record(d->stream, "@DEFAULT_MONITOR@", &attributes,
+                                 PA_STREAM_ADJUST_LATENCY)
+        < 0)
+        return fail(
+            QStringLiteral("The system sound could not be recorded: %1.").arg(d->contextError()));
+    for (;;) {
+        const pa_stream_state_t state = pa_stream_get_state(d->stream);
+        if (state == PA_STREAM_READY)
+            break;
+        if (!PA_STREAM_IS_GOOD(state))
+            return fail(QStringLiteral("The system sound could not be recorded: %1.")
+                            .arg(d->contextError()));
+        pa_threaded_mainloop_wait(d->loop);
+    }
+    d->receiverRunning = true;
+    pa_threaded_mainloop_unlock(d->loop);
+    return {};
+}
+
+void SystemAudioCapture::stop()
+{
+    if (!d->loop)
+        return;
+    pa_threaded_mainloop_lock(d->loop);
+    d->stopping = true;
+    if (d->stream) {
+        pa_stream_set_read_callback(d->stream, nullptr, nullptr);
+        pa_stream_set_state_callback(d->stream, nullptr, nullptr);
+        pa_stream_disconnect(d->stream);
+        pa_stream_unref(d->stream);
+        d->stream = nullptr;
+    }
+    if (d->context) {
+        pa_context_set_state_callback(d->context, nullptr, nullptr);
+        pa_context_disconnect(d->context);
+        pa_context_unref(d->context);
+        d->context = nullptr;
+    }
+    pa_threaded_mainloop_unlock(d->loop);
+    pa_threaded_mainloop_stop(d->loop);
+    pa_threaded_mainloop_free(d->loop);
+    d->loop = nullptr;
+}

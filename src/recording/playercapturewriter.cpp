@@ -156,6 +156,8 @@ std::unique_ptr<PlayerCaptureWriter> PlayerCaptureWriter::create(const QString &
             *error = why;
         return nullptr;
     };
+    // FFmpeg's chatter would flood the player's log; its errors are reported here instead.
+    av_log_set_level(AV_LOG_ERROR);
     if (size.width() < 2 || size.height() < 2 || size.width() % 2 || size.height() % 2)
         return fail(RecorderErrors::description(RecorderError::writerConfigurationFailed));
     if (QFileInfo::exists(path) && !QFile::remove(path))
@@ -347,7 +349,8 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
     // Where these samples belong on the file's timeline, by the capture clock.
     const auto position = std::llround((time - d->sessionStart) * audioSampleRate);
     const auto realign = std::llround(audioRealignSeconds * audioSampleRate);
-    qint64 gap = position - d->audioQueued;
+    const qint64 end = position + frameCount;
+    const qint64 gap = position - d->audioQueued;
     if (!d->audioStarted || std::llabs(gap) > realign) {
         // The first sound, or sound that lost its place (a stall or a clock jump): pad the
         // timeline with silence or cut what was heard before its place.
@@ -364,7 +367,7 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
     }
     if (frameCount > 0)
         d->queueAudio(samples, frameCount);
-    d->statistics.audioOffset = double(d->audioQueued - (position + frameCount)) / audioSampleRate;
+    d->statistics.audioOffset = double(d->audioQueued - end) / audioSampleRate;
     if (!d->encodeAudio(false))
         d->failed = true;
 }

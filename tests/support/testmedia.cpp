@@ -39,7 +39,7 @@ bool makeClip(const QString &path, double seconds, QSize size, int fps, bool wit
     return runFfmpeg(arguments);
 }
 
-bool makeColourThirds(const QString &path, QSize size, double seconds)
+bool makeColourThirds(const QString &path, QSize size, double seconds, int toneHz)
 {
     const int w = size.width();
     const int h = size.height();
@@ -53,13 +53,19 @@ bool makeColourThirds(const QString &path, QSize size, double seconds)
                                .arg(w - w * 2 / 3)
                                .arg(w)
                                .arg(h / 10);
-    return runFfmpeg({"-f", "lavfi", "-i",
-                      QStringLiteral("color=c=0xff0000:size=%1x%2:rate=25:duration=%3")
-                          .arg(w)
-                          .arg(h)
-                          .arg(seconds),
-                      "-vf", filter, "-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt",
-                      "yuv420p", "-movflags", "+faststart", path});
+    QStringList arguments {"-f", "lavfi", "-i",
+                           QStringLiteral("color=c=0xff0000:size=%1x%2:rate=25:duration=%3")
+                               .arg(w)
+                               .arg(h)
+                               .arg(seconds)};
+    if (toneHz > 0)
+        arguments += {"-f", "lavfi", "-i",
+                      QStringLiteral("sine=frequency=%1:duration=%2").arg(toneHz).arg(seconds)};
+    arguments += {"-vf", filter, "-c:v", "libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p"};
+    if (toneHz > 0)
+        arguments += {"-c:a", "aac", "-shortest"};
+    arguments += {"-movflags", "+faststart", path};
+    return runFfmpeg(arguments);
 }
 
 bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size,

@@ -11,7 +11,8 @@ bool makeClip(const QString &path, double seconds, QSize size = {320, 240}, int 
               bool withAudio = true);
 // A still picture in thirds, red, green and blue from left to right, under a white band across
 // the top tenth: where each part lands shows how the picture was placed, cropped and turned.
-bool makeColourThirds(const QString &path, QSize size, double seconds = 30);
+// With toneHz, a sine tone of that frequency plays along.
+bool makeColourThirds(const QString &path, QSize size, double seconds = 30, int toneHz = 0);
 // imagePath scaled to the frame's height on mid-grey, held at the left for holdSeconds, then
 // moving to the right edge over moveSeconds, then held there; no audio.
 bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size,

@@ -1,0 +1,127 @@
+#include "mediaprobe.h"
+
+#include <QColor>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <cmath>
+
+namespace MediaProbe {
+
+namespace {
+QByteArray run(const QString &program, const QStringList &arguments, QByteArray *errors = nullptr)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(120'000))
+        return {};
+    if (errors)
+        *errors = process.readAllStandardError();
+    return process.exitCode() == 0 ? process.readAllStandardOutput() : QByteArray();
+}
+} // namespace
+
+QJsonObject probe(const QString &path)
+{
+    const QByteArray out
+        = run("ffprobe", {"-v", "error", "-show_streams", "-show_format", "-of", "json", path});
+    return QJsonDocument::fromJson(out).object();
+}
+
+QJsonObject stream(const QJsonObject &probed, const QString &type)
+{
+    for (const QJsonValue &value : probed.value("streams").toArray()) {
+        if (value.toObject().value("codec_type").toString() == type)
+            return value.toObject();
+    }
+    return {};
+}
+
+double duration(const QJsonObject &probed)
+{
+    bool ok = false;
+    const double seconds
+        = probed.value("format").toObject().value("duration").toString().toDouble(&ok);
+    return ok ? seconds : -1;
+}
+
+QImage frameAt(const QString &path, double seconds)
+{
+    const QJsonObject video = stream(probe(path), "video");
+    const int width = video.value("width").toInt();
+    const int height = video.value("height").toInt();
+    if (width <= 0 || height <= 0)
+        return {};
+    const QByteArray raw = run("ffmpeg",
+                               {"-v", "error", "-ss", QString::number(seconds), "-i", path,
+                                "-frames:v", "1", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+    if (raw.size() != qsizetype(width) * height * 3)
+        return {};
+    QImage image(width, height, QImage::Format_RGB888);
+    for (int y = 0; y < height; ++y)
+        memcpy(image.scanLine(y), raw.constData() + qsizetype(y) * width * 3, size_t(width) * 3);
+    return image;
+}
+
+QVector<float> sound(const QString &path)
+{
+    const QByteArray raw
+        = run("ffmpeg",
+              {"-v", "error", "-i", path, "-vn", "-ac", "1", "-ar", "48000", "-f", "f32le", "-"});
+    QVector<float> samples(raw.size() / qsizetype(sizeof(float)));
+    memcpy(samples.data(), raw.constData(), size_t(samples.size()) * sizeof(float));
+    return samples;
+}
+
+double toneShare(const QVector<float> &samples, double frequency, int sampleRate)
+{
+    if (samples.isEmpty())
+        return 0;
+    // Goertzel's single-frequency power against the signal's whole power.
+    const double coefficient = 2 * std::cos(2 * M_PI * frequency / sampleRate);
+    double previous = 0, beforePrevious = 0, energy = 0;
+    for (const float sample : samples) {
+        const double current = sample + coefficient * previous - beforePrevious;
+        beforePrevious = previous;
+        previous = current;
+        energy += double(sample) * sample;
+    }
+    if (energy <= 0)
+        return 0;
+    const double power = previous * previous + beforePrevious * beforePrevious
+        - coefficient * previous * beforePrevious;
+    // A pure tone puts energy × n / 2 into its bin.
+    return std::min(1.0, power / (energy * samples.size() / 2));
+}
+
+bool decodesCleanly(const QString &path, QString *errors)
+{
+    QProcess process;
+    process.start("ffmpeg", {"-v", "error", "-i", path, "-f", "null", "-"});
+    if (!process.waitForFinished(120'000))
+        return false;
+    const QByteArray text = process.readAllStandardError();
+    if (errors)
+        *errors = QString::fromUtf8(text);
+    return process.exitCode() == 0 && text.trimmed().isEmpty();
+}
+
+QColor meanColour(const QImage &image, const QRect &rect)
+{
+    const QRect area = rect.intersected(image.rect());
+    qint64 r = 0, g = 0, b = 0, count = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            const QRgb pixel = image.pixel(x, y);
+            r += qRed(pixel);
+            g += qGreen(pixel);
+            b += qBlue(pixel);
+            ++count;
+        }
+    }
+    if (!count)
+        return {};
+    return QColor(int(r / count), int(g / count), int(b / count));
+}
+
+} // namespace MediaProbe

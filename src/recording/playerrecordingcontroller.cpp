@@ -257,7 +257,10 @@ void PlayerRecordingController::finishStop(const QString &path, const QString &e
 
 void PlayerRecordingController::presentRecordingError(const QString &description)
 {
-    const RecorderErrors::Presentation presentation = RecorderErrors::present(description);
+    // Where no permission can be refused, a "Permission denied" from the disk is just that.
+    const RecorderErrors::Presentation presentation = m_permission->canBeRefused()
+        ? RecorderErrors::present(description)
+        : RecorderErrors::Presentation {description, false};
     setRequiresPermission(presentation.requiresPermission);
     setErrorMessage(presentation.message);
 }

@@ -54,7 +54,8 @@ public:
     void stopRecording() override;
     // The panel's stop button.
     void stopFromPanel() { stopRecording(); }
-    // The recording's text for a failure: a refused permission reads as such.
+    // The recording's text for a failure: where the platform can refuse the capture, a refused
+    // permission reads as such.
     void presentRecordingError(const QString &description);
     // The capture ended by itself with this reason.
     void streamDidStop(const QString &why);

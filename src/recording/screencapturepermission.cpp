@@ -9,6 +9,7 @@ class GrantedPermission final : public ScreenCapturePermission
 public:
     bool preflight() override { return true; }
     bool request() override { return true; }
+    bool canBeRefused() const override { return false; }
 };
 
 } // namespace

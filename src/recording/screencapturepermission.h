@@ -12,6 +12,8 @@ public:
     virtual bool preflight() = 0;
     // Asks the user when the platform does; true when granted.
     virtual bool request() = 0;
+    // Whether the user can refuse it at all; where not, no failure is read as a refusal.
+    virtual bool canBeRefused() const = 0;
 
     // The permission of the platform this runs on.
     static std::shared_ptr<ScreenCapturePermission> platform();

@@ -14,9 +14,12 @@ struct SystemAudioCapture::Private
     bool stopping = false;
     bool failureReported = false;
 
-    static void contextState(pa_context *, void *self)
+    static void contextState(pa_context *context, void *self)
     {
-        pa_threaded_mainloop_signal(static_cast<Private *>(self)->loop, 0);
+        auto *d = static_cast<Private *>(self);
+        if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(context)))
+            d->reportFailure();
+        pa_threaded_mainloop_signal(d->loop, 0);
     }
     static void streamState(pa_stream *stream, void *self)
     {
@@ -46,6 +49,15 @@ struct SystemAudioCapture::Private
     }
 
     bool receiverRunning = false;
+
+    // Once, and only for a stream that ran and was not being stopped.
+    void reportFailure()
+    {
+        if (stopping || failureReported || !receiverRunning || !onFailure)
+            return;
+        failureReported = true;
+        onFailure(QStringLiteral("The system sound recording stopped: %1.").arg(contextError()));
+    }
     QString contextError() const
     {
         return QString::fromUtf8(pa_strerror(pa_context_errno(context)));

@@ -1,11 +1,13 @@
 #include "contentview.h"
 
 #include "channellist.h"
+#include "fullscreenpresenter.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
 #include "networkpanel.h"
 #include "playercontrolbar.h"
-#include "recording/playerrecorder.h"
+#include "recording/playerrecordingcontroller.h"
+#include "recordingalerts.h"
 #include "surface/playersurface.h"
 #include "toastoverlay.h"
 #include "webplayer/youtubeplayerview.h"
@@ -15,6 +17,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFrame>
+#include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QMimeData>
 #include <QVBoxLayout>
@@ -54,6 +57,11 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
         [](QWidget *parent) -> WebPlayerView * { return new YouTubePlayerView(parent); });
     m_controlBar = new PlayerControlBar(model, this);
     m_toast = new ToastOverlay(this);
+    m_fullScreen = new FullScreenPresenter(model, this);
+    m_recordingController = new PlayerRecordingController(this);
+    m_recordingAlerts = new RecordingAlerts(*m_recordingController, this);
+    connect(m_fullScreen, &FullScreenPresenter::controlsOpacityChanged, this,
+            &ContentView::updateFloatingBar);
     // While the sidebar is hidden, the model's error shows over the bottom of the picture.
     m_error = new QLabel(this);
     m_error->setAlignment(Qt::AlignCenter);
@@ -97,6 +105,7 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     updateChannelSection();
     updateError();
     m_toast->setMessage(m_model.toastMessage());
+    setRecorder(m_recordingController);
 }
 
 void ContentView::setShowSidebar(bool show, int durationMs)
@@ -139,14 +148,44 @@ void ContentView::setFullScreen(bool fullScreen)
     if (m_isFullScreen == fullScreen)
         return;
     m_isFullScreen = fullScreen;
+    if (fullScreen)
+        m_fullScreen->willEnterFullScreen();
+    else
+        m_fullScreen->didExitFullScreen();
     m_surface->setFullScreen(fullScreen);
-    layoutChildren();
+    updateFloatingBar();
+    // The recording panel stays above the player, full screen included.
+    if (RecordingPanel *panel = m_recordingController->recordingPanel())
+        panel->raise();
 }
 
 void ContentView::setRecorder(PlayerRecorder *recorder)
 {
     m_recorder = recorder;
     m_controlBar->setRecorder(recorder);
+    m_fullScreen->setRecorder(recorder);
+}
+
+void ContentView::updateFloatingBar()
+{
+    if (!m_isFullScreen) {
+        if (m_barOpacity) {
+            m_controlBar->setGraphicsEffect(nullptr); // deletes the effect
+            m_barOpacity = nullptr;
+        }
+        m_controlBar->show();
+    } else {
+        if (!m_barOpacity) {
+            m_barOpacity = new QGraphicsOpacityEffect(m_controlBar);
+            m_controlBar->setGraphicsEffect(m_barOpacity);
+        }
+        const double opacity = m_fullScreen->controlsOpacity();
+        m_barOpacity->setOpacity(opacity);
+        // A faded bar takes no clicks.
+        m_controlBar->setVisible(opacity > 0);
+        m_controlBar->raise();
+    }
+    layoutChildren();
 }
 
 void ContentView::openURL(const QUrl &url)
@@ -198,8 +237,16 @@ void ContentView::layoutChildren()
     m_divider->setGeometry(shown, 0, 1, height());
     const int column = shown > 0 ? shown + 1 : 0;
     const int barHeight = PlayerControlBar::barHeight;
-    m_surface->setGeometry(column, 0, width() - column, height() - barHeight);
-    m_controlBar->setGeometry(column, height() - barHeight, width() - column, barHeight);
+    if (m_isFullScreen) {
+        // The bar floats over the bottom of the picture.
+        const int inset = FullScreenPresenter::floatingBarInset;
+        m_surface->setGeometry(column, 0, width() - column, height());
+        m_controlBar->setGeometry(column + inset, height() - inset - barHeight,
+                                  width() - column - 2 * inset, barHeight);
+    } else {
+        m_surface->setGeometry(column, 0, width() - column, height() - barHeight);
+        m_controlBar->setGeometry(column, height() - barHeight, width() - column, barHeight);
+    }
     m_toast->place(width());
     m_toast->raise();
     if (m_error->isVisible()) {

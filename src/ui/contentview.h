@@ -1,8 +1,8 @@
 #pragma once
 // The player window's content: the sliding sidebar (network panel over the channel list) beside
-// the player column (the player surface over the control bar), the notice overlay, and the
-// window's shape, which follows the video. It also takes dropped files and what the command
-// line or the desktop asks to open.
+// the player column (the player surface over the control bar, which floats over the picture in
+// full screen), the notice overlay, the recording alerts, and the window's shape, which follows
+// the video. It also takes dropped files and what the command line or the desktop asks to open.
 #include "surface/portraitdisplaymode.h"
 
 #include <QPointer>
@@ -10,10 +10,14 @@
 #include <QWidget>
 
 class ChannelList;
+class FullScreenPresenter;
 class NetworkPanel;
 class PlayerControlBar;
 class PlayerModel;
 class PlayerRecorder;
+class PlayerRecordingController;
+class QGraphicsOpacityEffect;
+class RecordingAlerts;
 class PlayerSurface;
 class QFrame;
 class QLabel;
@@ -41,7 +45,12 @@ public:
     void setPortraitMode(PortraitDisplayMode mode);
     bool isFullScreen() const { return m_isFullScreen; }
     void setFullScreen(bool fullScreen);
+    // The recorder the control bar and the full-screen rules follow; the window's own
+    // recording controller unless a test puts another in its place.
     void setRecorder(PlayerRecorder *recorder);
+    PlayerRecordingController *recordingController() const { return m_recordingController; }
+    FullScreenPresenter *fullScreen() const { return m_fullScreen; }
+    RecordingAlerts *recordingAlerts() const { return m_recordingAlerts; }
 
     // A file the system or the command line asks to open: it plays under its file name.
     void openURL(const QUrl &url);
@@ -72,6 +81,7 @@ private:
     void updateWindowTitle();
     void updateError();
     void applyWindowAspect(double ratio, PortraitDisplayMode mode);
+    void updateFloatingBar();
 
     PlayerModel &m_model;
     QPointer<PlayerRecorder> m_recorder;
@@ -92,4 +102,8 @@ private:
     ToastOverlay *m_toast = nullptr;
     QLabel *m_error = nullptr;
     WindowTitleSetter *m_titleSetter = nullptr;
+    PlayerRecordingController *m_recordingController = nullptr;
+    RecordingAlerts *m_recordingAlerts = nullptr;
+    FullScreenPresenter *m_fullScreen = nullptr;
+    QGraphicsOpacityEffect *m_barOpacity = nullptr;
 };

@@ -65,18 +65,19 @@ void RecordingAlerts::updateErrorAlert()
                           QMessageBox::NoButton, m_parent);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowModality(Qt::WindowModal);
-    if (m_recorder.requiresScreenRecordingPermission()) {
-        QPushButton *settings
+    QPushButton *settings = nullptr;
+    if (m_recorder.requiresScreenRecordingPermission())
+        settings
             = alert->addButton(QStringLiteral("Open System Settings"), QMessageBox::ActionRole);
-        connect(settings, &QPushButton::clicked, this, [] {
+    alert->addButton(QMessageBox::Ok);
+    // However it is dismissed, the error is gone; the box closes before a button's own signal
+    // would arrive, so the choice is read from the box.
+    connect(alert, &QMessageBox::finished, this, [this, alert, settings] {
+        if (settings && alert->clickedButton() == settings)
             QDesktopServices::openUrl(QUrl(QStringLiteral(
                 "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture")));
-        });
-    }
-    alert->addButton(QMessageBox::Ok);
-    // However it is dismissed, the error is gone.
-    connect(alert, &QMessageBox::finished, this,
-            [this] { m_recorder.setErrorMessage(std::nullopt); });
+        m_recorder.setErrorMessage(std::nullopt);
+    });
     m_errorAlert = alert;
     alert->open();
 }
@@ -97,13 +98,15 @@ void RecordingAlerts::updateSavedAlert()
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowModality(Qt::WindowModal);
     QPushButton *reveal = alert->addButton(revealButtonText(), QMessageBox::ActionRole);
-    connect(reveal, &QPushButton::clicked, this, [this] {
-        if (const std::optional<QString> saved = m_recorder.lastSavedURL())
-            m_reveal(*saved);
-    });
     alert->addButton(QStringLiteral("OK"), QMessageBox::RejectRole);
-    connect(alert, &QMessageBox::finished, this,
-            [this] { m_recorder.setLastSavedURL(std::nullopt); });
+    // The box closes on any button before the button's own signal would arrive, so the choice
+    // is read from the box once it is done.
+    connect(alert, &QMessageBox::finished, this, [this, alert, reveal] {
+        const std::optional<QString> saved = m_recorder.lastSavedURL();
+        if (alert->clickedButton() == reveal && saved)
+            m_reveal(*saved);
+        m_recorder.setLastSavedURL(std::nullopt);
+    });
     m_savedAlert = alert;
     alert->open();
 }

@@ -16,6 +16,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <csignal>
 
 namespace {
 
@@ -298,6 +299,36 @@ private Q_SLOTS:
         QVERIFY(!m_recorder->recordingPanel());
         QVERIFY(waitForState(PlayerRecordingState::idle, 60'000));
         QVERIFY(m_recorder->lastSavedURL());
+    }
+
+    void aKilledRecordingStillPlaysUpToItsLastSecond()
+    {
+        // Another process records; nothing of it is finished when it is killed.
+        m_stage.reset();
+        const QString path = m_dir.filePath("killed.mp4");
+        QProcess helper;
+        helper.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        helper.start(QCoreApplication::applicationDirPath() + "/lumo-recording-helper",
+                     {m_clip, path});
+        QVERIFY(helper.waitForStarted());
+        QVERIFY(QTest::qWaitFor(
+            [&] { return helper.readAllStandardOutput().contains("recording"); }, 30'000));
+        QTest::qWait(5000);
+        ::kill(pid_t(helper.processId()), SIGKILL);
+        QVERIFY(helper.waitForFinished());
+        QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
+
+        const QJsonObject probed = MediaProbe::probe(path);
+        QCOMPARE(MediaProbe::stream(probed, "video").value("codec_name").toString(), "h264");
+        QProcess count;
+        count.start("ffprobe",
+                    {"-v", "error", "-select_streams", "v", "-count_frames", "-show_entries",
+                     "stream=nb_read_frames", "-of", "csv=p=0", path});
+        QVERIFY(count.waitForFinished(60'000));
+        const int frames = count.readAllStandardOutput().trimmed().toInt();
+        QVERIFY2(frames >= 4 * 30, qPrintable(QString::number(frames)));
+        const QImage frame = MediaProbe::frameAt(path, 3.5);
+        QVERIFY(!frame.isNull());
     }
 
     void placementIsMeasuredFromTheAvailableArea()

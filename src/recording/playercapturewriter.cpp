@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 extern "C" {
@@ -37,6 +38,9 @@ struct PlayerCaptureWriter::Private
     bool audioStarted = false;
     qint64 audioQueued = 0; // samples put on the timeline, silence included
     qint64 audioEncoded = 0;
+    // The smallest lateness of the sound stamps in the current half second.
+    qint64 windowMinimumGap = std::numeric_limits<qint64>::max();
+    qint64 windowFrames = 0;
     Statistics statistics;
 
     QString openVideo(const char *preset);
@@ -349,25 +353,42 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
     // Where these samples belong on the file's timeline, by the capture clock.
     const auto position = std::llround((time - d->sessionStart) * audioSampleRate);
     const auto realign = std::llround(audioRealignSeconds * audioSampleRate);
-    const qint64 end = position + frameCount;
     const qint64 gap = position - d->audioQueued;
-    if (!d->audioStarted || std::llabs(gap) > realign) {
-        // The first sound, or sound that lost its place (a stall or a clock jump): pad the
-        // timeline with silence or cut what was heard before its place.
-        d->audioStarted = true;
-        if (gap > 0) {
-            d->queueSilence(gap);
-            d->statistics.audioRealigned += double(gap) / audioSampleRate;
-        } else if (gap < 0) {
-            const qint64 cut = std::min<qint64>(-gap, frameCount);
+    auto realignBy = [&](qint64 amount) {
+        // Pad the timeline with silence, or cut what was heard before its place.
+        if (amount > 0) {
+            d->queueSilence(amount);
+        } else if (amount < 0) {
+            const qint64 cut = std::min<qint64>(-amount, frameCount);
             samples += 2 * cut;
             frameCount -= int(cut);
-            d->statistics.audioRealigned += double(cut) / audioSampleRate;
+            amount = -cut;
+        }
+        d->statistics.audioRealigned += double(std::llabs(amount)) / audioSampleRate;
+        d->windowFrames = 0;
+        d->windowMinimumGap = std::numeric_limits<qint64>::max();
+    };
+    if (!d->audioStarted) {
+        d->audioStarted = true;
+        realignBy(gap);
+    } else if (gap < -realign) {
+        // Sound ahead of the clock cannot come from late delivery: the clocks drifted apart.
+        realignBy(gap);
+    } else {
+        // Deliveries come late, in bursts, so a single stamp reads later than its sound. The
+        // earliest stamp of the last half second tells how far the sound really is behind.
+        d->windowMinimumGap = std::min(d->windowMinimumGap, gap);
+        d->windowFrames += frameCount;
+        if (d->windowFrames >= audioSampleRate / 2) {
+            d->statistics.audioOffset = -double(d->windowMinimumGap) / audioSampleRate;
+            if (d->windowMinimumGap > realign)
+                realignBy(d->windowMinimumGap);
+            d->windowFrames = 0;
+            d->windowMinimumGap = std::numeric_limits<qint64>::max();
         }
     }
     if (frameCount > 0)
         d->queueAudio(samples, frameCount);
-    d->statistics.audioOffset = double(d->audioQueued - end) / audioSampleRate;
     if (!d->encodeAudio(false))
         d->failed = true;
 }

@@ -30,7 +30,8 @@ public:
         // Frame slots of the 30-per-second timeline that had no picture in time.
         qint64 framesDropped = 0;
         qint64 audioSamplesWritten = 0;
-        // Where the audio track ends minus where the capture clock says it should, in seconds.
+        // How far the sound runs ahead of the pictures (behind when negative), in seconds, as
+        // last measured over half a second.
         double audioOffset = 0;
         // Silence inserted or sound cut to keep the audio on the capture clock, in seconds.
         double audioRealigned = 0;

@@ -8,7 +8,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
-RecordingStage::RecordingStage()
+RecordingStage::RecordingStage(QSize size)
     : m_player(std::make_unique<MpvPlayer>())
     , m_window(std::make_unique<QWidget>())
 {
@@ -16,7 +16,7 @@ RecordingStage::RecordingStage()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     m_view = new PlayerHostingView(m_window.get());
-    m_view->setFixedSize(viewSize);
+    m_view->setFixedSize(size);
     layout->addWidget(m_view);
     auto *strip = new QWidget(m_window.get());
     strip->setFixedHeight(stripHeight);

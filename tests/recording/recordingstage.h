@@ -13,7 +13,7 @@ public:
     static constexpr QSize viewSize {640, 360};
     static constexpr int stripHeight = 40;
 
-    RecordingStage();
+    explicit RecordingStage(QSize size = viewSize);
     ~RecordingStage();
 
     // Shows the window, makes it the active one and plays file until its picture is drawn.

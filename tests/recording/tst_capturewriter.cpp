@@ -178,6 +178,51 @@ private Q_SLOTS:
         writer->cancel();
     }
 
+    void lateBurstsOfSoundKeepTheirPlace()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("bursts.mp4");
+        auto writer = PlayerCaptureWriter::create(path, {320, 240}, nullptr);
+        QVERIFY(writer);
+        const QImage picture = halves({320, 240});
+        writer->appendVideo(picture, picture.rect(), false, 0);
+        // Four seconds of sound delivered in bursts: stamps up to 120 ms late, never early.
+        qint64 sample = 0;
+        for (int chunkIndex = 0; chunkIndex < 400; ++chunkIndex) {
+            const auto tone = chunk(1000, sample);
+            const double lateness = (chunkIndex % 12) * 0.01;
+            writer->appendAudio(tone.data(), 480, double(sample) / 48'000 + lateness);
+            sample += 480;
+            if (chunkIndex % 3 == 0)
+                writer->appendVideo(picture, picture.rect(), false, double(sample) / 48'000);
+        }
+        QCOMPARE(writer->statistics().audioRealigned, 0.0);
+        QVERIFY(std::abs(writer->statistics().audioOffset) < 0.001);
+        QVERIFY(writer->finish().error.isEmpty());
+    }
+
+    void soundThatStopsForAWhileIsPaddedWithSilence()
+    {
+        QTemporaryDir dir;
+        auto writer = PlayerCaptureWriter::create(dir.filePath("gap.mp4"), {320, 240}, nullptr);
+        QVERIFY(writer);
+        const QImage picture = halves({320, 240});
+        writer->appendVideo(picture, picture.rect(), false, 0);
+        qint64 sample = 0;
+        for (int chunkIndex = 0; chunkIndex < 300; ++chunkIndex) {
+            // Half a second of sound never arrives after the first second.
+            if (chunkIndex == 100)
+                sample += 24'000;
+            const auto tone = chunk(1000, sample);
+            writer->appendAudio(tone.data(), 480, double(sample) / 48'000);
+            sample += 480;
+        }
+        QVERIFY(std::abs(writer->statistics().audioRealigned - 0.5) < 0.001);
+        // Back in step afterwards.
+        QVERIFY(std::abs(writer->statistics().audioOffset) < 0.001);
+        writer->cancel();
+    }
+
     void latePicturesCountAsDropped()
     {
         QTemporaryDir dir;

@@ -4,6 +4,7 @@
 #include "systemaudiocapture.h"
 
 #include <QTimer>
+#include <cmath>
 
 CaptureWorker::CaptureWorker() = default;
 
@@ -34,9 +35,10 @@ QString CaptureWorker::open(const QString &path, QSize outputSize, QRect crop, c
     }
     m_ticker = new QTimer(this);
     m_ticker->setTimerType(Qt::PreciseTimer);
-    m_ticker->setInterval(1000 / PlayerCaptureWriter::frameRate);
+    m_ticker->setSingleShot(true);
     connect(m_ticker, &QTimer::timeout, this, &CaptureWorker::tick);
-    m_ticker->start();
+    m_firstTick = CaptureClock::now();
+    m_ticker->start(0);
     return {};
 }
 
@@ -79,8 +81,15 @@ void CaptureWorker::tick()
         m_writer->appendVideo(picture.image, m_crop, picture.bottomUp, now);
     for (const AudioChunk &chunk : sound)
         m_writer->appendAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.time);
-    const std::lock_guard lock(m_mutex);
-    m_statistics = m_writer->statistics();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_statistics = m_writer->statistics();
+    }
+    // The next tick on the 30-per-second grid; a whole millisecond interval would drift off it.
+    const double sinceFirst = CaptureClock::now() - m_firstTick;
+    const double next = (std::floor(sinceFirst * PlayerCaptureWriter::frameRate) + 1)
+        / PlayerCaptureWriter::frameRate;
+    m_ticker->start(std::max(0, int(std::lround((next - sinceFirst) * 1000))));
 }
 
 PlayerCaptureWriter::Outcome CaptureWorker::close()

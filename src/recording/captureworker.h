@@ -52,6 +52,7 @@ private:
     std::unique_ptr<SystemAudioCapture> m_audio;
     QTimer *m_ticker = nullptr;
     QRect m_crop;
+    double m_firstTick = 0;
 
     mutable std::mutex m_mutex;
     CapturedPicture m_picture;

@@ -267,12 +267,15 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
         d->sessionStarted = true;
         d->sessionStart = time;
     }
-    // The picture's place on the 30-per-second timeline; a slot already taken means it came
-    // too early, a slot skipped means a picture came too late.
-    const qint64 slot = std::llround((time - d->sessionStart) * frameRate);
+    // The picture's place on the 30-per-second timeline. A picture whose slot is taken moves
+    // to the next one if that is at most a frame later than its time; one that comes sooner is
+    // not needed. Slots passed over had no picture in time: they are the dropped frames.
+    const double exact = (time - d->sessionStart) * frameRate;
+    qint64 slot = std::llround(exact);
     if (slot <= d->lastSlot) {
-        ++d->statistics.framesDropped;
-        return false;
+        if (double(d->lastSlot + 1) > exact + 1)
+            return false;
+        slot = d->lastSlot + 1;
     }
     d->statistics.framesDropped += slot - d->lastSlot - 1;
     d->lastSlot = slot;

@@ -1,13 +1,19 @@
 // The application and its first window under a real X server, drawing real video with libmpv.
 #include "app/lumomediaplayerapp.h"
 #include "httpserver/localhttpserver.h"
+#include "mediaprobe.h"
 #include "model/playermodel.h"
+#include "recording/capturegeometry.h"
+#include "recording/playerrecordingcontroller.h"
 #include "surface/playerhostingview.h"
 #include "testmedia.h"
 #include "ui/channellist.h"
 #include "ui/channellistmodel.h"
 #include "ui/contentview.h"
+#include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
+#include "ui/recordcontrol.h"
+#include "ui/recordingalerts.h"
 #include "ui/toastoverlay.h"
 #include "webplayer/youtubehostingview.h"
 #include "webplayer/youtubeplayerregistry.h"
@@ -16,6 +22,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QListView>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
@@ -208,6 +215,50 @@ private Q_SLOTS:
         app.model().showToast(QStringLiteral("Nothing to replay yet."));
         QTest::qWait(ToastOverlay::animationMs * 2);
         saveScreenshot(app.window(), QStringLiteral("window-toast"));
+    }
+
+    void theRecordControlRecordsThePlayingVideo()
+    {
+        LumoMediaPlayerApp app;
+        QSignalSpy frames(app.window().hostingView(), &PlayerHostingView::frameDrawn);
+        app.start({m_media.filePath(QStringLiteral("clip.mp4"))});
+        QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
+        QApplication::setActiveWindow(&app.window());
+        QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 3, 15000);
+        ContentView *content = app.window().contentView();
+        PlayerRecordingController *recorder = content->recordingController();
+        const QString path = m_media.filePath(QStringLiteral("recorded.mp4"));
+        recorder->setSaveFileChooser(
+            [&path](QWidget *, const PlayerRecordingController::SaveRequest &) { return path; });
+        QStringList revealed;
+        content->recordingAlerts()->setRevealHandler(
+            [&revealed](const QString &file) { revealed.append(file); });
+
+        // The control bar's record menu starts it, its stop button ends it.
+        auto *control = content->controlBar()->findChild<RecordControl *>();
+        QVERIFY(control);
+        control->qualityMenu()->actions().constFirst()->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(recorder->state(), PlayerRecordingState::recording, 15000);
+        QCOMPARE(control->face(), RecordControl::Face::stop);
+        QVERIFY(recorder->recordingPanel());
+        QTest::qWait(2000);
+        recorder->stopRecording();
+        QTRY_COMPARE_WITH_TIMEOUT(recorder->state(), PlayerRecordingState::idle, 30000);
+        QCOMPARE(recorder->lastSavedURL(), path);
+        QMessageBox *saved = content->recordingAlerts()->savedAlert();
+        QVERIFY(saved);
+        QTRY_VERIFY(saved->isVisible());
+        saveScreenshot(app.window(), QStringLiteral("window-recording-saved"));
+        const QSize view = app.window().hostingView()->size();
+        QCOMPARE(MediaProbe::stream(MediaProbe::probe(path), QStringLiteral("video"))
+                     .value(QStringLiteral("width"))
+                     .toInt(),
+                 CaptureGeometry::evenDimension(view.width() * app.window().devicePixelRatioF()));
+        for (QAbstractButton *button : saved->buttons()) {
+            if (button->text() == RecordingAlerts::revealButtonText())
+                button->click();
+        }
+        QCOMPARE(revealed, QStringList {path});
     }
 
     // Last: it ends the application's event loop.

@@ -36,14 +36,18 @@ struct SystemAudioCapture::Private
         auto *d = static_cast<Private *>(self);
         const void *data = nullptr;
         size_t bytes = 0;
+        // Everything readable now was heard just before now, in order: the first sample's
+        // stamp is now less all of it, and each piece follows the one before.
+        constexpr size_t frameBytes = sizeof(float) * channels;
+        double time = CaptureClock::now()
+            - double(pa_stream_readable_size(stream) / frameBytes) / sampleRate;
         while (pa_stream_readable_size(stream) > 0) {
             if (pa_stream_peek(stream, &data, &bytes) < 0 || bytes == 0)
                 return;
-            const int frames = int(bytes / (sizeof(float) * channels));
-            // The stamp of the first sample: now, less what the delivery holds.
-            const double time = CaptureClock::now() - double(frames) / sampleRate;
+            const int frames = int(bytes / frameBytes);
             if (data && !d->stopping)
                 d->receiver(static_cast<const float *>(data), frames, time);
+            time += double(frames) / sampleRate;
             pa_stream_drop(stream);
         }
     }

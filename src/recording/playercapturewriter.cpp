@@ -357,7 +357,7 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
     const auto position = std::llround((time - d->sessionStart) * audioSampleRate);
     const auto realign = std::llround(audioRealignSeconds * audioSampleRate);
     const qint64 gap = position - d->audioQueued;
-    auto realignBy = [&](qint64 amount) {
+    auto realignBy = [&](qint64 amount, bool first) {
         // Pad the timeline with silence, or cut what was heard before its place.
         if (amount > 0) {
             d->queueSilence(amount);
@@ -367,16 +367,17 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
             frameCount -= int(cut);
             amount = -cut;
         }
-        d->statistics.audioRealigned += double(std::llabs(amount)) / audioSampleRate;
+        (first ? d->statistics.audioLeadIn : d->statistics.audioRealigned)
+            += double(amount) / audioSampleRate * (first ? 1 : (amount < 0 ? -1 : 1));
         d->windowFrames = 0;
         d->windowMinimumGap = std::numeric_limits<qint64>::max();
     };
     if (!d->audioStarted) {
         d->audioStarted = true;
-        realignBy(gap);
+        realignBy(gap, true);
     } else if (gap < -realign) {
         // Sound ahead of the clock cannot come from late delivery: the clocks drifted apart.
-        realignBy(gap);
+        realignBy(gap, false);
     } else {
         // Deliveries come late, in bursts, so a single stamp reads later than its sound. The
         // earliest stamp of the last half second tells how far the sound really is behind.
@@ -385,7 +386,7 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
         if (d->windowFrames >= audioSampleRate / 2) {
             d->statistics.audioOffset = -double(d->windowMinimumGap) / audioSampleRate;
             if (d->windowMinimumGap > realign)
-                realignBy(d->windowMinimumGap);
+                realignBy(d->windowMinimumGap, false);
             d->windowFrames = 0;
             d->windowMinimumGap = std::numeric_limits<qint64>::max();
         }

@@ -21,8 +21,10 @@ public:
     // The x264 preset that keeps up with 1080p at 30 frames a second on two cores while a video
     // plays (measured with lumo-bench-recording).
     static constexpr const char *defaultPreset = "superfast";
-    // Audio that strays further than this from the capture clock is realigned.
-    static constexpr double audioRealignSeconds = 0.03;
+    // Sound that strays further than this from the capture clock is realigned. Sound servers
+    // deliver in bursts as long as their buffers (a few hundred milliseconds when idle), so
+    // only a real stall or a clock jump goes this far.
+    static constexpr double audioRealignSeconds = 0.2;
 
     struct Statistics
     {
@@ -33,8 +35,12 @@ public:
         // How far the sound runs ahead of the pictures (behind when negative), in seconds, as
         // last measured over half a second.
         double audioOffset = 0;
-        // Silence inserted or sound cut to keep the audio on the capture clock, in seconds.
+        // Silence inserted or sound cut after the start to keep the sound on the capture clock,
+        // in seconds.
         double audioRealigned = 0;
+        // Where the first sound was placed: silence before it when positive, sound cut when
+        // negative, in seconds.
+        double audioLeadIn = 0;
     };
 
     // The finished file's path, or what went wrong.

@@ -224,8 +224,10 @@ int main(int argc, char *argv[])
     if (player.ok) {
         bench.add(QStringLiteral("player audio offset at the end"),
                   1000 * player.statistics.audioOffset, QStringLiteral("ms"));
-        bench.add(QStringLiteral("player audio realigned"), 1000 * player.statistics.audioRealigned,
-                  QStringLiteral("ms"));
+        bench.add(QStringLiteral("player audio realigned after the start"),
+                  1000 * player.statistics.audioRealigned, QStringLiteral("ms"));
+        bench.add(QStringLiteral("player silence before the first sound"),
+                  1000 * player.statistics.audioLeadIn, QStringLiteral("ms"));
     }
     const Run ffmpeg
         = recordWithFfmpeg(stage, preset, seconds, dir.filePath(QStringLiteral("f.mp4")));

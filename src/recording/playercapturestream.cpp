@@ -2,7 +2,6 @@
 
 #include "captureworker.h"
 
-#include <QFile>
 #include <QWidget>
 
 PlayerCaptureStream::PlayerCaptureStream(QObject *parent)

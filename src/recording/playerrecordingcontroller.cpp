@@ -15,7 +15,6 @@
 #include <QScreen>
 #include <QStandardPaths>
 #include <QWidget>
-#include <QWindow>
 
 namespace {
 

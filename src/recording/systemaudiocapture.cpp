@@ -113,11 +113,14 @@ QString SystemAudioCapture::start()
         pa_threaded_mainloop_wait(d->loop);
     }
 
-    const pa_sample_spec spec {PA_SAMPLE_FLOAT32LE, sampleRate, channels};
-    d->stream = pa_stream_new(d->context, "Recording", &spec, nullptr);
-    if (!d->stream)
+    auto recordingFailed = [this, &fail] {
         return fail(
             QStringLiteral("The system sound could not be recorded: %1.").arg(d->contextError()));
+    };
+    const pa_sample_spec format {PA_SAMPLE_FLOAT32LE, sampleRate, channels};
+    d->stream = pa_stream_new(d->context, "Recording", &format, nullptr);
+    if (!d->stream)
+        return recordingFailed();
     pa_stream_set_state_callback(d->stream, &Private::streamState, d.get());
     pa_stream_set_read_callback(d->stream, &Private::streamRead, d.get());
     pa_buffer_attr attributes {};
@@ -126,15 +129,13 @@ QString SystemAudioCapture::start()
     if (pa_stream_connect_record(d->stream, "@DEFAULT_MONITOR@", &attributes,
                                  PA_STREAM_ADJUST_LATENCY)
         < 0)
-        return fail(
-            QStringLiteral("The system sound could not be recorded: %1.").arg(d->contextError()));
+        return recordingFailed();
     for (;;) {
         const pa_stream_state_t state = pa_stream_get_state(d->stream);
         if (state == PA_STREAM_READY)
             break;
         if (!PA_STREAM_IS_GOOD(state))
-            return fail(QStringLiteral("The system sound could not be recorded: %1.")
-                            .arg(d->contextError()));
+            return recordingFailed();
         pa_threaded_mainloop_wait(d->loop);
     }
     d->receiverRunning = true;

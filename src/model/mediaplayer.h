@@ -2,6 +2,8 @@
 // The media player the model drives: one current item at a time, transport commands, and the
 // observations the model publishes. MpvPlayer implements it; tests may reach rare states with a
 // double.
+#include "sources/streamheaders.h"
+
 #include <QObject>
 #include <QSize>
 #include <QString>
@@ -15,8 +17,11 @@ class MediaPlayer : public QObject
 public:
     using QObject::QObject;
 
-    // Replaces the current item with the media at url, or with none (the player stops).
-    virtual void replaceCurrentItem(const std::optional<QUrl> &url) = 0;
+    // Replaces the current item with the media at url, or with none (the player stops). A
+    // network stream is asked for with the given request headers.
+    virtual void replaceCurrentItem(const std::optional<QUrl> &url,
+                                    const StreamHeaders &headers = {})
+        = 0;
     virtual void play() = 0;
     virtual void pause() = 0;
     // Seeks to the exact position, without snapping to a key frame.

@@ -23,6 +23,11 @@ inline constexpr const char *cacheSeconds = "cache-secs";
 inline constexpr const char *audioClientName = "audio-client-name";
 inline constexpr const char *hardwareDecoding = "hwdec";
 inline constexpr const char *panscan = "panscan";
+inline constexpr const char *loadUnsafePlaylists = "load-unsafe-playlists";
+inline constexpr const char *videoTimingOffset = "video-timing-offset";
+// Per-file options of a network item.
+inline constexpr const char *userAgent = "user-agent";
+inline constexpr const char *referrer = "referrer";
 } // namespace Option
 
 // Properties observed or set while playing.
@@ -42,6 +47,7 @@ inline constexpr const char *mute = "mute";
 
 namespace Command {
 inline constexpr const char *loadFile = "loadfile";
+inline constexpr const char *replace = "replace";
 inline constexpr const char *stop = "stop";
 inline constexpr const char *seek = "seek";
 inline constexpr const char *seekAbsoluteExact = "absolute+exact";

@@ -57,6 +57,11 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         // (aspect-fill); the views choose that area for each display mode.
         {Option::panscan, "1"},
         {Option::audioClientName, "LumoMediaPlayer"},
+        // The view renders on the interface thread: mpv must hand over a frame at once instead
+        // of waiting up to 50 ms for the moment to show it (mpv's advice for such embedders).
+        {Option::videoTimingOffset, "0"},
+        // A playlist mpv expands by itself never leads to files or special protocols.
+        {Option::loadUnsafePlaylists, "no"},
         // Network choices:
         // - a server that stops sending is given up after 20 s (mpv's default is 60), the same
         //   patience as for playlists, so a dead stream ends with a notice instead of waiting;
@@ -97,26 +102,67 @@ MpvPlayer::~MpvPlayer()
     Q_EMIT aboutToDestroyHandle();
 }
 
-void MpvPlayer::command(std::initializer_list<const char *> args)
+bool MpvPlayer::command(std::initializer_list<const char *> args, quint64 replyTo)
 {
     std::vector<const char *> list(args);
     list.push_back(nullptr);
-    mpv_command_async(m_handle.get(), 0, list.data());
+    return mpv_command_async(m_handle.get(), replyTo, list.data()) >= 0;
 }
 
-void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url)
+namespace {
+
+// One "key=value" of a per-file option list, the value quoted by its length so that commas,
+// equals signs and quotes in it stay part of it.
+QByteArray fileOption(QByteArrayView key, QByteArrayView value)
+{
+    return key.toByteArray() + "=%" + QByteArray::number(value.size()) + '%' + value.toByteArray();
+}
+
+// The options a network item is loaded with: its request headers, and the only protocols its
+// demuxer may open on its behalf (an HLS index naming file: or other local addresses as
+// segments is refused).
+QByteArray networkFileOptions(const StreamHeaders &headers)
+{
+    QList<QByteArray> options {
+        fileOption(Option::demuxerLavfOptions,
+                   fileOption("protocol_whitelist", MpvPlayer::networkProtocolWhitelist)),
+    };
+    if (!headers.userAgent.isEmpty())
+        options.append(fileOption(Option::userAgent, headers.userAgent.toUtf8()));
+    if (!headers.referrer.isEmpty())
+        options.append(fileOption(Option::referrer, headers.referrer.toUtf8()));
+    return options.join(',');
+}
+
+} // namespace
+
+void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamHeaders &headers)
 {
     m_firstFrameShown = false;
     m_position = qQNaN();
     m_duration.reset();
+    m_currentEntry = -1;
+    m_currentStarted = false;
+    m_endsBeforeReply.clear();
     if (url) {
         // A local file goes as a path so that mpv never reads a file: address through FFmpeg.
         const QByteArray target
             = url->isLocalFile() ? url->toLocalFile().toUtf8() : url->toEncoded();
-        ++m_pendingStarts;
-        command({Command::loadFile, target.constData()});
+        const QByteArray options = url->isLocalFile() ? QByteArray() : networkFileOptions(headers);
+        m_awaitedLoad = ++m_lastReplyID;
         setHasItem(true);
+        const bool sent = options.isEmpty()
+            ? command({Command::loadFile, target.constData(), Command::replace}, m_awaitedLoad)
+            : command(
+                {Command::loadFile, target.constData(), Command::replace, options.constData()},
+                m_awaitedLoad);
+        if (!sent) {
+            // mpv refused the command as given: the item ends before it began.
+            m_awaitedLoad = 0;
+            handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, MPV_ERROR_INVALID_PARAMETER, -1);
+        }
     } else {
+        m_awaitedLoad = 0;
         command({Command::stop});
         setHasItem(false);
     }
@@ -191,29 +237,82 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         handleProperty(property->name, property->format, property->data);
         break;
     }
-    case MPV_EVENT_START_FILE:
-        if (m_pendingStarts > 0)
-            --m_pendingStarts;
+    case MPV_EVENT_COMMAND_REPLY:
+        if (event.reply_userdata != 0 && event.reply_userdata == m_awaitedLoad)
+            handleLoadReply(event);
         break;
+    case MPV_EVENT_START_FILE: {
+        const auto *start = static_cast<const mpv_event_start_file *>(event.data);
+        if (m_awaitedLoad == 0 && start->playlist_entry_id == m_currentEntry) {
+            m_currentStarted = true;
+            m_position = qQNaN();
+            m_duration.reset();
+        }
+        break;
+    }
     case MPV_EVENT_PLAYBACK_RESTART:
+        // A restart of an earlier item says nothing about the current one.
+        if (!isCurrentItemStarted())
+            break;
         m_firstFrameShown = true;
         updateWaiting();
         Q_EMIT playbackRestarted();
         break;
     case MPV_EVENT_END_FILE: {
         const auto *end = static_cast<const mpv_event_end_file *>(event.data);
-        // The end of an item replaced by a newer one says nothing about the current item.
-        if (m_pendingStarts > 0)
-            break;
-        setHasItem(false);
-        updateWaiting();
-        if (end->reason == MPV_END_FILE_REASON_ERROR)
-            Q_EMIT playbackFailed(QString::fromUtf8(mpv_error_string(end->error)));
+        const EndedItem ended {end->playlist_entry_id, end->reason, end->error,
+                               end->playlist_insert_num_entries > 0 ? end->playlist_insert_id
+                                                                    : qint64(-1)};
+        if (m_awaitedLoad != 0)
+            m_endsBeforeReply.append(ended);
+        else
+            handleEnd(ended.entryID, ended.reason, ended.error, ended.insertedID);
         break;
     }
     default:
         break;
     }
+}
+
+void MpvPlayer::handleLoadReply(const mpv_event &event)
+{
+    m_awaitedLoad = 0;
+    const QList<EndedItem> ends = std::exchange(m_endsBeforeReply, {});
+    if (event.error < 0) {
+        // mpv refused the load itself: the item ends before it began.
+        handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, event.error, -1);
+        return;
+    }
+    const mpv_node &result = static_cast<const mpv_event_command *>(event.data)->result;
+    if (result.format == MPV_FORMAT_NODE_MAP) {
+        for (int i = 0; i < result.u.list->num; ++i) {
+            const mpv_node &value = result.u.list->values[i];
+            if (QByteArrayView(result.u.list->keys[i]) == "playlist_entry_id"
+                && value.format == MPV_FORMAT_INT64)
+                m_currentEntry = value.u.int64;
+        }
+    }
+    for (const EndedItem &end : ends)
+        handleEnd(end.entryID, end.reason, end.error, end.insertedID);
+}
+
+void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 insertedID)
+{
+    // The end of an item replaced by a newer one says nothing about the current item.
+    if (entryID != m_currentEntry || !m_hasItem)
+        return;
+    if (reason == MPV_END_FILE_REASON_REDIRECT && insertedID >= 0) {
+        // The address was a playlist, whose first entry now plays in its place.
+        m_currentEntry = insertedID;
+        m_currentStarted = false;
+        return;
+    }
+    m_currentEntry = -1;
+    m_currentStarted = false;
+    setHasItem(false);
+    updateWaiting();
+    if (reason == MPV_END_FILE_REASON_ERROR)
+        Q_EMIT playbackFailed(QString::fromUtf8(mpv_error_string(error)));
 }
 
 void MpvPlayer::handleProperty(const char *name, int format, void *data)
@@ -233,8 +332,12 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
         m_paused = flag();
         updateWaiting();
     } else if (key == Property::timePos) {
-        m_position = number();
+        // Until the current item has started, the times are an earlier item's.
+        if (isCurrentItemStarted())
+            m_position = number();
     } else if (key == Property::duration) {
+        if (!isCurrentItemStarted())
+            return;
         const double seconds = number();
         m_duration = std::isfinite(seconds) ? std::optional(seconds) : std::nullopt;
     } else if (key == Property::pausedForCache) {

@@ -3,6 +3,7 @@
 // options, observes properties through one table and turns them into typed state, and drains
 // mpv's events on the main thread. Video is drawn by a render context made on handle().
 #include "mediaplayer.h"
+#include <QList>
 #include <memory>
 
 struct mpv_handle;
@@ -18,10 +19,15 @@ public:
         none, // decoded but not drawn: headless use
     };
 
+    // The protocols FFmpeg may open on behalf of a network item (segments, keys, redirects).
+    static constexpr QByteArrayView networkProtocolWhitelist
+        = "http,https,tls,tcp,crypto,httpproxy,data,rtmp,rtmps,rtsp,rtp,udp,srtp";
+
     explicit MpvPlayer(VideoOutput output = VideoOutput::renderContext, QObject *parent = nullptr);
     ~MpvPlayer() override;
 
-    void replaceCurrentItem(const std::optional<QUrl> &url) override;
+    void replaceCurrentItem(const std::optional<QUrl> &url,
+                            const StreamHeaders &headers = {}) override;
     void play() override;
     void pause() override;
     void seekExactly(double seconds) override;
@@ -57,13 +63,32 @@ private:
     void drainEvents();
     void handleEvent(const mpv_event &event);
     void handleProperty(const char *name, int format, void *data);
-    void command(std::initializer_list<const char *> args);
+    // False when mpv refused the command outright.
+    bool command(std::initializer_list<const char *> args, quint64 replyTo = 0);
+    void handleLoadReply(const mpv_event &event);
+    void handleEnd(qint64 entryID, int reason, int error, qint64 insertedID);
+    bool isCurrentItemStarted() const { return m_awaitedLoad == 0 && m_currentStarted; }
     void updateWaiting();
     void setHasItem(bool hasItem);
 
+    // A failed load ends the item as mpv's own failures do.
+    struct EndedItem
+    {
+        qint64 entryID;
+        int reason;
+        int error;
+        qint64 insertedID;
+    };
+
     std::unique_ptr<mpv_handle, HandleDeleter> m_handle;
     bool m_hasItem = false;
-    int m_pendingStarts = 0; // items asked for whose start mpv has not reported yet
+    // The current item is told apart from earlier ones by mpv's playlist entry id, which the
+    // reply to its load command names. Until that reply comes, ends are kept to be matched.
+    quint64 m_lastReplyID = 0;
+    quint64 m_awaitedLoad = 0; // the load whose reply is awaited; 0 when none
+    qint64 m_currentEntry = -1; // mpv's id of the current item; -1 when none or unknown
+    bool m_currentStarted = false; // mpv has started the current item
+    QList<EndedItem> m_endsBeforeReply;
     bool m_paused = true;
     bool m_pausedForCache = false;
     bool m_firstFrameShown = false;

@@ -34,15 +34,16 @@ OpenPanelRequest chooseMedia()
 
 OpenPanelRequest importPlaylist()
 {
-    // The playlist type first, then plain text; the first filter offers both at once, as a
-    // panel that accepts several types does.
-    const QString m3u = QStringLiteral("*.m3u");
+    // The playlist types first, then plain text; the first filter offers them all at once, as a
+    // panel that accepts several types does. Lists are often saved without a known extension,
+    // so any file can be chosen too.
+    const QString m3u = QStringLiteral("*.m3u *.m3u8");
     const QString text = QStringLiteral("*.txt");
     return {QStringLiteral("Import M3U Playlist"),
             QStringLiteral("Import"),
             {QStringLiteral("M3U Playlists and Plain Text (%1 %2)").arg(m3u, text),
              QStringLiteral("M3U Playlist (%1)").arg(m3u),
-             QStringLiteral("Plain Text (%1)").arg(text)}};
+             QStringLiteral("Plain Text (%1)").arg(text), QStringLiteral("All Files (*)")}};
 }
 
 } // namespace OpenPanels

@@ -62,6 +62,22 @@ PlayerModel::~PlayerModel()
 void PlayerModel::play(const QUrl &url, const std::optional<QString> &displayName,
                        bool isLiveStream)
 {
+    startPlaying(url, displayName, isLiveStream, {});
+}
+
+void PlayerModel::playChannel(const PlaylistEntry &entry)
+{
+    const QUrl url = entry.url();
+    if (!SourceAddress::isPlayableChannelAddress(url, m_playlistIsLocal)) {
+        setErrorMessage(SourceAddress::invalidAddressMessage.toString());
+        return;
+    }
+    startPlaying(url, entry.name(), true, entry.headers());
+}
+
+void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &displayName,
+                               bool isLiveStream, const StreamHeaders &headers)
+{
     setYouTubeContent(std::nullopt);
     setErrorMessage(QString());
     QString title;
@@ -71,6 +87,11 @@ void PlayerModel::play(const QUrl &url, const std::optional<QString> &displayNam
         const std::optional<QString> decoded
             = UrlParts::removingPercentEncoding(UrlParts::lastPathComponent(url));
         title = decoded ? *decoded : QString::fromUtf8(UrlParts::encoded(url));
+        // A server addressed by its root, as radio servers are ("http://radio:8000/"), has no
+        // file name: its host names it.
+        const QString host = url.host(QUrl::FullyDecoded);
+        if ((title.isEmpty() || title == u"/") && !host.isEmpty())
+            title = host;
     }
     setTitle(title);
     m_lastPlayableSource = LastPlayableMedia {url, title, isLiveStream};
@@ -79,7 +100,7 @@ void PlayerModel::play(const QUrl &url, const std::optional<QString> &displayNam
     setVideoAspectRatio(0);
 
     m_observingItemBuffer = true;
-    m_player->replaceCurrentItem(url);
+    m_player->replaceCurrentItem(url, headers);
     m_player->play();
     setIsPlaying(true);
     refreshBufferingState();
@@ -93,19 +114,30 @@ void PlayerModel::openRemote(const QString &text, const std::optional<QString> &
     const SourceAddress::Classification source = SourceAddress::classify(text);
     switch (source.kind) {
     case SourceAddress::SourceKind::invalid:
+        cancelRemoteLoad();
         setErrorMessage(SourceAddress::invalidAddressMessage.toString());
         return;
     case SourceAddress::SourceKind::youtube:
+        cancelRemoteLoad();
         showYouTubeContent(*source.youtubeContent, displayName);
         return;
     case SourceAddress::SourceKind::playlist:
+        // The new download replaces the one under way.
         loadM3U(source.url, displayName, requestID);
         return;
     case SourceAddress::SourceKind::stream:
-        setIsLoading(false);
+        cancelRemoteLoad();
         play(source.url, displayName, source.isLiveStream);
         return;
     }
+}
+
+void PlayerModel::cancelRemoteLoad()
+{
+    if (!m_isLoading)
+        return;
+    m_loader->cancel();
+    setIsLoading(false);
 }
 
 void PlayerModel::showYouTubeContent(const YouTubeContent &content,
@@ -136,14 +168,15 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
                            setErrorMessage(playlistFailurePrefix + result.error);
                            return;
                        }
-                       publishPlaylist(result.entries, displayName);
+                       publishPlaylist(result.entries, displayName, false);
                    });
 }
 
 void PlayerModel::publishPlaylist(const QList<PlaylistEntry> &entries,
-                                  const std::optional<QString> &displayName)
+                                  const std::optional<QString> &displayName, bool fromLocalFile)
 {
     m_loader->release(std::exchange(m_playlist, entries));
+    m_playlistIsLocal = fromLocalFile;
     Q_EMIT playlistChanged();
     setIsLoading(false);
     setErrorMessage(QString());
@@ -157,9 +190,12 @@ void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
     const std::optional<QString> path = m_fileChooser(OpenPanels::importPlaylist());
     if (!path)
         return;
-    // Reading and parsing a large file happens off the main thread. A remote open or a clear
-    // made meanwhile is the newer choice, so the import then publishes nothing.
-    const QUuid requestID = m_remoteRequestID;
+    // Reading and parsing a large file happens off the main thread. The import is the newest
+    // choice: a download under way is abandoned, and a remote open or a clear made meanwhile
+    // is newer still, so the import then publishes nothing.
+    const QUuid requestID = QUuid::createUuid();
+    m_remoteRequestID = requestID;
+    cancelRemoteLoad();
     m_loader->loadFile(*path, m_limits.maxBytes, this,
                        [this, displayName, requestID](const PlaylistLoadResult &result) {
                            if (m_remoteRequestID != requestID)
@@ -168,7 +204,7 @@ void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
                                setErrorMessage(importFailurePrefix + result.error);
                                return;
                            }
-                           publishPlaylist(result.entries, displayName);
+                           publishPlaylist(result.entries, displayName, true);
                        });
 }
 

@@ -80,6 +80,9 @@ public:
 
     // Opening (in PlayerModel.cpp).
     void play(const QUrl &url, const std::optional<QString> &displayName, bool isLiveStream);
+    // Plays a channel of the current playlist as a live stream, with the request headers the
+    // playlist names for it; an address a playlist may not lead to is refused as invalid.
+    void playChannel(const PlaylistEntry &entry);
     void openRemote(const QString &text, const std::optional<QString> &displayName);
     void importLocalM3U(const std::optional<QString> &displayName);
     void openFile();
@@ -170,7 +173,11 @@ private:
     void showYouTubeContent(const YouTubeContent &content, const std::optional<QString> &title);
     void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
     void publishPlaylist(const QList<PlaylistEntry> &entries,
-                         const std::optional<QString> &displayName);
+                         const std::optional<QString> &displayName, bool fromLocalFile);
+    void startPlaying(const QUrl &url, const std::optional<QString> &displayName, bool isLiveStream,
+                      const StreamHeaders &headers);
+    // Abandons the remote download under way, if any: a newer choice replaced it.
+    void cancelRemoteLoad();
 
     void observeTime();
     void refreshBufferingState();
@@ -184,6 +191,7 @@ private:
     QString m_errorMessage;
     bool m_isLoading = false;
     QList<PlaylistEntry> m_playlist;
+    bool m_playlistIsLocal = false; // the playlist was imported from a file
     bool m_isPlaying = false;
     double m_currentTime = 0;
     double m_duration = 0;

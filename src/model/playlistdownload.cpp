@@ -53,15 +53,12 @@ PlaylistDownload::PlaylistDownload(QNetworkAccessManager &network, const QUrl &u
     m_reply = network.get(request);
 
     m_idleTimer.setSingleShot(true);
-    m_totalTimer.setSingleShot(true);
-    // A server that stops sending times out like a silent one; one that drips a byte now and
-    // then is stopped by the limit on the whole download.
+    // A server that stops sending, before or after its headers, times out like a silent one.
     connect(&m_idleTimer, &QTimer::timeout, this, [this] { fail(timedOut); });
-    connect(&m_totalTimer, &QTimer::timeout, this, [this] { fail(timedOut); });
     m_idleTimer.start(m_limits.idleTimeoutMs);
-    m_totalTimer.start(m_limits.totalTimeoutMs);
 
     connect(m_reply, &QNetworkReply::metaDataChanged, this, [this] {
+        m_idleTimer.start(m_limits.idleTimeoutMs);
         const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
         if (length.isValid() && length.toLongLong() > m_limits.maxBytes)
             fail(playlistTooLargeDescription(m_limits.maxBytes));
@@ -99,7 +96,6 @@ void PlaylistDownload::fail(const QString &description)
 void PlaylistDownload::finish()
 {
     m_idleTimer.stop();
-    m_totalTimer.stop();
     QNetworkReply *reply = m_reply;
     m_reply = nullptr;
     reply->deleteLater();

@@ -15,9 +15,10 @@ class QNetworkReply;
 
 struct PlaylistDownloadLimits
 {
-    // No byte for this long, or no end after totalTimeoutMs, and the request has timed out.
+    // No byte for this long, headers included, and the request has timed out. There is no
+    // limit on the whole download: a slow server that keeps sending is waited for, bounded by
+    // maxBytes, and the user can always leave it for another choice.
     int idleTimeoutMs = 20'000;
-    int totalTimeoutMs = 120'000;
     qint64 maxBytes = maxPlaylistBytes;
 };
 
@@ -48,7 +49,6 @@ private:
     PlaylistDownloadLimits m_limits;
     Completion m_completion;
     QTimer m_idleTimer;
-    QTimer m_totalTimer;
     QString m_abortReason; // why we aborted the reply ourselves
     QByteArray m_body;
 };

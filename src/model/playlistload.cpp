@@ -5,6 +5,10 @@
 #include "sources/playlisttext.h"
 #include <QFile>
 #include <QFileInfo>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 QString playlistTooLargeDescription(qint64 maxBytes)
 {
@@ -22,20 +26,35 @@ PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL)
 
 PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes)
 {
-    QFile file(path);
     const QString name = QFileInfo(path).fileName();
-    if (!file.open(QIODevice::ReadOnly)) {
-        const QString reason = file.exists()
-            ? QStringLiteral("The file “%1” couldn’t be opened.")
-            : QStringLiteral("The file “%1” couldn’t be opened because there is no such file.");
-        return {{}, reason.arg(name)};
+    const auto failure = [&name](const QString &reason) {
+        return PlaylistLoadResult {{}, reason.arg(name)};
+    };
+    // Opened without waiting, then checked: a named pipe or a device would otherwise block
+    // the open or the read until a writer comes, which may be never.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        return failure(errno == ENOENT ? QStringLiteral(
+                           "The file “%1” couldn’t be opened because there is no such file.")
+                                       : QStringLiteral("The file “%1” couldn’t be opened."));
     }
-    if (file.size() > maxBytes)
+    QFile file;
+    if (!file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(fd);
+        return failure(QStringLiteral("The file “%1” couldn’t be opened."));
+    }
+    struct stat status
+    {
+    };
+    if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+        return failure(
+            QStringLiteral("The file “%1” couldn’t be opened because it isn’t a regular file."));
+    if (status.st_size > maxBytes)
         return {{}, playlistTooLargeDescription(maxBytes)};
     const QByteArray bytes = file.read(maxBytes + 1);
     if (bytes.size() > maxBytes)
         return {{}, playlistTooLargeDescription(maxBytes)};
     if (file.error() != QFileDevice::NoError)
-        return {{}, QStringLiteral("The file “%1” couldn’t be read.").arg(name)};
+        return failure(QStringLiteral("The file “%1” couldn’t be read."));
     return loadPlaylist(bytes, QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
 }

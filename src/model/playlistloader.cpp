@@ -2,38 +2,68 @@
 
 #include <QNetworkAccessManager>
 #include <memory>
+#include <mutex>
+#include <thread>
+
+// Where results of work nobody waits for are posted, while the loader is alive.
+struct PlaylistLoader::Mailbox
+{
+    std::mutex mutex;
+    bool open = true;
+
+    void deliver(QObject *context, const Done &done, PlaylistLoadResult result)
+    {
+        // Held while posting: the loader, which closes the box, goes before its context.
+        const std::lock_guard lock(mutex);
+        if (!open)
+            return;
+        QMetaObject::invokeMethod(
+            context, [done, result = std::move(result)] { done(result); }, Qt::QueuedConnection);
+    }
+
+    void close()
+    {
+        const std::lock_guard lock(mutex);
+        open = false;
+    }
+};
+
+// Runs work on a thread of its own that nobody joins, and posts its result.
+template<typename Work>
+void PlaylistLoader::runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QObject *context,
+                                 Done done)
+{
+    std::thread([mailbox = std::move(mailbox), work = std::move(work), context,
+                 done = std::move(done)]() mutable {
+        mailbox->deliver(context, done, work());
+    }).detach();
+}
 
 // Runs on the loader's thread only.
 class PlaylistLoader::Worker final : public QObject
 {
 public:
-    void download(const QUrl &url, const PlaylistDownloadLimits &limits, QObject *context,
-                  const Done &done)
+    void download(const QUrl &url, const PlaylistDownloadLimits &limits,
+                  PlaylistDownload::Completion completion)
     {
         m_download = std::make_unique<PlaylistDownload>(
-            m_network, url, limits, [this, url, context, done](PlaylistDownload::Result r) {
+            m_network, url, limits,
+            [this, completion = std::move(completion)](PlaylistDownload::Result result) {
                 m_download.release()->deleteLater();
-                if (!r.error.isNull())
-                    return deliver(context, done, {{}, r.error});
-                deliver(context, done, loadPlaylist(r.bytes, url));
+                completion(std::move(result));
             });
     }
 
     void cancel() { m_download.reset(); }
-
-    static void deliver(QObject *context, const Done &done, PlaylistLoadResult result)
-    {
-        // The context outlives the loader's thread (its owner joins it), so it is alive here.
-        QMetaObject::invokeMethod(
-            context, [done, result = std::move(result)] { done(result); }, Qt::QueuedConnection);
-    }
 
 private:
     QNetworkAccessManager m_network {this};
     std::unique_ptr<PlaylistDownload> m_download;
 };
 
-PlaylistLoader::PlaylistLoader()
+PlaylistLoader::PlaylistLoader(FileReader readFile)
+    : m_readFile(std::move(readFile))
+    , m_mailbox(std::make_shared<Mailbox>())
 {
     m_thread.setObjectName(QStringLiteral("PlaylistLoader"));
     m_worker = new Worker;
@@ -44,7 +74,9 @@ PlaylistLoader::PlaylistLoader()
 
 PlaylistLoader::~PlaylistLoader()
 {
+    m_mailbox->close();
     QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->cancel(); });
+    // The download thread only waits for the network, never blocks on it: this is quick.
     m_thread.quit();
     m_thread.wait();
     // The worker was deleted with the thread's last events.
@@ -53,16 +85,27 @@ PlaylistLoader::~PlaylistLoader()
 void PlaylistLoader::load(const QUrl &url, const PlaylistDownloadLimits &limits, QObject *context,
                           Done done)
 {
-    QMetaObject::invokeMethod(m_worker, [worker = m_worker, url, limits, context, done] {
-        worker->download(url, limits, context, done);
-    });
+    QMetaObject::invokeMethod(
+        m_worker,
+        [worker = m_worker, mailbox = m_mailbox, url, limits, context, done = std::move(done)] {
+            worker->download(
+                url, limits, [mailbox, url, context, done](PlaylistDownload::Result r) {
+                    if (!r.error.isNull())
+                        return mailbox->deliver(context, done, {{}, r.error});
+                    // Parsed apart, so that a large list never keeps the next download waiting.
+                    runDetached(
+                        mailbox,
+                        [bytes = std::move(r.bytes), url] { return loadPlaylist(bytes, url); },
+                        context, done);
+                });
+        });
 }
 
 void PlaylistLoader::loadFile(const QString &path, qint64 maxBytes, QObject *context, Done done)
 {
-    QMetaObject::invokeMethod(m_worker, [path, maxBytes, context, done] {
-        Worker::deliver(context, done, loadPlaylistFile(path, maxBytes));
-    });
+    runDetached(
+        m_mailbox, [readFile = m_readFile, path, maxBytes] { return readFile(path, maxBytes); },
+        context, std::move(done));
 }
 
 void PlaylistLoader::cancel()

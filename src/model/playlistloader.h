@@ -1,12 +1,15 @@
 #pragma once
-// Downloads, decodes and parses playlists on a thread of its own, so that tens of megabytes of
-// channel list never pass through the main thread. Each result is handed to its callback on
-// the context object's thread; a newer load aborts an older download.
+// Downloads, decodes and parses playlists away from the main thread, so that tens of megabytes
+// of channel list never pass through it. Downloads run on a thread of their own; reading a file
+// and parsing run on a thread each, which nobody waits for: a read on a stalled mount may never
+// end, and must hold up neither later loads nor quitting. Each result is handed to its callback
+// on the context object's thread; a newer download aborts an older one.
 #include "playlistdownload.h"
 #include "playlistload.h"
 #include <QObject>
 #include <QThread>
 #include <functional>
+#include <memory>
 
 class PlaylistLoader final : public QObject
 {
@@ -14,9 +17,13 @@ class PlaylistLoader final : public QObject
 
 public:
     using Done = std::function<void(const PlaylistLoadResult &)>;
+    // Reads and loads a local playlist of at most maxBytes; may block for as long as the file
+    // system does.
+    using FileReader = std::function<PlaylistLoadResult(const QString &path, qint64 maxBytes)>;
 
-    PlaylistLoader();
-    // Aborts what is running and joins the thread: no callback runs after this.
+    explicit PlaylistLoader(FileReader readFile = &loadPlaylistFile);
+    // Aborts the download under way and stops the download thread; reads and parses still
+    // running are left to end by themselves, and no callback runs after this.
     ~PlaylistLoader() override;
 
     // Errors come back as the download's or the playlist's description.
@@ -30,6 +37,13 @@ public:
 
 private:
     class Worker;
+    struct Mailbox;
+    template<typename Work>
+    static void runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QObject *context,
+                            Done done);
+
+    FileReader m_readFile;
+    std::shared_ptr<Mailbox> m_mailbox; // shared with the reads and parses under way
     QThread m_thread;
     Worker *m_worker = nullptr; // lives on m_thread
 };

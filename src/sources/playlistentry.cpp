@@ -65,6 +65,17 @@ std::optional<QString> PlaylistEntry::countryCode() const
     return absentIfNull(m_countryCode);
 }
 
+const StreamHeaders &PlaylistEntry::headers() const
+{
+    static const StreamHeaders none;
+    return m_headers ? *m_headers : none;
+}
+
+void PlaylistEntry::setHeaders(std::shared_ptr<const StreamHeaders> headers)
+{
+    m_headers = headers && !headers->isEmpty() ? std::move(headers) : nullptr;
+}
+
 size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
 {
     QtPrivate::QHashCombine combine;

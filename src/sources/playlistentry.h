@@ -1,12 +1,16 @@
 #pragma once
 
-// One channel of a playlist: a playable address with its name, logo, group and country.
+// One channel of a playlist: a playable address with its name, logo, group and country, and the
+// request headers the playlist names for it.
+
+#include "streamheaders.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
 #include <QUuid>
 
+#include <memory>
 #include <optional>
 
 class PlaylistEntry
@@ -28,12 +32,20 @@ public:
     std::optional<QUrl> logoURL() const;
     std::optional<QString> groupTitle() const;
     std::optional<QString> countryCode() const;
+    // Not one of the compared fields: two entries that differ only here are equal.
+    const StreamHeaders &headers() const;
+    void setHeaders(std::shared_ptr<const StreamHeaders> headers);
 
     // The addresses as written into requests (percent-encoded).
     const QByteArray &encodedUrl() const { return m_url; }
     const QByteArray &encodedLogoURL() const { return m_logoURL; }
 
-    friend bool operator==(const PlaylistEntry &, const PlaylistEntry &) = default;
+    friend bool operator==(const PlaylistEntry &a, const PlaylistEntry &b)
+    {
+        return a.m_id == b.m_id && a.m_name == b.m_name && a.m_url == b.m_url
+            && a.m_logoURL == b.m_logoURL && a.m_groupTitle == b.m_groupTitle
+            && a.m_countryCode == b.m_countryCode;
+    }
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
 
 private:
@@ -45,4 +57,6 @@ private:
     QByteArray m_logoURL;
     QString m_groupTitle;
     QString m_countryCode;
+    // Shared: most entries have none, and those that do mostly share one set.
+    std::shared_ptr<const StreamHeaders> m_headers;
 };

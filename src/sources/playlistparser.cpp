@@ -229,6 +229,29 @@ public:
         }
         if (code)
             m_pending.country = m_pool.intern(*code);
+
+        if (std::optional<QStringView> agent = attributes.value(u"http-user-agent"))
+            m_pendingHeaders.userAgent = agent->toString();
+        if (std::optional<QStringView> referrer = attributes.value(u"http-referrer"))
+            m_pendingHeaders.referrer = referrer->toString();
+    }
+
+    // "#EXTVLCOPT:name=value": VLC's options for the next address. Only the request headers
+    // matter to playing; they hold until that address, whether given before or after #EXTINF.
+    void readVlcOption(QStringView line)
+    {
+        const QStringView option = line.sliced(vlcOptionPrefix.size());
+        const qsizetype equals = option.indexOf(u'=');
+        if (equals < 0)
+            return;
+        const QStringView name = option.first(equals).trimmed();
+        const QStringView value = option.sliced(equals + 1).trimmed();
+        if (value.isEmpty())
+            return;
+        if (name.compare(u"http-user-agent", Qt::CaseInsensitive) == 0)
+            m_pendingHeaders.userAgent = value.toString();
+        else if (name.compare(u"http-referrer", Qt::CaseInsensitive) == 0)
+            m_pendingHeaders.referrer = value.toString();
     }
 
     void readAddress(QStringView line)
@@ -244,7 +267,15 @@ public:
             m_uuids.next(), std::move(name), std::move(*address), std::move(m_pending.logo),
             std::move(m_pending.group), std::move(m_pending.country)));
         m_pending = {};
+        if (!m_pendingHeaders.isEmpty()) {
+            if (!m_lastHeaders || *m_lastHeaders != m_pendingHeaders)
+                m_lastHeaders = std::make_shared<const StreamHeaders>(m_pendingHeaders);
+            m_entries.last().setHeaders(m_lastHeaders);
+            m_pendingHeaders = {};
+        }
     }
+
+    static constexpr QStringView vlcOptionPrefix = u"#EXTVLCOPT:";
 
     QList<PlaylistEntry> take()
     {
@@ -255,6 +286,8 @@ public:
 private:
     QUrl m_baseURL;
     PendingInfo m_pending;
+    StreamHeaders m_pendingHeaders;
+    std::shared_ptr<const StreamHeaders> m_lastHeaders; // shared by entries with equal headers
     TextPool m_pool;
     UuidSource m_uuids;
     QList<PlaylistEntry> m_entries;
@@ -279,25 +312,32 @@ void parseLines(Parser &parser, QStringView text)
             continue;
         if (line.startsWith(u"#EXTINF:"))
             parser.readExtinf(line);
+        else if (line.startsWith(Parser::vlcOptionPrefix))
+            parser.readVlcOption(line);
         else if (!line.startsWith(u'#'))
             parser.readAddress(line);
     }
 }
 
-// The start of the first #EXTINF line that begins after position from, or -1. An #EXTINF line
-// replaces everything the parser holds, so the text can be parsed in two parts there.
+// The start of the first #EXTINF line after position from that directly follows an address
+// line, or -1. An #EXTINF line replaces the pending record, and request headers given before
+// it (#EXTVLCOPT) come after the last address, so the text can be parsed in two parts there.
 qsizetype extinfLineAfter(QStringView text, qsizetype from)
 {
     const char16_t *const data = text.utf16();
     qsizetype start = from;
     while (start < text.size() && !isNewline(data[start]))
         ++start;
+    bool afterAddress = false;
     while (++start < text.size()) {
         qsizetype end = start;
         while (end < text.size() && !isNewline(data[end]))
             ++end;
-        if (text.sliced(start, end - start).trimmed().startsWith(u"#EXTINF:"))
+        const QStringView line = text.sliced(start, end - start).trimmed();
+        if (line.startsWith(u"#EXTINF:") && afterAddress)
             return start;
+        if (!line.isEmpty())
+            afterAddress = !line.startsWith(u'#');
         start = end;
     }
     return -1;

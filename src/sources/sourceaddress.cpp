@@ -2,6 +2,8 @@
 
 #include "urlparts.h"
 
+#include <QStringList>
+
 namespace SourceAddress {
 
 QString normalizedRemoteAddress(const QString &text)
@@ -56,3 +58,18 @@ Classification classify(const QString &text)
 }
 
 } // namespace SourceAddress
+
+bool SourceAddress::isPlayableChannelAddress(const QUrl &url, bool listedInLocalFile)
+{
+    static const QStringList networkSchemes {
+        QStringLiteral("http"),  QStringLiteral("https"), QStringLiteral("rtmp"),
+        QStringLiteral("rtmps"), QStringLiteral("rtsp"),  QStringLiteral("rtp"),
+        QStringLiteral("udp"),
+    };
+    if (!url.isValid() || url.isRelative())
+        return false;
+    const QString scheme = url.scheme().toLower();
+    if (networkSchemes.contains(scheme))
+        return !url.host().isEmpty();
+    return listedInLocalFile && url.isLocalFile();
+}

@@ -34,6 +34,12 @@ struct Classification
     bool isLiveStream = false; // for stream
 };
 
+// True when a channel of a playlist may be played from its address. A playlist from the
+// network only names network streams: HTTP and HTTPS, and the RTMP, RTSP, RTP and UDP streams
+// of IPTV services. A playlist imported from a file may also name local files. Anything else
+// (mpv's av://, lavf://, edl://, fd://, memory://...) would let a list read what it should not.
+bool isPlayableChannelAddress(const QUrl &url, bool listedInLocalFile);
+
 // Classifies a typed address in the order the player opens it: clean, parse, require http or
 // https, then video service, playlist, stream.
 Classification classify(const QString &text);

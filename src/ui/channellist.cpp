@@ -18,7 +18,11 @@ namespace {
 
 QAction *addMenuItem(QMenu *menu, QStringView symbol, const QString &title)
 {
-    QAction *action = menu->addAction(Icons::icon(symbol), title);
+    // Titles come from playlists and region names ("Bosnia & Herzegovina"); a lone "&" would
+    // mark a shortcut letter instead of showing.
+    QString text = title;
+    text.replace(u'&', QStringLiteral("&&"));
+    QAction *action = menu->addAction(Icons::icon(symbol), text);
     // The symbol's name, for assistive tools and tests.
     action->setProperty("symbol", symbol.toString());
     return action;
@@ -192,8 +196,7 @@ void ChannelList::fillCategoryMenu()
         return;
     menu->addSeparator();
     for (const QString &category : categories) {
-        QAction *item
-            = menu->addAction(Icons::icon(category == selected ? u"checkmark" : u"tv"), category);
+        QAction *item = addMenuItem(menu, category == selected ? u"checkmark" : u"tv", category);
         connect(item, &QAction::triggered, this, [this, category] { setCategory(category); });
     }
 }
@@ -202,6 +205,5 @@ void ChannelList::play(const QModelIndex &index)
 {
     if (!index.isValid())
         return;
-    const PlaylistEntry entry = m_model->entry(index.row());
-    m_player.play(entry.url(), entry.name(), true);
+    m_player.playChannel(m_model->entry(index.row()));
 }

@@ -1,5 +1,6 @@
 #include "model/openpanels.h"
 
+#include <QDir>
 #include <QTest>
 
 class TestOpenPanels : public QObject
@@ -23,9 +24,32 @@ private Q_SLOTS:
         const OpenPanelRequest request = OpenPanels::importPlaylist();
         QCOMPARE(request.title, "Import M3U Playlist");
         QCOMPARE(request.confirmLabel, "Import");
-        const QStringList expected {"M3U Playlists and Plain Text (*.m3u *.txt)",
-                                    "M3U Playlist (*.m3u)", "Plain Text (*.txt)"};
+        const QStringList expected {"M3U Playlists and Plain Text (*.m3u *.m3u8 *.txt)",
+                                    "M3U Playlist (*.m3u *.m3u8)", "Plain Text (*.txt)",
+                                    "All Files (*)"};
         QCOMPARE(request.nameFilters, expected);
+    }
+
+    void playlistPanelOffersEveryKindOfList()
+    {
+        const QStringList filters = OpenPanels::importPlaylist().nameFilters;
+        // The patterns of a filter such as "Name (*.a *.b)".
+        const auto patterns = [](const QString &filter) {
+            const qsizetype open = filter.lastIndexOf(u'(');
+            return filter.mid(open + 1, filter.size() - open - 2).split(u' ');
+        };
+        const auto offered = [&](const QString &file) {
+            for (const QString &filter : filters) {
+                if (QDir::match(patterns(filter), file))
+                    return true;
+            }
+            return false;
+        };
+        // The first filter, shown by default, takes both playlist names.
+        QVERIFY(QDir::match(patterns(filters.constFirst()), QStringLiteral("playlist.m3u8")));
+        QVERIFY(QDir::match(patterns(filters.constFirst()), QStringLiteral("playlist.m3u")));
+        QVERIFY(offered(QStringLiteral("channels")));
+        QVERIFY(offered(QStringLiteral("tv.list")));
     }
 };
 

@@ -11,6 +11,7 @@ private Q_SLOTS:
     void utf8IsDecoded();
     void byteOrderMarkIsDropped();
     void invalidUtf8FallsBackToLatin1WithAccentsIntact();
+    void byteOrderMarkIsDroppedBeforeTheLatin1Fallback();
     void nulBytesAreKept();
     void emptyBytesGiveEmptyText();
 };
@@ -38,6 +39,17 @@ void TestPlaylistText::invalidUtf8FallsBackToLatin1WithAccentsIntact()
     const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_qs));
     QCOMPARE(entries.size(), 1);
     QCOMPARE(entries[0].name(), u"Télé Café"_qs);
+}
+
+void TestPlaylistText::byteOrderMarkIsDroppedBeforeTheLatin1Fallback()
+{
+    // A UTF-8 file with its mark, and one stray Latin-1 byte further on.
+    const QByteArray bytes("\xEF\xBB\xBF#EXTM3U\n#EXTINF:-1,Caf\xE9\nhttp://h/a.ts\n");
+    const QString text = decodePlaylistText(bytes);
+    QVERIFY(text.startsWith(u"#EXTM3U"));
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_qs));
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].name(), u"Café"_qs);
 }
 
 void TestPlaylistText::nulBytesAreKept()

@@ -19,6 +19,8 @@ private Q_SLOTS:
     void classify_data();
     void classify();
     void invalidAddressMessageText();
+    void channelAddresses_data();
+    void channelAddresses();
 };
 
 void TestSourceAddress::normalizedRemoteAddress_data()
@@ -133,6 +135,37 @@ void TestSourceAddress::classify()
 void TestSourceAddress::invalidAddressMessageText()
 {
     QCOMPARE(invalidAddressMessage, u"Enter a valid HTTP or HTTPS address.");
+}
+
+void TestSourceAddress::channelAddresses_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<bool>("fromNetworkList");
+    QTest::addColumn<bool>("fromLocalList");
+    QTest::newRow("http") << "http://h/live.m3u8" << true << true;
+    QTest::newRow("https in capitals") << "HTTPS://h/live.m3u8" << true << true;
+    QTest::newRow("rtmp") << "rtmp://h/app/stream" << true << true;
+    QTest::newRow("rtsp") << "rtsp://10.0.0.2:554/cam" << true << true;
+    QTest::newRow("udp multicast") << "udp://@239.0.0.1:1234" << true << true;
+    QTest::newRow("rtp") << "rtp://239.0.0.1:5000" << true << true;
+    QTest::newRow("http without host") << "http:///x.ts" << false << false;
+    QTest::newRow("file") << "file:///home/me/film.mkv" << false << true;
+    QTest::newRow("av lavfi") << "av://lavfi:sine" << false << false;
+    QTest::newRow("lavf") << "lavf://file:///etc/passwd" << false << false;
+    QTest::newRow("edl") << "edl:///etc/passwd" << false << false;
+    QTest::newRow("fd") << "fd://0" << false << false;
+    QTest::newRow("memory") << "memory://text" << false << false;
+    QTest::newRow("relative") << "live/x.ts" << false << false;
+}
+
+void TestSourceAddress::channelAddresses()
+{
+    QFETCH(QString, address);
+    QFETCH(bool, fromNetworkList);
+    QFETCH(bool, fromLocalList);
+    const QUrl url(address);
+    QCOMPARE(SourceAddress::isPlayableChannelAddress(url, false), fromNetworkList);
+    QCOMPARE(SourceAddress::isPlayableChannelAddress(url, true), fromLocalList);
 }
 
 QTEST_GUILESS_MAIN(TestSourceAddress)

@@ -8,9 +8,11 @@
 class ScriptedMediaPlayer final : public MediaPlayer
 {
 public:
-    void replaceCurrentItem(const std::optional<QUrl> &url) override
+    void replaceCurrentItem(const std::optional<QUrl> &url,
+                            const StreamHeaders &headers = {}) override
     {
         items.append(url);
+        itemHeaders.append(headers);
         if (m_hasItem == url.has_value())
             return;
         m_hasItem = url.has_value();
@@ -48,6 +50,7 @@ public:
 
     // Every item and exact seek asked for, in order.
     QList<std::optional<QUrl>> items;
+    QList<StreamHeaders> itemHeaders;
     QList<double> seeks;
 
 private:

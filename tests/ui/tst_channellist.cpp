@@ -233,6 +233,35 @@ private Q_SLOTS:
         QCOMPARE(m_list->listModel()->rowCount(), channelCount);
     }
 
+    void menuTitlesShowTheirAmpersands()
+    {
+        m_server->route(QStringLiteral("/amp.m3u"),
+                        HttpResponse::text("#EXTM3U\n"
+                                           "#EXTINF:-1 tvg-country=\"BA\" group-title=\"News & "
+                                           "Weather\",Federalna\nhttp://127.0.0.1:9/ba.m3u8\n"
+                                           "#EXTINF:-1 tvg-country=\"TT\",TTT\n"
+                                           "http://127.0.0.1:9/tt.m3u8\n"));
+        m_model->openRemote(m_server->url(QStringLiteral("/amp.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 2, 10000);
+        // What a menu shows of an action is its text with the mnemonic marks taken out.
+        const auto shown = [this](FilterMenuButton *button) {
+            QStringList titles;
+            for (QAction *action : openMenu(button))
+                if (!action->isSeparator())
+                    titles.append(action->iconText());
+            return titles;
+        };
+        QCOMPARE(shown(m_list->countryButton()),
+                 (QStringList {"Countries", "Bosnia & Herzegovina", "Trinidad & Tobago"}));
+        QCOMPARE(shown(m_list->categoryButton()), (QStringList {"Category", "News & Weather"}));
+        openMenu(m_list->categoryButton()).constLast()->trigger();
+        QCOMPARE(m_list->filter().category, "News & Weather");
+        QCOMPARE(m_list->categoryMenuTitle(), "News & Weather");
+        openMenu(m_list->countryButton()).at(2)->trigger();
+        QCOMPARE(m_list->filter().countryCode, "BA");
+        QCOMPARE(m_list->countryMenuTitle(), "Bosnia & Herzegovina");
+    }
+
     void resettingEmptiesTheSearchAndLiftsTheMenus()
     {
         m_list->setSearch(QStringLiteral("arte"));
@@ -254,6 +283,41 @@ private Q_SLOTS:
         QCOMPARE(player().items.constLast(), m_server->url(QStringLiteral("/streams/0.m3u8")));
         QCOMPARE(m_model->title(), "Arte");
         QVERIFY(m_model->isLiveStream());
+    }
+
+    void channelsOnlyPlayOverTheNetwork()
+    {
+        // A downloaded list may name anything the player could open; a click only plays
+        // network streams.
+        m_server->route(QStringLiteral("/hostile.m3u"),
+                        HttpResponse::text("#EXTM3U\n#EXTINF:-1,File\nfile:///etc/hostname\n"
+                                           "#EXTINF:-1,Lavfi\nav://lavfi:0\n"
+                                           "#EXTINF:-1,Lavf\nlavf://file:///etc/hostname\n"
+                                           "#EXTINF:-1,Edl\nedl:///etc/hostname\n"
+                                           "#EXTINF:-1,Fd\nfd://0\n"
+                                           "#EXTINF:-1,Memory\nmemory://secret\n"
+                                           "#EXTINF:-1,Good\nhttp://127.0.0.1:9/good.m3u8\n"
+                                           "#EXTINF:-1,Rtsp\nrtsp://127.0.0.1:9/cam\n"));
+        m_model->openRemote(m_server->url(QStringLiteral("/hostile.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 8, 10000);
+        QListView *view = m_list->listView();
+        const auto click = [&](int row) {
+            const QRect rect = view->visualRect(m_list->listModel()->index(row));
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, rect.center());
+        };
+        for (int row = 0; row < 6; ++row) {
+            click(row);
+            QVERIFY2(player().items.isEmpty(), qPrintable(m_model->playlist()[row].name()));
+            QCOMPARE(m_model->errorMessage(), "Enter a valid HTTP or HTTPS address.");
+            QVERIFY(!m_model->isPlaying());
+        }
+        click(6);
+        QCOMPARE(player().items.size(), 1);
+        QCOMPARE(player().items.constLast(), QUrl(QStringLiteral("http://127.0.0.1:9/good.m3u8")));
+        QVERIFY(m_model->errorMessage().isNull());
+        QCOMPARE(m_model->title(), "Good");
+        click(7);
+        QCOMPARE(player().items.size(), 2);
     }
 
     void logosAreFetchedOnlyForRowsOnScreen()

@@ -61,6 +61,8 @@ public:
     // expression; the held ones are then answered.
     void hold(const QRegularExpression &paths);
     int requestCount(const QString &path) const { return m_requestCounts.value(path); }
+    // Requests held now whose client is still connected.
+    int heldCount() const { return int(m_held.size()); }
 
 private:
     class Connection;

@@ -1,0 +1,147 @@
+// Playing the channels of a playlist with real libmpv and a real local server: the request
+// headers a playlist names reach the stream's server, and a network item never gets local
+// files opened on its behalf.
+#include "httpserver/localhttpserver.h"
+#include "model/mpvplayer.h"
+#include "model/playermodel.h"
+#include "testmedia.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestChannelPlayback : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_media;
+    LocalHttpServer m_server;
+    std::unique_ptr<PlayerModel> m_model;
+    QString m_chosenFile;
+
+    const PlaylistEntry *channel(const QString &name) const
+    {
+        for (const PlaylistEntry &entry : m_model->playlist())
+            if (entry.name() == name)
+                return &entry;
+        return nullptr;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_media.isValid());
+        const QString clip = m_media.filePath(QStringLiteral("clip.mp4"));
+        QVERIFY(TestMedia::makeClip(clip, 2));
+        QVERIFY(TestMedia::makeSegments(m_media.filePath(QStringLiteral("segments")), 3));
+        QFile file(clip);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray clipBytes = file.readAll();
+        QVERIFY(m_server.listen());
+
+        // Answers only the player that names itself and the page it came from.
+        m_server.route(QStringLiteral("/guarded/clip.mp4"), [clipBytes](const HttpRequest &r) {
+            if (r.headers.value("user-agent") != "LumoTest/1.0 (like VLC)"
+                || r.headers.value("referer") != "https://site.example/watch?id=1")
+                return HttpResponse::text("forbidden\n", "text/plain", 403);
+            return HttpResponse::text(clipBytes, "video/mp4");
+        });
+        const QByteArray guarded = m_server.url(QStringLiteral("/guarded/clip.mp4")).toEncoded();
+        m_server.route(QStringLiteral("/channels.m3u"),
+                       HttpResponse::text("#EXTM3U\r\n#EXTINF:-1,With headers\r\n"
+                                          "#EXTVLCOPT:http-user-agent=LumoTest/1.0 (like VLC)\r\n"
+                                          "#EXTVLCOPT:http-referrer=https://site.example/watch?"
+                                          "id=1\r\n"
+                                          + guarded
+                                          + "\r\n#EXTINF:-1 http-user-agent=\"LumoTest/1.0 (like "
+                                            "VLC)\" http-referrer=\"https://site.example/watch?"
+                                            "id=1\",As attributes\r\n"
+                                          + guarded + "\r\n#EXTINF:-1,Without\r\n" + guarded
+                                          + "\r\n#EXTINF:-1,Local file\r\nfile://"
+                                          + QUrl::fromLocalFile(clip).path().toUtf8() + "\r\n"));
+        // An HLS index from the network whose segments are files on this machine.
+        QByteArray index = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:1\n"
+                           "#EXT-X-MEDIA-SEQUENCE:0\n";
+        for (int i = 0; i < 3; ++i)
+            index += "#EXTINF:1.0,\n"
+                + QUrl::fromLocalFile(m_media.filePath(QStringLiteral("segments/seg%1.ts").arg(i)))
+                      .toEncoded()
+                + "\n";
+        index += "#EXT-X-ENDLIST\n";
+        m_server.route(QStringLiteral("/trap/index.m3u8"),
+                       HttpResponse::text(index, "application/vnd.apple.mpegurl"));
+
+        QFile local(m_media.filePath(QStringLiteral("mine.m3u")));
+        QVERIFY(local.open(QIODevice::WriteOnly));
+        local.write("#EXTM3U\n#EXTINF:-1,Next to the list\nclip.mp4\n");
+    }
+
+    void init()
+    {
+        m_model = std::make_unique<PlayerModel>(
+            std::make_unique<MpvPlayer>(MpvPlayer::VideoOutput::none));
+        m_model->setFileChooser([this](const OpenPanelRequest &) { return m_chosenFile; });
+        m_model->openRemote(m_server.url(QStringLiteral("/channels.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 4, 10000);
+    }
+
+    void cleanup() { m_model.reset(); }
+
+    void aChannelPlaysWithItsHeaders_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("#EXTVLCOPT lines") << "With headers";
+        QTest::newRow("#EXTINF attributes") << "As attributes";
+    }
+
+    void aChannelPlaysWithItsHeaders()
+    {
+        QFETCH(QString, name);
+        QVERIFY(channel(name));
+        m_model->playChannel(*channel(name));
+        QCOMPARE(m_model->title(), name);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 15000);
+        QVERIFY(m_model->toastMessage().isNull());
+    }
+
+    void theSameStreamWithoutThemIsRefused()
+    {
+        QVERIFY(channel(QStringLiteral("Without")));
+        m_model->playChannel(*channel(QStringLiteral("Without")));
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), "Could not play Without.", 15000);
+        // Headers belong to their channel only: the next plain stream goes without them.
+        m_model->playChannel(*channel(QStringLiteral("With headers")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 15000);
+    }
+
+    void aDownloadedListNeverPlaysALocalFile()
+    {
+        QVERIFY(channel(QStringLiteral("Local file")));
+        m_model->playChannel(*channel(QStringLiteral("Local file")));
+        QCOMPARE(m_model->errorMessage(), "Enter a valid HTTP or HTTPS address.");
+        QVERIFY(!m_model->player().hasItem());
+        QCOMPARE(m_model->title(), "IPTV Playlist");
+    }
+
+    void anImportedListPlaysTheFilesBesideIt()
+    {
+        m_chosenFile = m_media.filePath(QStringLiteral("mine.m3u"));
+        m_model->importLocalM3U(std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 1, 5000);
+        m_model->playChannel(m_model->playlist().constFirst());
+        QVERIFY(m_model->errorMessage().isNull());
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 15000);
+    }
+
+    void aNetworkStreamNeverOpensLocalFiles()
+    {
+        // Played as typed: mpv loads the index, and FFmpeg may not open its file: segments.
+        m_model->openRemote(m_server.url(QStringLiteral("/trap/index.m3u8")).toString(),
+                            std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), "Could not play index.m3u8.", 20000);
+        QVERIFY(!(m_model->currentTime() > 0));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestChannelPlayback)
+#include "tst_channelplayback.moc"

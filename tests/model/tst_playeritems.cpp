@@ -1,0 +1,125 @@
+// Which item the player is on, with real libmpv: loads replaced before they start, loads
+// followed at once by a stop or by web content, and media that then fails must still be
+// reported.
+#include "model/mpvplayer.h"
+#include "model/playermodel.h"
+#include "testmedia.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestPlayerItems : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_media;
+    std::unique_ptr<PlayerModel> m_model;
+
+    QUrl mediaFile(const QString &name) const
+    {
+        return QUrl::fromLocalFile(m_media.filePath(name));
+    }
+
+    // Broken media played now must end in its notice, with no item left.
+    void brokenMediaIsReported()
+    {
+        m_model->play(mediaFile(QStringLiteral("fake.mp4")), std::nullopt, false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), "Could not play fake.mp4.", 15000);
+        QVERIFY(!m_model->player().hasItem());
+        QVERIFY(!m_model->isPlaying());
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_media.isValid());
+        QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("clip.mp4")), 2));
+        QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("long.mp4")), 600, {64, 48}, 1,
+                                    false));
+        QFile fake(m_media.filePath(QStringLiteral("fake.mp4")));
+        QVERIFY(fake.open(QIODevice::WriteOnly));
+        fake.write("This is a text file with a video name.\n");
+    }
+
+    void init()
+    {
+        m_model = std::make_unique<PlayerModel>(
+            std::make_unique<MpvPlayer>(MpvPlayer::VideoOutput::none));
+    }
+
+    void cleanup() { m_model.reset(); }
+
+    void twoLoadsBackToBack()
+    {
+        // The first load is replaced before mpv starts it: mpv never reports its start.
+        m_model->play(mediaFile(QStringLiteral("long.mp4")), std::nullopt, false);
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(qAbs(m_model->duration() - 2.0) < 0.1, 10000);
+        brokenMediaIsReported();
+    }
+
+    void aLoadStoppedAtOnce()
+    {
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        m_model->stop();
+        QTest::qWait(300);
+        QVERIFY(!m_model->player().hasItem());
+        brokenMediaIsReported();
+    }
+
+    void aLoadReplacedByWebContent()
+    {
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        m_model->openRemote(QStringLiteral("https://youtu.be/dQw4w9WgXcQ"), std::nullopt);
+        QVERIFY(m_model->youtubeContent());
+        QTest::qWait(300);
+        QVERIFY(!m_model->player().hasItem());
+        brokenMediaIsReported();
+    }
+
+    void manyLoadsInARowEndOnTheLast()
+    {
+        for (int i = 0; i < 5; ++i) {
+            m_model->play(mediaFile(QStringLiteral("long.mp4")), std::nullopt, false);
+            m_model->stop();
+        }
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(qAbs(m_model->duration() - 2.0) < 0.1, 10000);
+        brokenMediaIsReported();
+        // And the player recovers from that too.
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 10000);
+        QVERIFY(m_model->player().hasItem());
+    }
+
+    void theEarlierItemsTimesNeverShowForTheNewOne()
+    {
+        m_model->play(mediaFile(QStringLiteral("long.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->duration() > 500, 10000);
+        m_model->skip(300);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->player().position() > 299, 10000);
+
+        MediaPlayer &player = m_model->player();
+        QList<double> positions, durations;
+        QSignalSpy restarts(&static_cast<MpvPlayer &>(player), &MpvPlayer::playbackRestarted);
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QVERIFY(restarts.isEmpty());
+        // Sampled as often as the events come in, until the new item has played a while.
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                positions.append(player.position());
+                durations.append(player.duration().value_or(0));
+                return player.position() > 0.5 && player.position() < 3;
+            },
+            10000));
+        for (double seconds : std::as_const(positions))
+            QVERIFY2(!(seconds > 3), qPrintable(QString::number(seconds)));
+        for (double seconds : std::as_const(durations))
+            QVERIFY2(seconds < 3, qPrintable(QString::number(seconds)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPlayerItems)
+#include "tst_playeritems.moc"

@@ -1,0 +1,94 @@
+// The playlist loader when a file read never ends, as on a stalled network mount: later loads
+// go on, and quitting does not wait for the read. A stalled mount cannot be made here on
+// demand, so the read is a stand-in that blocks until the test lets it go.
+#include "httpserver/localhttpserver.h"
+#include "model/playlistloader.h"
+
+#include <QTest>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+// A read that blocks until released.
+struct StalledRead
+{
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool started = false;
+    bool released = false;
+
+    PlaylistLoadResult read()
+    {
+        std::unique_lock lock(mutex);
+        started = true;
+        changed.notify_all();
+        changed.wait(lock, [this] { return released; });
+        return {{}, QStringLiteral("released")};
+    }
+    bool hasStarted()
+    {
+        const std::lock_guard lock(mutex);
+        return started;
+    }
+    bool isReleased()
+    {
+        const std::lock_guard lock(mutex);
+        return released;
+    }
+    void release()
+    {
+        const std::lock_guard lock(mutex);
+        released = true;
+        changed.notify_all();
+    }
+};
+
+} // namespace
+
+class TestPlaylistLoader : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aStalledReadHoldsUpNeitherLoadsNorQuitting()
+    {
+        LocalHttpServer server;
+        server.route(QStringLiteral("/list.m3u"),
+                     HttpResponse::text("#EXTM3U\n#EXTINF:-1,One\nhttp://127.0.0.1:9/1.ts\n"));
+        QVERIFY(server.listen());
+
+        auto stall = std::make_shared<StalledRead>();
+        auto loader = std::make_unique<PlaylistLoader>(
+            [stall](const QString &, qint64) { return stall->read(); });
+        QObject context;
+        int fileResults = 0;
+        loader->loadFile(QStringLiteral("/mnt/stalled/list.m3u"), maxPlaylistBytes, &context,
+                         [&fileResults](const PlaylistLoadResult &) { ++fileResults; });
+        QTRY_VERIFY(stall->hasStarted());
+
+        QList<PlaylistEntry> downloaded;
+        loader->load(
+            server.url(QStringLiteral("/list.m3u")), PlaylistDownloadLimits(), &context,
+            [&downloaded](const PlaylistLoadResult &result) { downloaded = result.entries; });
+        QTRY_COMPARE_WITH_TIMEOUT(downloaded.size(), 1, 5000);
+
+        // Let the read go only long after quitting should have ended; a loader that waited
+        // for it would end only then.
+        std::thread releaser([stall] {
+            std::this_thread::sleep_for(std::chrono::seconds(5));
+            stall->release();
+        });
+        loader.reset();
+        const bool releasedBeforeQuitEnded = stall->isReleased();
+        releaser.join();
+        QVERIFY(!releasedBeforeQuitEnded);
+        // The read's late result goes nowhere.
+        QTest::qWait(300);
+        QCOMPARE(fileResults, 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPlaylistLoader)
+#include "tst_playlistloader.moc"

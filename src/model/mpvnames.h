@@ -39,6 +39,7 @@ inline constexpr const char *pausedForCache = "paused-for-cache";
 inline constexpr const char *cacheBufferingState = "cache-buffering-state";
 inline constexpr const char *displayWidth = "video-params/dw";
 inline constexpr const char *displayHeight = "video-params/dh";
+inline constexpr const char *rotation = "video-params/rotate";
 inline constexpr const char *fileFormat = "file-format";
 inline constexpr const char *seekable = "seekable";
 inline constexpr const char *volume = "volume";

@@ -21,6 +21,7 @@ const MpvPlayer::ObservedProperty MpvPlayer::s_observed[] = {
     {Property::duration, MPV_FORMAT_DOUBLE},    {Property::pausedForCache, MPV_FORMAT_FLAG},
     {Property::displayWidth, MPV_FORMAT_INT64}, {Property::displayHeight, MPV_FORMAT_INT64},
     {Property::fileFormat, MPV_FORMAT_STRING},  {Property::seekable, MPV_FORMAT_FLAG},
+    {Property::rotation, MPV_FORMAT_INT64},
 };
 
 void MpvPlayer::HandleDeleter::operator()(mpv_handle *handle) const
@@ -353,10 +354,18 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
             && QByteArrayView(*static_cast<const char **>(data)) == "hls";
     } else if (key == Property::seekable) {
         m_seekable = flag();
-    } else if (key == Property::displayWidth || key == Property::displayHeight) {
-        (key == Property::displayWidth ? m_displayWidth : m_displayHeight) = integer();
+    } else if (key == Property::displayWidth || key == Property::displayHeight
+               || key == Property::rotation) {
+        (key == Property::displayWidth        ? m_displayWidth
+             : key == Property::displayHeight ? m_displayHeight
+                                              : m_rotation)
+            = integer();
+        // mpv draws a picture tagged as turned (a phone's upright clip) turned, so it is shown
+        // in the other shape than it is stored in.
+        const bool quarterTurn = m_rotation % 180 != 0;
         const QSize size = m_displayWidth > 0 && m_displayHeight > 0
-            ? QSize(int(m_displayWidth), int(m_displayHeight))
+            ? QSize(int(quarterTurn ? m_displayHeight : m_displayWidth),
+                    int(quarterTurn ? m_displayWidth : m_displayHeight))
             : QSize();
         if (size != m_presentationSize) {
             m_presentationSize = size;

@@ -99,5 +99,6 @@ private:
     bool m_seekable = false;
     qint64 m_displayWidth = 0;
     qint64 m_displayHeight = 0;
+    qint64 m_rotation = 0; // degrees clockwise the picture is shown turned
     QSize m_presentationSize;
 };

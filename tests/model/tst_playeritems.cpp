@@ -38,6 +38,8 @@ private Q_SLOTS:
         QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("clip.mp4")), 2));
         QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("long.mp4")), 600, {64, 48}, 1,
                                     false));
+        QVERIFY(TestMedia::makeRotated(m_media.filePath(QStringLiteral("clip.mp4")),
+                                       m_media.filePath(QStringLiteral("upright.mp4")), 90));
         QFile fake(m_media.filePath(QStringLiteral("fake.mp4")));
         QVERIFY(fake.open(QIODevice::WriteOnly));
         fake.write("This is a text file with a video name.\n");
@@ -92,6 +94,17 @@ private Q_SLOTS:
         m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
         QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 10000);
         QVERIFY(m_model->player().hasItem());
+    }
+
+    void aTurnedVideoHasTheShapeItIsShownIn()
+    {
+        // Stored 320 × 240 and shown upright, as a phone's clip: 240 × 320 on screen.
+        m_model->play(mediaFile(QStringLiteral("upright.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->videoAspectRatio() > 0, 10000);
+        QCOMPARE(m_model->player().presentationSize(), QSize(240, 320));
+        QVERIFY(qAbs(m_model->videoAspectRatio() - 0.75) < 0.001);
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->player().presentationSize(), QSize(320, 240), 10000);
     }
 
     void theEarlierItemsTimesNeverShowForTheNewOne()

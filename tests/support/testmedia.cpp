@@ -104,6 +104,12 @@ bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size
                       path});
 }
 
+bool makeRotated(const QString &source, const QString &path, int degrees)
+{
+    return runFfmpeg({"-i", source, "-c", "copy", "-metadata:s:v",
+                      QStringLiteral("rotate=%1").arg(degrees), path});
+}
+
 bool makeSegments(const QString &folder, int count)
 {
     QDir().mkpath(folder);

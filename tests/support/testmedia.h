@@ -17,6 +17,9 @@ bool makeColourThirds(const QString &path, QSize size, double seconds = 30, int 
 // moving to the right edge over moveSeconds, then held there; no audio.
 bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size,
                        double holdSeconds, double moveSeconds);
+// A copy of source whose container says to show it turned by degrees (FFmpeg's rotate tag), as
+// phones record upright video: the pictures are stored as they were.
+bool makeRotated(const QString &source, const QString &path, int degrees);
 // count MPEG-TS segments of one second each, named seg0.ts, seg1.ts, ... in folder.
 bool makeSegments(const QString &folder, int count);
 // A live HLS index over those segments: a window of `window` segments that slides by one each

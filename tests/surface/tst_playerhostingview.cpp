@@ -111,6 +111,7 @@ private Q_SLOTS:
         QVERIFY(TestMedia::makeColourThirds(media("thirds.mp4"), {640, 360}));
         QVERIFY(TestMedia::makeColourThirds(media("portrait.mp4"), {288, 640}));
         QVERIFY(TestMedia::makeColourThirds(media("square-ish.mp4"), {360, 640}));
+        QVERIFY(TestMedia::makeRotated(media("thirds.mp4"), media("thirds-upright.mp4"), 90));
         const QString face = TestFaces::directory() + "/astronaut.png";
         QVERIFY2(QFile::exists(face), "run ./lumo setup");
         QVERIFY(TestMedia::makeMovingPicture(media("face.mp4"), face, {1280, 720}, 2.5, 3));
@@ -230,6 +231,25 @@ private Q_SLOTS:
         QCOMPARE(colourAt(before, 219 + 100, 200), 'g');
         QCOMPARE(colourAt(before, 219 + 180, 200), 'b');
         QCOMPARE(colourAt(before, 219 + 100, 3), 'g');
+        const double pan = m_view->horizontalPan();
+        drag(m_view.get(), 300, 400);
+        QVERIFY(m_view->horizontalPan() != pan);
+        QCOMPARE(picture(), before);
+    }
+
+    void aTurnedVideoIsLaidOutInItsShownShape()
+    {
+        // Stored 640 × 360, shown upright: a portrait picture, which manual reframe fits to
+        // the width and does not pan.
+        QVERIFY(showPicture(media("thirds-upright.mp4")));
+        QCOMPARE(m_player->presentationSize(), QSize(360, 640));
+        m_view->setDisplayMode(Mode::manual);
+        QCOMPARE(m_view->playerLayerFrame(),
+                 DisplayGeometry::layout(Mode::manual, QSizeF(viewSize), QSizeF(360, 640), 0));
+        const QImage before = picture("mode-manual-reframe-turned-video");
+        // Turned a quarter, the thirds run from top to bottom across the whole crop.
+        const int middle = 320;
+        QVERIFY(colourAt(before, middle, 60) != colourAt(before, middle, 300));
         const double pan = m_view->horizontalPan();
         drag(m_view.get(), 300, 400);
         QVERIFY(m_view->horizontalPan() != pan);

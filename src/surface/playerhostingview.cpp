@@ -3,14 +3,17 @@
 #include "facedetector.h"
 #include "facedetectors.h"
 #include "framebufferreadback.h"
+#include "fullscreentoggle.h"
 #include "model/mpvplayer.h"
 #include "model/playernotifications.h"
 #include "mpvrendercontext.h"
 #include "smartreframe.h"
 #include "videolayercompositor.h"
 
+#include <QGuiApplication>
 #include <QMouseEvent>
 #include <QOpenGLContext>
+#include <QStyleHints>
 #include <QTimer>
 #include <QWindow>
 
@@ -193,12 +196,23 @@ void PlayerHostingView::mousePressEvent(QMouseEvent *event)
         m_dragStartPan = m_horizontalPan;
         return;
     }
-    if (m_windowDragHandler)
-        m_windowDragHandler(windowHandle);
+    // The window is moved only once the pointer has moved with the button down: handed to the
+    // window manager at the press, the release and the next click would go to it instead.
+    m_windowDragArmed = true;
+    m_pressGlobal = event->globalPosition();
 }
 
 void PlayerHostingView::mouseMoveEvent(QMouseEvent *event)
 {
+    if (m_windowDragArmed && (event->buttons() & Qt::LeftButton)) {
+        const QPointF moved = event->globalPosition() - m_pressGlobal;
+        if (moved.manhattanLength() >= QGuiApplication::styleHints()->startDragDistance()) {
+            m_windowDragArmed = false;
+            if (m_windowDragHandler)
+                m_windowDragHandler(window()->windowHandle());
+        }
+        return;
+    }
     if (!m_dragging || !(event->buttons() & Qt::LeftButton)) {
         QOpenGLWidget::mouseMoveEvent(event);
         return;
@@ -210,8 +224,10 @@ void PlayerHostingView::mouseMoveEvent(QMouseEvent *event)
 
 void PlayerHostingView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton) {
         m_dragging = false;
+        m_windowDragArmed = false;
+    }
     QOpenGLWidget::mouseReleaseEvent(event);
 }
 
@@ -223,11 +239,8 @@ void PlayerHostingView::mouseDoubleClickEvent(QMouseEvent *event)
     }
     // The second click of a double click toggles full screen and posts nothing.
     m_dragging = false;
-    QWidget *top = window();
-    if (top->isFullScreen())
-        top->showNormal();
-    else
-        top->showFullScreen();
+    m_windowDragArmed = false;
+    toggleFullScreen(window());
 }
 
 void PlayerHostingView::initializeGL()

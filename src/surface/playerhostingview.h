@@ -106,6 +106,9 @@ private:
     WindowDragHandler m_windowDragHandler;
     PictureReceiver m_pictureReceiver;
     std::unique_ptr<FramebufferReadback> m_readback;
+    // A press that moves the window once the pointer has gone far enough with the button down.
+    bool m_windowDragArmed = false;
+    QPointF m_pressGlobal;
     // The manual-reframe drag under way: where it started and the pan then.
     bool m_dragging = false;
     double m_dragStartX = 0;

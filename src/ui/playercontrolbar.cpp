@@ -3,6 +3,7 @@
 #include "controlbutton.h"
 #include "model/playermodel.h"
 #include "recordcontrol.h"
+#include "surface/fullscreentoggle.h"
 #include "surface/icons.h"
 #include "timetext.h"
 
@@ -265,8 +266,5 @@ void PlayerControlBar::toggleActiveWindowFullScreen()
     QWidget *window = QApplication::activeWindow();
     if (!window)
         return;
-    if (window->isFullScreen())
-        window->showNormal();
-    else
-        window->showFullScreen();
+    toggleFullScreen(window);
 }

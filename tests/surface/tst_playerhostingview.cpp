@@ -5,9 +5,11 @@
 #include "model/playernotifications.h"
 #include "surface/playerhostingview.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QMouseEvent>
 #include <QSignalSpy>
+#include <QStyleHints>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -391,7 +393,7 @@ private Q_SLOTS:
         m_player->pause();
     }
 
-    void singleClickPostsThenDragsTheWindow()
+    void aClickPostsAndAMoveWithTheButtonDownDragsTheWindow()
     {
         int windowDrags = 0;
         m_view->setWindowDragHandler([&](QWindow *) { ++windowDrags; });
@@ -400,12 +402,31 @@ private Q_SLOTS:
         QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(50, 50));
         QCOMPARE(clicks.count(), 1);
         QCOMPARE(clicks.at(0).at(0).value<QWindow *>(), m_view->windowHandle());
-        QCOMPARE(windowDrags, 1);
+        // A click alone leaves the window where it is, and its release to the view.
+        QCOMPARE(windowDrags, 0);
 
-        // In manual reframe a click never drags the window.
-        m_view->setDisplayMode(Mode::manual);
-        QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(50, 50));
+        // A press, then a move shorter than the drag distance: still a click.
+        const int distance = QGuiApplication::styleHints()->startDragDistance();
+        QTest::mousePress(m_view.get(), Qt::LeftButton, {}, QPoint(50, 50));
+        QMouseEvent small(QEvent::MouseMove, QPointF(50 + distance - 1, 50),
+                          m_view->mapToGlobal(QPointF(50 + distance - 1, 50)), Qt::NoButton,
+                          Qt::LeftButton, {});
+        QApplication::sendEvent(m_view.get(), &small);
+        QCOMPARE(windowDrags, 0);
+        // Far enough: the window moves, once however far the pointer goes on.
+        for (int x : {50 + distance + 1, 120, 200}) {
+            QMouseEvent far(QEvent::MouseMove, QPointF(x, 50), m_view->mapToGlobal(QPointF(x, 50)),
+                            Qt::NoButton, Qt::LeftButton, {});
+            QApplication::sendEvent(m_view.get(), &far);
+        }
+        QCOMPARE(windowDrags, 1);
+        QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(200, 50));
         QCOMPARE(clicks.count(), 2);
+
+        // In manual reframe a drag pans the picture and never drags the window.
+        m_view->setDisplayMode(Mode::manual);
+        drag(m_view.get(), 50, 200);
+        QCOMPARE(clicks.count(), 3);
         QCOMPARE(windowDrags, 1);
         m_view->setWindowDragHandler(nullptr);
     }

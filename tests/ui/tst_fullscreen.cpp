@@ -9,6 +9,7 @@
 #include "surface/playerhostingview.h"
 #include "surface/playersurface.h"
 #include "ui/contentview.h"
+#include "ui/controlbutton.h"
 #include "ui/fullscreenpresenter.h"
 #include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
@@ -119,6 +120,38 @@ private Q_SLOTS:
         QVERIFY(control);
         QVERIFY(control->isEnabled());
         QCOMPARE(control->face(), RecordControl::Face::menu);
+    }
+
+    void aMaximisedWindowComesBackMaximised()
+    {
+        m_window->showMaximized();
+        QTRY_VERIFY(m_window->windowState() & Qt::WindowMaximized);
+        QApplication::setActiveWindow(m_window.get());
+
+        // The control bar's button, in and out.
+        ControlButton *fullScreen = nullptr;
+        for (ControlButton *button : bar()->findChildren<ControlButton *>())
+            if (button->toolTip() == QLatin1String("Enter full screen"))
+                fullScreen = button;
+        QVERIFY(fullScreen);
+        fullScreen->click();
+        QTRY_VERIFY(m_window->isFullScreen());
+        fullScreen->click();
+        QTRY_VERIFY(!m_window->isFullScreen());
+        QVERIFY(m_window->windowState() & Qt::WindowMaximized);
+
+        // A double click on the picture, in and out.
+        auto *picture = m_window->findChild<PlayerHostingView *>();
+        QVERIFY(picture);
+        const QPoint middle = picture->rect().center();
+        for (int i = 0; i < 2; ++i) {
+            QTest::mouseClick(picture, Qt::LeftButton, {}, middle);
+            QTest::mouseDClick(picture, Qt::LeftButton, {}, middle);
+            QTest::mouseRelease(picture, Qt::LeftButton, {}, middle);
+            QTRY_COMPARE(m_window->isFullScreen(), i == 0);
+            QTest::qWait(600); // not one quadruple click
+        }
+        QVERIFY(m_window->windowState() & Qt::WindowMaximized);
     }
 
     void inFullScreenTheBarFloatsAndHidesAgain()

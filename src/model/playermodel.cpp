@@ -265,6 +265,12 @@ void PlayerModel::updateStreamTitle(const QString &text)
     setTitle(trimmed.isEmpty() ? applicationDisplayName.toString() : trimmed);
 }
 
+void PlayerModel::showWebPlayerUnavailable()
+{
+    if (m_youtubeContent)
+        setErrorMessage(QStringLiteral("Could not load the YouTube player."));
+}
+
 void PlayerModel::handlePlaybackFailure()
 {
     // Media that cannot be opened has no text of its own: say which title failed.

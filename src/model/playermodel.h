@@ -90,6 +90,9 @@ public:
     void discardLastRemoteSource();
     void replayLastSourceOrShowToast();
     void updateStreamTitle(const QString &text);
+    // The embedded web player could not make the service's player: says so while web content
+    // is shown.
+    void showWebPlayerUnavailable();
 
     // Transport, observation and notices (in PlayerModelTransport.cpp).
     void togglePlayback();

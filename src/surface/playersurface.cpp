@@ -131,6 +131,8 @@ void PlayerSurface::updateContent()
         if (!m_webPlayerView && m_webPlayerViewFactory) {
             m_webPlayerView = m_webPlayerViewFactory(this);
             if (m_webPlayerView) {
+                connect(m_webPlayerView, &WebPlayerView::playerUnavailable, &m_model,
+                        &PlayerModel::showWebPlayerUnavailable);
                 m_webPlayerView->setGeometry(rect());
                 m_webPlayerView->stackUnder(m_emptyState);
             }

@@ -5,7 +5,10 @@
 #include "youtubepage.h"
 #include "youtubeplayerregistry.h"
 
+#include <QPointer>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <QWebEnginePage>
 
 YouTubePlayerView::YouTubePlayerView(QWidget *parent)
     : WebPlayerView(parent)
@@ -16,6 +19,16 @@ YouTubePlayerView::YouTubePlayerView(QWidget *parent)
     layout->addWidget(m_hostingView);
     setStyleSheet(QStringLiteral("background: black;"));
     registerView();
+
+    // The service's script is loaded by the page itself, so once the page has loaded the
+    // script has either run or failed; its player is made later, when the service calls back.
+    m_readyCheck = new QTimer(this);
+    m_readyCheck->setSingleShot(true);
+    m_readyCheck->setInterval(playerReadyTimeoutMs);
+    connect(m_readyCheck, &QTimer::timeout, this,
+            [this] { checkPlayer(QStringLiteral("typeof player === 'object' && !!player")); });
+    connect(m_hostingView, &QWebEngineView::loadFinished, this,
+            [this] { checkPlayer(QStringLiteral("typeof YT !== 'undefined'")); });
 }
 
 YouTubePlayerView::~YouTubePlayerView()
@@ -33,8 +46,27 @@ void YouTubePlayerView::updateContent(const YouTubeContent &content)
     load(content);
 }
 
+void YouTubePlayerView::setPlayerReadyTimeout(int milliseconds)
+{
+    m_readyCheck->setInterval(milliseconds);
+}
+
+void YouTubePlayerView::checkPlayer(const QString &condition)
+{
+    const quint64 load = m_loads;
+    QPointer<YouTubePlayerView> self(this);
+    m_hostingView->page()->runJavaScript(condition, [self, load](const QVariant &result) {
+        if (!self || self->m_loads != load || result.toBool())
+            return;
+        self->m_readyCheck->stop();
+        Q_EMIT self->playerUnavailable();
+    });
+}
+
 void YouTubePlayerView::load(const YouTubeContent &content)
 {
+    ++m_loads;
+    m_readyCheck->start();
     m_loadedContentID = content.id();
     const QString origin = YouTubePage::webOrigin();
     m_hostingView->setHtml(YouTubePage::html(content, origin), YouTubePage::baseUrl(origin));

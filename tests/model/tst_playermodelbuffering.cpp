@@ -3,6 +3,8 @@
 #include "model/playermodel.h"
 #include "scriptedmediaplayer.h"
 
+#include <QKeyEvent>
+#include <QSignalSpy>
 #include <QTest>
 
 class TestPlayerModelBuffering : public QObject
@@ -93,12 +95,24 @@ private Q_SLOTS:
 
     void aPendingNoticeEndsQuietlyWithTheModel()
     {
+        m_model->installKeyboardShortcuts();
         m_model->showToast(QStringLiteral("bye"));
         playLive();
         m_player->setWaiting(true);
+        QSignalSpy toasts(m_model.get(), &PlayerModel::toastMessageChanged);
+        QSignalSpy buffering(m_model.get(), &PlayerModel::isBufferingChanged);
+        QSignalSpy gone(m_model.get(), &QObject::destroyed);
         m_model.reset();
-        QTest::qWait(3000); // nothing fires into a destroyed model
-        QVERIFY(!m_model);
+        QCOMPARE(gone.count(), 1);
+        // Past both delays nothing fired into the destroyed model (the sanitizers would see
+        // it), and its monitors are gone: a key and a pointer move reach no model.
+        QTest::qWait(3000);
+        QCOMPARE(toasts.count(), 0);
+        QCOMPARE(buffering.count(), 0);
+        QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "));
+        QObject target;
+        QCoreApplication::sendEvent(&target, &space);
+        QCOMPARE(toasts.count(), 0);
     }
 };
 

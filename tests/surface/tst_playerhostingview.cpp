@@ -3,7 +3,10 @@
 
 #include "model/mpvplayer.h"
 #include "model/playernotifications.h"
+#include "surface/facedetector.h"
+#include "surface/facedetectors.h"
 #include "surface/playerhostingview.h"
+#include "surface/smartreframe.h"
 
 #include <QApplication>
 #include <QDir>
@@ -290,9 +293,8 @@ private Q_SLOTS:
         QVERIFY(showPicture(media("thirds.mp4")));
         m_view->setDisplayMode(Mode::fill);
         QSignalSpy swaps(m_view.get(), &QOpenGLWidget::frameSwapped);
-        QVERIFY(swaps.wait(1000) || true);
-        swaps.clear();
-        QTest::qWait(200);
+        // Paused, the view draws nothing by itself.
+        QVERIFY(QTest::qWaitFor([&] { return !swaps.wait(400); }, 5000));
         swaps.clear();
         m_view->setDisplayMode(Mode::fill);
         QTRY_VERIFY(swaps.count() > 0);
@@ -306,10 +308,20 @@ private Q_SLOTS:
         QVERIFY(showPicture(media("thirds.mp4")));
         m_view->setDisplayMode(Mode::fill);
         const DisplayGeometry::PlayerLayerFrame before = m_view->playerLayerFrame();
+        QSignalSpy swaps(m_view.get(), &QOpenGLWidget::frameSwapped);
+        QVERIFY(QTest::qWaitFor([&] { return !swaps.wait(400); }, 5000));
+        swaps.clear();
         m_view->setFillScreen(true);
         QVERIFY(m_view->fillScreen());
+        // Drawn again, in the same layout.
+        QTRY_VERIFY(swaps.count() > 0);
         QCOMPARE(m_view->playerLayerFrame(), before);
+        QVERIFY(QTest::qWaitFor([&] { return !swaps.wait(400); }, 5000));
+        swaps.clear();
         m_view->setFillScreen(false);
+        QVERIFY(!m_view->fillScreen());
+        QTRY_VERIFY(swaps.count() > 0);
+        QCOMPARE(m_view->playerLayerFrame(), before);
     }
 
     void zeroHeightGivesAnEmptyCropInTheMiddle()
@@ -353,11 +365,48 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m_view->horizontalPan() < -0.2 || !m_player->isPlaying(), 12000);
         QVERIFY(m_view->horizontalPan() < -0.2);
         picture("mode-smart-reframe-face-right");
-        // Each step covered 35 % of the way, so the pan never jumped straight to the target.
-        for (const QList<QVariant> &step : std::as_const(pans))
-            QVERIFY(qAbs(step.at(0).toDouble()) <= 1);
+        // Each step covered 35 % of the way to where the face was: the target each step implies
+        // is a place in the picture, which a jump straight there would not give.
         QVERIFY(pans.count() >= 4);
+        double previous = 0;
+        for (const QList<QVariant> &step : std::as_const(pans)) {
+            const double pan = step.at(0).toDouble();
+            const double target = previous + (pan - previous) / SmartReframe::smoothing;
+            QVERIFY2(qAbs(target) <= 1 + 1e-9, qPrintable(QString::number(target)));
+            previous = pan;
+        }
         m_player->pause();
+    }
+
+    void eachSmartStepCoversAThirdOfTheWayAndABit()
+    {
+        // A detector that always sees one face, left of centre, so that every step's target is
+        // known.
+        class FixedFace final : public FaceDetector
+        {
+        public:
+            QList<QRectF> detect(const QImage &) override { return {QRectF(0.1, 0.3, 0.2, 0.2)}; }
+            QString name() const override { return QStringLiteral("fixed"); }
+        };
+        m_view->setFaceDetectorFactory([] { return std::make_unique<FixedFace>(); });
+        QVERIFY(showPicture(media("face-stays.mp4")));
+        QSignalSpy pans(m_view.get(), &PlayerHostingView::horizontalPanChanged);
+        m_view->setDisplayMode(Mode::smart);
+        m_player->play();
+        QTRY_VERIFY_WITH_TIMEOUT(pans.count() >= 4, 10000);
+        m_player->pause();
+        const double target = SmartReframe::targetPan(QRectF(0.1, 0.3, 0.2, 0.2));
+        QVERIFY(target > 0.5);
+        double expected = 0;
+        for (int i = 0; i < 4; ++i) {
+            expected += 0.35 * (target - expected);
+            QVERIFY2(qAbs(pans.at(i).at(0).toDouble() - expected) < 1e-9,
+                     qPrintable(QStringLiteral("step %1: %2, not %3")
+                                    .arg(i)
+                                    .arg(pans.at(i).at(0).toDouble())
+                                    .arg(expected)));
+        }
+        m_view->setFaceDetectorFactory(&FaceDetectors::makeDefault);
     }
 
     void pausedVideoKeepsItsPan()

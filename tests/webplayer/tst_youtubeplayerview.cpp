@@ -1,6 +1,7 @@
 // The web player in real Qt WebEngine. The video service is out of reach here, so its IFrame API
 // script is redirected to a stand-in served from loopback that records what the page asks of
 // the player.
+#include "apiscriptredirect.h"
 #include "httpserver/localhttpserver.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
@@ -20,21 +21,8 @@
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineSettings>
-#include <QWebEngineUrlRequestInterceptor>
 
 namespace {
-
-class ApiScriptRedirect final : public QWebEngineUrlRequestInterceptor
-{
-public:
-    QUrl target;
-
-    void interceptRequest(QWebEngineUrlRequestInfo &info) override
-    {
-        if (info.requestUrl() == QUrl(YouTubePage::apiScriptAddress.toString()))
-            info.redirect(target);
-    }
-};
 
 YouTubeContent content(std::optional<QString> video, std::optional<QString> playlist)
 {

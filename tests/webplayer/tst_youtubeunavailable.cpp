@@ -1,6 +1,7 @@
 // The web player when the video service cannot be reached, in real Qt WebEngine: its script
 // fails to load, or loads but never makes the player. The user is told instead of being left
 // with a black picture. The script's address is redirected to loopback, as in the other tests.
+#include "apiscriptredirect.h"
 #include "httpserver/localhttpserver.h"
 #include "model/playermodel.h"
 #include "scriptedmediaplayer.h"
@@ -12,21 +13,8 @@
 #include <QFile>
 #include <QTest>
 #include <QWebEngineProfile>
-#include <QWebEngineUrlRequestInterceptor>
 
 namespace {
-
-class ApiScriptRedirect final : public QWebEngineUrlRequestInterceptor
-{
-public:
-    QUrl target;
-
-    void interceptRequest(QWebEngineUrlRequestInfo &info) override
-    {
-        if (info.requestUrl() == QUrl(YouTubePage::apiScriptAddress.toString()))
-            info.redirect(target);
-    }
-};
 
 const QString unavailable = QStringLiteral("Could not load the YouTube player.");
 constexpr int readyTimeoutMs = 2000;

@@ -1,15 +1,19 @@
 #include "playlistloader.h"
 
 #include <QNetworkAccessManager>
+#include <chrono>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <thread>
 
-// Where results of work nobody waits for are posted, while the loader is alive.
+// Where results of work nobody joins are posted, while the loader is alive.
 struct PlaylistLoader::Mailbox
 {
     std::mutex mutex;
+    std::condition_variable finished;
     bool open = true;
+    int running = 0; // works under way
 
     void deliver(QObject *context, const Done &done, PlaylistLoadResult result)
     {
@@ -26,6 +30,27 @@ struct PlaylistLoader::Mailbox
         const std::lock_guard lock(mutex);
         open = false;
     }
+
+    void started()
+    {
+        const std::lock_guard lock(mutex);
+        ++running;
+    }
+
+    void ended()
+    {
+        const std::lock_guard lock(mutex);
+        --running;
+        finished.notify_all();
+    }
+
+    // Gives work that is about to end (a parse) the chance to, so that it is not cut off by the
+    // process ending; a read that blocks for good is left behind.
+    void waitForRunning(std::chrono::milliseconds patience)
+    {
+        std::unique_lock lock(mutex);
+        finished.wait_for(lock, patience, [this] { return running == 0; });
+    }
 };
 
 // Runs work on a thread of its own that nobody joins, and posts its result.
@@ -33,9 +58,11 @@ template<typename Work>
 void PlaylistLoader::runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QObject *context,
                                  Done done)
 {
+    mailbox->started();
     std::thread([mailbox = std::move(mailbox), work = std::move(work), context,
                  done = std::move(done)]() mutable {
         mailbox->deliver(context, done, work());
+        mailbox->ended();
     }).detach();
 }
 
@@ -80,6 +107,7 @@ PlaylistLoader::~PlaylistLoader()
     m_thread.quit();
     m_thread.wait();
     // The worker was deleted with the thread's last events.
+    m_mailbox->waitForRunning(std::chrono::seconds(1));
 }
 
 void PlaylistLoader::load(const QUrl &url, const PlaylistDownloadLimits &limits, QObject *context,

@@ -23,7 +23,8 @@ public:
 
     explicit PlaylistLoader(FileReader readFile = &loadPlaylistFile);
     // Aborts the download under way and stops the download thread; reads and parses still
-    // running are left to end by themselves, and no callback runs after this.
+    // running are given at most a second to end, then left to end by themselves. No callback
+    // runs after this.
     ~PlaylistLoader() override;
 
     // Errors come back as the download's or the playlist's description.

@@ -5,6 +5,7 @@
 #include "model/playlistloader.h"
 
 #include <QTest>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -87,6 +88,26 @@ private Q_SLOTS:
         // The read's late result goes nowhere.
         QTest::qWait(300);
         QCOMPARE(fileResults, 0);
+    }
+
+    void quittingLetsWorkAboutToEndFinish()
+    {
+        // A parse of a large list ends within a second; cut off by the process ending it
+        // could crash on the way out, so quitting gives it that second.
+        auto finished = std::make_shared<std::atomic<bool>>(false);
+        auto loader = std::make_unique<PlaylistLoader>([finished](const QString &, qint64) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            finished->store(true);
+            return PlaylistLoadResult {};
+        });
+        QObject context;
+        int results = 0;
+        loader->loadFile(QStringLiteral("/tmp/list.m3u"), maxPlaylistBytes, &context,
+                         [&results](const PlaylistLoadResult &) { ++results; });
+        loader.reset();
+        QVERIFY(finished->load());
+        QTest::qWait(100);
+        QCOMPARE(results, 0);
     }
 };
 

@@ -1,5 +1,9 @@
 #include "recordingnames.h"
 
+#include "model/openpanels.h"
+
+#include <QFileInfo>
+
 #include <cmath>
 
 namespace RecordingNames {
@@ -31,3 +35,16 @@ qint64 averageBitRate(int width, int height)
 }
 
 } // namespace RecordingNames
+
+QString RecordingNames::mp4Path(const QString &chosen)
+{
+    const QFileInfo file(chosen);
+    const QString suffix = file.suffix().toLower();
+    if (suffix == u"mp4")
+        return chosen;
+    const bool filmType = !file.completeBaseName().isEmpty()
+        && (OpenPanels::mediaExtensions().contains(suffix) || suffix == u"mp4v" || suffix == u"qt");
+    if (filmType)
+        return chosen.first(chosen.size() - suffix.size()) + QStringLiteral("mp4");
+    return chosen + QStringLiteral(".mp4");
+}

@@ -14,6 +14,10 @@ QString proposedFileName(PlayerRecordingQuality quality, const QDateTime &now);
 QString formatDuration(double seconds);
 // The recording panel's label: "REC  " and the elapsed time.
 QString panelText(double seconds);
+// The path a recording is written to for the path the user chose: it always ends in ".mp4".
+// Another film type typed at the end ("clip.mov") is replaced, since the file is MPEG-4
+// whatever its name says; any other name gets ".mp4" added.
+QString mp4Path(const QString &chosen);
 // Bits per second for a picture of this size: six per pixel, at least 4,000,000.
 qint64 averageBitRate(int width, int height);
 

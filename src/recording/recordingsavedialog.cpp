@@ -1,5 +1,7 @@
 #include "recordingsavedialog.h"
 
+#include "recordingnames.h"
+
 #include <QFileDialog>
 
 namespace RecordingSaveDialog {
@@ -17,7 +19,7 @@ std::optional<QString> choose(QWidget *parent,
     dialog.selectFile(request.proposedName);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
-    return dialog.selectedFiles().constFirst();
+    return RecordingNames::mp4Path(dialog.selectedFiles().constFirst());
 }
 
 } // namespace RecordingSaveDialog

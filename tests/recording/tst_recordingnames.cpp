@@ -79,6 +79,33 @@ private Q_SLOTS:
         QVERIFY(!plain.requiresPermission);
     }
 
+    void savedRecordingsAlwaysEndInMp4_data()
+    {
+        QTest::addColumn<QString>("chosen");
+        QTest::addColumn<QString>("saved");
+        QTest::newRow("mp4") << "/v/clip.mp4"
+                             << "/v/clip.mp4";
+        QTest::newRow("MP4 in capitals") << "/v/clip.MP4"
+                                         << "/v/clip.MP4";
+        QTest::newRow("another film type") << "/v/clip.mov"
+                                           << "/v/clip.mp4";
+        QTest::newRow("Matroska") << "/v/clip.MKV"
+                                  << "/v/clip.mp4";
+        QTest::newRow("no type") << "/v/clip"
+                                 << "/v/clip.mp4";
+        QTest::newRow("a dot in the name") << "/v/take 2.final"
+                                           << "/v/take 2.final.mp4";
+        QTest::newRow("dotted folder") << "/v.mov/clip"
+                                       << "/v.mov/clip.mp4";
+    }
+
+    void savedRecordingsAlwaysEndInMp4()
+    {
+        QFETCH(QString, chosen);
+        QFETCH(QString, saved);
+        QCOMPARE(RecordingNames::mp4Path(chosen), saved);
+    }
+
     void errorTexts()
     {
         QCOMPARE(RecorderErrors::description(RecorderError::writerConfigurationFailed),

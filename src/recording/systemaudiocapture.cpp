@@ -80,23 +80,32 @@ SystemAudioCapture::~SystemAudioCapture()
     stop();
 }
 
+namespace {
+// A recording without the system's sound is refused; the message leads with that, then says
+// why.
+QString unavailable(const QString &why)
+{
+    return QStringLiteral("System audio is not available. ") + why;
+}
+} // namespace
+
 QString SystemAudioCapture::start()
 {
     d->loop = pa_threaded_mainloop_new();
     if (!d->loop)
-        return QStringLiteral("The sound server could not be reached.");
+        return unavailable(QStringLiteral("The sound server could not be reached."));
     d->context = pa_context_new(pa_threaded_mainloop_get_api(d->loop), "LumoMediaPlayer");
     pa_context_set_state_callback(d->context, &Private::contextState, d.get());
     if (pa_context_connect(d->context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
         const QString why = d->contextError();
         stop();
-        return QStringLiteral("The sound server could not be reached: %1.").arg(why);
+        return unavailable(QStringLiteral("The sound server could not be reached: %1.").arg(why));
     }
     pa_threaded_mainloop_lock(d->loop);
     if (pa_threaded_mainloop_start(d->loop) < 0) {
         pa_threaded_mainloop_unlock(d->loop);
         stop();
-        return QStringLiteral("The sound server could not be reached.");
+        return unavailable(QStringLiteral("The sound server could not be reached."));
     }
     auto fail = [this](const QString &why) {
         pa_threaded_mainloop_unlock(d->loop);
@@ -108,14 +117,14 @@ QString SystemAudioCapture::start()
         if (state == PA_CONTEXT_READY)
             break;
         if (!PA_CONTEXT_IS_GOOD(state))
-            return fail(QStringLiteral("The sound server could not be reached: %1.")
-                            .arg(d->contextError()));
+            return fail(unavailable(QStringLiteral("The sound server could not be reached: %1.")
+                                        .arg(d->contextError())));
         pa_threaded_mainloop_wait(d->loop);
     }
 
     auto recordingFailed = [this, &fail] {
-        return fail(
-            QStringLiteral("The system sound could not be recorded: %1.").arg(d->contextError()));
+        return fail(unavailable(
+            QStringLiteral("The system sound could not be recorded: %1.").arg(d->contextError())));
     };
     const pa_sample_spec format {PA_SAMPLE_FLOAT32LE, sampleRate, channels};
     d->stream = pa_stream_new(d->context, "Recording", &format, nullptr);

@@ -423,6 +423,23 @@ private Q_SLOTS:
         PlayerSurfaceRegistry::shared().setSurface(m_stage->view());
     }
 
+    void withoutASoundServerTheRecordingIsRefused()
+    {
+        const QByteArray server = qgetenv("PULSE_SERVER");
+        qputenv("PULSE_SERVER", ("unix:" + m_dir.filePath("no-server.socket")).toUtf8());
+        const QString path = m_dir.filePath("silent.mp4");
+        m_answer = path;
+        m_recorder->startRecording(PlayerRecordingQuality::normal);
+        const bool idle = waitForState(PlayerRecordingState::idle);
+        qputenv("PULSE_SERVER", server);
+        QVERIFY(idle);
+        QVERIFY(m_recorder->errorMessage());
+        QVERIFY2(m_recorder->errorMessage()->startsWith("System audio is not available."),
+                 qPrintable(*m_recorder->errorMessage()));
+        QVERIFY(!QFile::exists(path));
+        QVERIFY(!m_recorder->recordingPanel() || !m_recorder->recordingPanel()->isVisible());
+    }
+
     void aCaptureThatEndsByItselfOnlyReportsIt()
     {
         // The recording's sound goes through a connection of its own to the sound server,

@@ -1,5 +1,6 @@
 #include "mediaprobe.h"
 #include "recording/playercapturewriter.h"
+#include "recording/recordingnames.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -7,6 +8,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 #include <cmath>
 #include <vector>
 
@@ -59,6 +61,37 @@ class TestCaptureWriter : public QObject
 {
     Q_OBJECT
 
+    struct Box
+    {
+        QByteArray type;
+        qint64 offset = 0;
+        qint64 size = 0;
+    };
+
+    // The top-level boxes of an MP4 file, in order.
+    static QList<Box> topLevelBoxes(const QString &path)
+    {
+        QList<Box> boxes;
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return boxes;
+        qint64 offset = 0;
+        while (offset + 8 <= file.size()) {
+            file.seek(offset);
+            const QByteArray header = file.read(16);
+            qint64 size = qFromBigEndian<quint32>(header.constData());
+            if (size == 1)
+                size = qFromBigEndian<qint64>(header.constData() + 8);
+            else if (size == 0)
+                size = file.size() - offset;
+            if (size < 8)
+                break;
+            boxes.append({header.mid(4, 4), offset, size});
+            offset += size;
+        }
+        return boxes;
+    }
+
 private Q_SLOTS:
     void writesHighProfileVideoAndStereoAac()
     {
@@ -86,12 +119,29 @@ private Q_SLOTS:
         QCOMPARE(audio.value("sample_rate").toString(), "48000");
         QCOMPARE(audio.value("channels").toInt(), 2);
         QVERIFY(std::abs(MediaProbe::duration(probed) - 5) <= 0.3);
-        // The finished file has its index before the media: players read it at once.
+        // The finished file is one plain movie with its index before the media, so players
+        // read it at once: no fragments, and no fragment header inside the index.
+        const QList<Box> boxes = topLevelBoxes(path);
+        QStringList types;
+        for (const Box &box : boxes)
+            types.append(QString::fromLatin1(box.type));
+        QVERIFY2(types.indexOf("moov") >= 0 && types.indexOf("mdat") > types.indexOf("moov"),
+                 qPrintable(types.join(u' ')));
+        QVERIFY2(!types.contains("moof") && !types.contains("mfra"), qPrintable(types.join(u' ')));
+        const Box &index = boxes.at(types.indexOf("moov"));
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray head = file.read(64);
-        QVERIFY(head.indexOf("moov") >= 0 || file.read(4096).indexOf("moov") >= 0);
+        QVERIFY(file.seek(index.offset));
+        QVERIFY(!file.read(index.size).contains("mvex"));
         QVERIFY(MediaProbe::decodesCleanly(path));
+        // The encoder ran at the documented rate, six bits a pixel: x264 writes its settings
+        // into the stream.
+        QVERIFY(file.seek(0));
+        const QByteArray bytes = file.readAll();
+        const qsizetype settings = bytes.indexOf(" bitrate=");
+        QVERIFY(settings > 0);
+        const QByteArray rate = bytes.mid(settings + 9, 12).split(' ').constFirst();
+        QCOMPARE(rate.toLongLong(), RecordingNames::averageBitRate(1280, 720) / 1000);
 
         const QImage frame = MediaProbe::frameAt(path, 2.5);
         QVERIFY(!frame.isNull());

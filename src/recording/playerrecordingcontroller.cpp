@@ -162,6 +162,7 @@ void PlayerRecordingController::beginCapture(QPointer<QWidget> window, QRectF su
     PlayerRecordingSurface *surface = PlayerSurfaceRegistry::shared().surface();
     if (!window || !surface)
         return fail(RecorderErrors::description(RecorderError::playerWindowNotFound));
+    m_recordedWindow = window;
 
     const auto planned = CaptureGeometry::plan(shareableContent(), quint64(window->winId()),
                                                surfaceInWindow, scale, quality);
@@ -204,7 +205,9 @@ void PlayerRecordingController::didStartRecording()
     m_recordingPanel = new RecordingPanel;
     connect(m_recordingPanel, &RecordingPanel::stopRequested, this,
             &PlayerRecordingController::stopFromPanel);
-    m_recordingPanel->present();
+    // The main screen is the one the player is on.
+    m_recordingPanel->present(m_recordedWindow ? m_recordedWindow->screen()
+                                               : QGuiApplication::primaryScreen());
 }
 
 void PlayerRecordingController::tickDuration()

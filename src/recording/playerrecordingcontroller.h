@@ -99,6 +99,7 @@ private:
     QTimer *m_durationTimer = nullptr;
     std::optional<QElapsedTimer> m_startedAt;
     QPointer<RecordingPanel> m_recordingPanel;
+    QPointer<QWidget> m_recordedWindow; // the window being recorded, whose screen shows the panel
     std::shared_ptr<ScreenCapturePermission> m_permission;
     SaveFileChooser m_saveFileChooser;
     const char *m_preset = PlayerCaptureWriter::defaultPreset;

@@ -50,10 +50,12 @@ QPoint RecordingPanel::placement(const QRect &availableArea)
                   availableArea.y() + screenInset);
 }
 
-void RecordingPanel::present()
+void RecordingPanel::present(QScreen *screen)
 {
-    if (const QScreen *screen = QGuiApplication::primaryScreen())
+    if (screen) {
+        setScreen(screen);
         move(placement(screen->availableGeometry()));
+    }
     show();
     raise();
 }

@@ -1,10 +1,11 @@
 #pragma once
 // The small floating panel shown while a recording runs: the elapsed time and a stop button, in
-// the top-right corner of the main screen's available area, above every window (full-screen
+// the top-right corner of the player's screen's available area, above every window (full-screen
 // players included) and shown without taking the focus. Dragging its background moves it.
 #include <QWidget>
 
 class QLabel;
+class QScreen;
 class QPushButton;
 
 class RecordingPanel final : public QWidget
@@ -20,8 +21,9 @@ public:
 
     QLabel *durationLabel() const { return m_label; }
     QPushButton *stopButton() const { return m_stop; }
-    // Moves the panel into the corner of the main screen and shows it, without activating it.
-    void present();
+    // Moves the panel into the corner of screen and shows it, without activating it; with no
+    // screen it keeps its place.
+    void present(QScreen *screen);
     // The panel's place on a screen whose available area is given.
     static QPoint placement(const QRect &availableArea);
 

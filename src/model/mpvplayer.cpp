@@ -103,11 +103,10 @@ MpvPlayer::~MpvPlayer()
     Q_EMIT aboutToDestroyHandle();
 }
 
-bool MpvPlayer::command(std::initializer_list<const char *> args, quint64 replyTo)
+bool MpvPlayer::command(std::vector<const char *> args, quint64 replyTo)
 {
-    std::vector<const char *> list(args);
-    list.push_back(nullptr);
-    return mpv_command_async(m_handle.get(), replyTo, list.data()) >= 0;
+    args.push_back(nullptr);
+    return mpv_command_async(m_handle.get(), replyTo, args.data()) >= 0;
 }
 
 namespace {
@@ -150,14 +149,12 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
         const QByteArray target
             = url->isLocalFile() ? url->toLocalFile().toUtf8() : url->toEncoded();
         const QByteArray options = url->isLocalFile() ? QByteArray() : networkFileOptions(headers);
+        std::vector<const char *> load {Command::loadFile, target.constData(), Command::replace};
+        if (!options.isEmpty())
+            load.push_back(options.constData());
         m_awaitedLoad = ++m_lastReplyID;
         setHasItem(true);
-        const bool sent = options.isEmpty()
-            ? command({Command::loadFile, target.constData(), Command::replace}, m_awaitedLoad)
-            : command(
-                {Command::loadFile, target.constData(), Command::replace, options.constData()},
-                m_awaitedLoad);
-        if (!sent) {
+        if (!command(std::move(load), m_awaitedLoad)) {
             // mpv refused the command as given: the item ends before it began.
             m_awaitedLoad = 0;
             handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, MPV_ERROR_INVALID_PARAMETER, -1);
@@ -244,11 +241,8 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         break;
     case MPV_EVENT_START_FILE: {
         const auto *start = static_cast<const mpv_event_start_file *>(event.data);
-        if (m_awaitedLoad == 0 && start->playlist_entry_id == m_currentEntry) {
+        if (m_awaitedLoad == 0 && start->playlist_entry_id == m_currentEntry)
             m_currentStarted = true;
-            m_position = qQNaN();
-            m_duration.reset();
-        }
         break;
     }
     case MPV_EVENT_PLAYBACK_RESTART:
@@ -354,23 +348,30 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
             && QByteArrayView(*static_cast<const char **>(data)) == "hls";
     } else if (key == Property::seekable) {
         m_seekable = flag();
-    } else if (key == Property::displayWidth || key == Property::displayHeight
-               || key == Property::rotation) {
-        (key == Property::displayWidth        ? m_displayWidth
-             : key == Property::displayHeight ? m_displayHeight
-                                              : m_rotation)
-            = integer();
-        // mpv draws a picture tagged as turned (a phone's upright clip) turned, so it is shown
-        // in the other shape than it is stored in.
-        const bool quarterTurn = m_rotation % 180 != 0;
-        const QSize size = m_displayWidth > 0 && m_displayHeight > 0
-            ? QSize(int(quarterTurn ? m_displayHeight : m_displayWidth),
-                    int(quarterTurn ? m_displayWidth : m_displayHeight))
-            : QSize();
-        if (size != m_presentationSize) {
-            m_presentationSize = size;
-            Q_EMIT presentationSizeChanged(size);
-        }
+    } else if (key == Property::displayWidth) {
+        m_displayWidth = integer();
+        updatePresentationSize();
+    } else if (key == Property::displayHeight) {
+        m_displayHeight = integer();
+        updatePresentationSize();
+    } else if (key == Property::rotation) {
+        m_rotation = integer();
+        updatePresentationSize();
+    }
+}
+
+void MpvPlayer::updatePresentationSize()
+{
+    // mpv draws a picture tagged as turned (a phone's upright clip) turned, so it is shown in
+    // the other shape than it is stored in.
+    const bool quarterTurn = m_rotation % 180 != 0;
+    const QSize size = m_displayWidth > 0 && m_displayHeight > 0
+        ? QSize(int(quarterTurn ? m_displayHeight : m_displayWidth),
+                int(quarterTurn ? m_displayWidth : m_displayHeight))
+        : QSize();
+    if (size != m_presentationSize) {
+        m_presentationSize = size;
+        Q_EMIT presentationSizeChanged(size);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "mediaplayer.h"
 #include <QList>
 #include <memory>
+#include <vector>
 
 struct mpv_handle;
 struct mpv_event;
@@ -64,10 +65,11 @@ private:
     void handleEvent(const mpv_event &event);
     void handleProperty(const char *name, int format, void *data);
     // False when mpv refused the command outright.
-    bool command(std::initializer_list<const char *> args, quint64 replyTo = 0);
+    bool command(std::vector<const char *> args, quint64 replyTo = 0);
     void handleLoadReply(const mpv_event &event);
     void handleEnd(qint64 entryID, int reason, int error, qint64 insertedID);
     bool isCurrentItemStarted() const { return m_awaitedLoad == 0 && m_currentStarted; }
+    void updatePresentationSize();
     void updateWaiting();
     void setHasItem(bool hasItem);
 

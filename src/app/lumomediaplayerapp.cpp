@@ -3,6 +3,7 @@
 #include "launchrequest.h"
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
+#include "recording/playerrecordingcontroller.h"
 #include "surface/playerhostingview.h"
 #include "ui/contentview.h"
 #include "ui/filedialogchooser.h"
@@ -28,6 +29,8 @@ LumoMediaPlayerApp::~LumoMediaPlayerApp()
 void LumoMediaPlayerApp::start(const QStringList &arguments)
 {
     m_window->show();
+    // A recording a crash left unfinished is finished now, in the background.
+    m_window->contentView()->recordingController()->recoverUnfinishedRecordings();
     if (arguments.isEmpty())
         return;
     const QString argument = arguments.constFirst();

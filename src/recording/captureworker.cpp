@@ -85,6 +85,10 @@ void CaptureWorker::tick()
         const std::lock_guard lock(m_mutex);
         m_statistics = m_writer->statistics();
     }
+    if (m_writer->failed()) {
+        Q_EMIT writeFailed();
+        return;
+    }
     // The next tick on the 30-per-second grid; a whole millisecond interval would drift off it.
     const double sinceFirst = CaptureClock::now() - m_firstTick;
     const double next = (std::floor(sinceFirst * PlayerCaptureWriter::frameRate) + 1)

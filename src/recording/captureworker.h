@@ -37,6 +37,8 @@ public:
 
 Q_SIGNALS:
     void soundFailed(const QString &why);
+    // Writing failed; the ticks have stopped, and close says why.
+    void writeFailed();
 
 private:
     struct AudioChunk

@@ -2,26 +2,68 @@
 
 #include "ffmpegsupport.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 #include <vector>
 
 namespace Mp4Finisher {
 
 namespace {
 
-QString copyStreams(const QString &source, const QString &target)
+// Room for the index in front of the media: measured at about 15 bytes a packet (sample size,
+// time, chunk offset), with a margin for long recordings' wider offsets and the header boxes.
+qint64 indexRoom(qint64 packetCount)
 {
-    AVFormatContext *rawInput = nullptr;
-    int result = avformat_open_input(&rawInput, source.toUtf8().constData(), nullptr, nullptr);
-    if (result < 0)
-        return FFmpeg::errorText(result);
-    FFmpeg::InputContext input(rawInput);
-    if ((result = avformat_find_stream_info(input.get(), nullptr)) < 0)
-        return FFmpeg::errorText(result);
+    return 64 * 1024 + 32 * packetCount;
+}
 
+FFmpeg::InputContext openInput(const QString &path, QString *error)
+{
+    AVFormatContext *raw = nullptr;
+    int result = avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
+    if (result < 0) {
+        *error = FFmpeg::errorText(result);
+        return {};
+    }
+    FFmpeg::InputContext input(raw);
+    if ((result = avformat_find_stream_info(input.get(), nullptr)) < 0) {
+        *error = FFmpeg::errorText(result);
+        return {};
+    }
+    return input;
+}
+
+qint64 countPackets(const QString &path, QString *error)
+{
+    FFmpeg::InputContext input = openInput(path, error);
+    if (!input)
+        return -1;
+    FFmpeg::Packet packet(av_packet_alloc());
+    qint64 count = 0;
+    while (av_read_frame(input.get(), packet.get()) >= 0) {
+        ++count;
+        av_packet_unref(packet.get());
+    }
+    return count;
+}
+
+QString copyStreams(const QString &source, const QString &target, qint64 packetCount,
+                    bool keepWhatReads)
+{
+    QString error;
+    FFmpeg::InputContext input = openInput(source, &error);
+    if (!input)
+        return error;
+    const QByteArray targetName = QFile::encodeName(target);
     AVFormatContext *rawOutput = nullptr;
-    result
-        = avformat_alloc_output_context2(&rawOutput, nullptr, "mp4", target.toUtf8().constData());
+    int result = avformat_alloc_output_context2(&rawOutput, nullptr, "mp4", targetName.constData());
     if (result < 0)
         return FFmpeg::errorText(result);
     FFmpeg::OutputContext output(rawOutput);
@@ -41,10 +83,12 @@ QString copyStreams(const QString &source, const QString &target)
         streamMap[i] = next++;
     }
 
-    if ((result = avio_open(&output->pb, target.toUtf8().constData(), AVIO_FLAG_WRITE)) < 0)
+    if ((result = avio_open(&output->pb, targetName.constData(), AVIO_FLAG_WRITE)) < 0)
         return FFmpeg::errorText(result);
+    // The index is written into room kept at the front, so the media is written only once
+    // (faststart would move all of it a second time).
     AVDictionary *options = nullptr;
-    av_dict_set(&options, "movflags", "+faststart", 0);
+    av_dict_set_int(&options, "moov_size", indexRoom(packetCount), 0);
     result = avformat_write_header(output.get(), &options);
     av_dict_free(&options);
     if (result < 0)
@@ -65,20 +109,83 @@ QString copyStreams(const QString &source, const QString &target)
         if (result < 0)
             return FFmpeg::errorText(result);
     }
-    if (result != AVERROR_EOF)
+    // A file cut off by a crash ends in a broken fragment: what reads before it is kept.
+    if (result != AVERROR_EOF && !keepWhatReads)
         return FFmpeg::errorText(result);
     if ((result = av_write_trailer(output.get())) < 0)
         return FFmpeg::errorText(result);
+    if (output->pb->error < 0)
+        return FFmpeg::errorText(output->pb->error);
     return {};
+}
+
+// Puts the file's bytes on the disk before it replaces the recording, so a power cut after
+// the rename cannot leave an empty file in its place.
+bool syncFile(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
 }
 
 } // namespace
 
-QString rewriteWithIndexFirst(const QString &source, const QString &target)
+QString finishingPath(const QString &path)
 {
-    const QString error = copyStreams(source, target);
+    const QFileInfo info(path);
+    return info.dir().filePath(QStringLiteral(".%1.finishing").arg(info.fileName()));
+}
+
+bool isFragmented(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    // The top-level boxes up to the first media: a fragmented file has a fragment box there,
+    // or an index that announces fragments.
+    qint64 offset = 0;
+    while (offset + 8 <= file.size()) {
+        if (!file.seek(offset))
+            return false;
+        const QByteArray header = file.read(16);
+        if (header.size() < 8)
+            return false;
+        qint64 size = qFromBigEndian<quint32>(header.constData());
+        if (size == 1 && header.size() == 16)
+            size = qFromBigEndian<qint64>(header.constData() + 8);
+        const QByteArray type = header.mid(4, 4);
+        if (type == "moof" || type == "mfra")
+            return true;
+        if (type == "moov")
+            return file.read(size - header.size()).contains("mvex");
+        if (size < 8)
+            return false;
+        offset += size;
+    }
+    return false;
+}
+
+QString finishInPlace(const QString &path, qint64 packetCount)
+{
+    QString error;
+    const bool cutOff = packetCount <= 0;
+    if (cutOff && (packetCount = countPackets(path, &error)) < 0)
+        return error;
+    const QString finishing = finishingPath(path);
+    error = copyStreams(path, finishing, packetCount, cutOff);
+    if (error.isEmpty() && !syncFile(finishing))
+        error = QString::fromLocal8Bit(strerror(errno));
+    // One rename replaces the recording with its finished copy.
+    if (error.isEmpty()
+        && std::rename(QFile::encodeName(finishing).constData(),
+                       QFile::encodeName(path).constData())
+            != 0)
+        error = QString::fromLocal8Bit(strerror(errno));
     if (!error.isEmpty())
-        QFile::remove(target);
+        QFile::remove(finishing);
     return error;
 }
 

@@ -15,6 +15,10 @@ PlayerCaptureStream::PlayerCaptureStream(QObject *parent)
         if (m_open)
             Q_EMIT stoppedWithError(why);
     });
+    connect(m_worker, &CaptureWorker::writeFailed, this, [this] {
+        if (m_open)
+            Q_EMIT writeFailed();
+    });
     // Encoding must not wait for the player's threads.
     m_thread.start(QThread::TimeCriticalPriority);
 }
@@ -22,11 +26,11 @@ PlayerCaptureStream::PlayerCaptureStream(QObject *parent)
 PlayerCaptureStream::~PlayerCaptureStream()
 {
     detachSurface();
-    if (m_open) {
-        // Finish the file rather than lose what was recorded.
-        QMetaObject::invokeMethod(
-            m_worker, [worker = m_worker] { worker->close(); }, Qt::BlockingQueuedConnection);
-    }
+    // Finish the file rather than lose what was recorded; after a stop this only waits for the
+    // finishing already under way, if any.
+    QMetaObject::invokeMethod(
+        m_worker, [worker = m_worker] { worker->close(); }, Qt::BlockingQueuedConnection);
+    m_journalEntry.reset();
     m_thread.quit();
     m_thread.wait();
 }
@@ -43,6 +47,7 @@ void PlayerCaptureStream::start(PlayerRecordingSurface *surface, const Configura
             this,
             [this, worker, error] {
                 if (!error.isEmpty()) {
+                    m_journalEntry.reset();
                     Q_EMIT startFailed(error);
                     return;
                 }
@@ -67,9 +72,18 @@ void PlayerCaptureStream::stop()
     QMetaObject::invokeMethod(m_worker, [this, worker = m_worker] {
         const PlayerCaptureWriter::Outcome outcome = worker->close();
         QMetaObject::invokeMethod(
-            this, [this, outcome] { Q_EMIT finished(outcome.path, outcome.error); },
+            this,
+            [this, outcome] {
+                m_journalEntry.reset();
+                Q_EMIT finished(outcome.path, outcome.error);
+            },
             Qt::QueuedConnection);
     });
+}
+
+void PlayerCaptureStream::keepJournalEntry(std::unique_ptr<RecordingJournal::Entry> entry)
+{
+    m_journalEntry = std::move(entry);
 }
 
 PlayerCaptureWriter::Statistics PlayerCaptureStream::statistics() const

@@ -1,9 +1,11 @@
 #pragma once
 // A running capture: the pictures the player surface draws, taken thirty times a second, and the
 // system sound, encoded into the writer on the capture thread. Made and driven on the main
-// thread; it reports back there. The main thread never waits for the encoder, except when the
-// stream is destroyed while it still records, so that the file is finished and nothing is lost.
+// thread; it reports back there. The main thread never waits for the encoder or the disk, except
+// when the stream is destroyed before its file is finished (the player quits): then it waits, so
+// that the file is finished and nothing is lost.
 #include "playercapturewriter.h"
+#include "recordingjournal.h"
 #include "surface/playerrecordingsurface.h"
 
 #include <QObject>
@@ -33,8 +35,13 @@ public:
     // Opens the writer and the system sound on the capture thread, then takes the surface's
     // pictures. Reports started or startFailed.
     void start(PlayerRecordingSurface *surface, const Configuration &configuration);
-    // Stops taking pictures and sound and finishes the file; reports finished.
+    // Stops taking pictures and sound and finishes the file on the capture thread; reports
+    // finished. Does nothing unless the stream started and was not stopped yet.
     void stop();
+    // True from started until stop.
+    bool isOpen() const { return m_open; }
+    // The journal entry of the stream's file, let go once the file is finished.
+    void keepJournalEntry(std::unique_ptr<RecordingJournal::Entry> entry);
     // What the writer counted; complete once finished was reported.
     PlayerCaptureWriter::Statistics statistics() const;
 
@@ -44,6 +51,8 @@ Q_SIGNALS:
     void finished(const QString &path, const QString &error);
     // The system sound ended by itself while recording.
     void stoppedWithError(const QString &why);
+    // The file could not be written on; stop says why.
+    void writeFailed();
 
 private:
     void detachSurface();
@@ -53,4 +62,5 @@ private:
     PlayerRecordingSurface *m_surface = nullptr;
     QPointer<QWidget> m_view;
     bool m_open = false;
+    std::unique_ptr<RecordingJournal::Entry> m_journalEntry;
 };

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <cmath>
+#include <csignal>
 #include <limits>
 #include <vector>
 
@@ -32,12 +33,16 @@ struct PlayerCaptureWriter::Private
     std::vector<float> right;
 
     bool sessionStarted = false;
-    bool failed = false;
+    // The first failure to write or encode: errno when the system gave one (else 0), and its
+    // text. Nothing more is written after it.
+    int failureCode = 0;
+    QString failureDetail;
     double sessionStart = 0;
     qint64 lastSlot = -1;
     bool audioStarted = false;
     qint64 audioQueued = 0; // samples put on the timeline, silence included
     qint64 audioEncoded = 0;
+    qint64 audioPackets = 0;
     // The smallest lateness of the sound stamps in the current half second.
     qint64 windowMinimumGap = std::numeric_limits<qint64>::max();
     qint64 windowFrames = 0;
@@ -45,11 +50,13 @@ struct PlayerCaptureWriter::Private
 
     QString openVideo(const char *preset);
     QString openAudio();
-    bool drain(AVCodecContext *codec, AVStream *stream);
-    bool encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame);
+    bool failed() const { return !failureDetail.isEmpty(); }
+    void fail(int code);
+    int drain(AVCodecContext *codec, AVStream *stream);
+    int encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame);
     void queueAudio(const float *samples, int frameCount);
     void queueSilence(qint64 frameCount);
-    bool encodeAudio(bool final);
+    int encodeAudio(bool final);
 };
 
 namespace {
@@ -162,6 +169,8 @@ std::unique_ptr<PlayerCaptureWriter> PlayerCaptureWriter::create(const QString &
     };
     // FFmpeg's chatter would flood the player's log; its errors are reported here instead.
     av_log_set_level(AV_LOG_ERROR);
+    // A file size limit must end the recording with an error, not end the player.
+    std::signal(SIGXFSZ, SIG_IGN);
     if (size.width() < 2 || size.height() < 2 || size.width() % 2 || size.height() % 2)
         return fail(RecorderErrors::description(RecorderError::writerConfigurationFailed));
     if (QFileInfo::exists(path) && !QFile::remove(path))
@@ -230,33 +239,42 @@ const PlayerCaptureWriter::Statistics &PlayerCaptureWriter::statistics() const
     return d->statistics;
 }
 
-bool PlayerCaptureWriter::Private::encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame)
+void PlayerCaptureWriter::Private::fail(int code)
+{
+    if (failed())
+        return;
+    // FFmpeg's codes for the system's errors are the negated errno values.
+    failureCode = code < 0 && code > -4096 ? -code : 0;
+    failureDetail = FFmpeg::errorText(code);
+}
+
+int PlayerCaptureWriter::Private::encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame)
 {
     int result = avcodec_send_frame(codec, frame);
     if (result < 0 && result != AVERROR_EOF)
-        return false;
+        return result;
     return drain(codec, stream);
 }
 
-bool PlayerCaptureWriter::Private::drain(AVCodecContext *codec, AVStream *stream)
+int PlayerCaptureWriter::Private::drain(AVCodecContext *codec, AVStream *stream)
 {
     for (;;) {
-        const int result = avcodec_receive_packet(codec, packet.get());
+        int result = avcodec_receive_packet(codec, packet.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
-            return true;
+            return 0;
         if (result < 0)
-            return false;
+            return result;
         av_packet_rescale_ts(packet.get(), codec->time_base, stream->time_base);
         packet->stream_index = stream->index;
-        if (av_interleaved_write_frame(output.get(), packet.get()) < 0)
-            return false;
+        if ((result = av_interleaved_write_frame(output.get(), packet.get())) < 0)
+            return result;
     }
 }
 
 bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, bool bottomUp,
                                       double time)
 {
-    if (!d->output || d->failed)
+    if (!d->output || d->failed())
         return false;
     const QRect area = crop.intersected(picture.rect());
     const AVPixelFormat format = scaleFormat(picture.format());
@@ -279,6 +297,12 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
     }
     d->statistics.framesDropped += slot - d->lastSlot - 1;
     d->lastSlot = slot;
+    // Writing on into a file whose folder was removed would lose everything unnoticed: the
+    // system keeps accepting the bytes of a file that no longer has a name.
+    if (slot % frameRate == 0 && !QFileInfo::exists(d->path)) {
+        d->fail(AVERROR(ENOENT));
+        return false;
+    }
 
     d->scaler.reset(sws_getCachedContext(d->scaler.release(), area.width(), area.height(), format,
                                          d->size.width(), d->size.height(), AV_PIX_FMT_YUV420P,
@@ -297,8 +321,8 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
     sws_scale(d->scaler.get(), source, stride, 0, area.height(), d->videoFrame->data,
               d->videoFrame->linesize);
     d->videoFrame->pts = slot;
-    if (!d->encode(d->video.get(), d->videoStream, d->videoFrame.get())) {
-        d->failed = true;
+    if (const int result = d->encode(d->video.get(), d->videoStream, d->videoFrame.get())) {
+        d->fail(result);
         return false;
     }
     ++d->statistics.framesWritten;
@@ -330,28 +354,29 @@ void PlayerCaptureWriter::Private::queueAudio(const float *samples, int frameCou
     audioQueued += frameCount;
 }
 
-bool PlayerCaptureWriter::Private::encodeAudio(bool final)
+int PlayerCaptureWriter::Private::encodeAudio(bool final)
 {
     const int frameSize = audio->frame_size;
     while (av_audio_fifo_size(fifo.get()) >= frameSize
            || (final && av_audio_fifo_size(fifo.get()) > 0)) {
         const int count = std::min(frameSize, av_audio_fifo_size(fifo.get()));
-        if (av_frame_make_writable(audioFrame.get()) < 0)
-            return false;
+        if (const int result = av_frame_make_writable(audioFrame.get()); result < 0)
+            return result;
         audioFrame->nb_samples = count;
         av_audio_fifo_read(fifo.get(), reinterpret_cast<void **>(audioFrame->data), count);
         audioFrame->pts = audioEncoded;
         audioEncoded += count;
-        if (!encode(audio.get(), audioStream, audioFrame.get()))
-            return false;
+        if (const int result = encode(audio.get(), audioStream, audioFrame.get()))
+            return result;
         statistics.audioSamplesWritten += count;
+        ++audioPackets;
     }
-    return true;
+    return 0;
 }
 
 void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, double time)
 {
-    if (!d->output || d->failed || !d->sessionStarted || frameCount <= 0)
+    if (!d->output || d->failed() || !d->sessionStarted || frameCount <= 0)
         return;
     // Where these samples belong on the file's timeline, by the capture clock.
     const auto position = std::llround((time - d->sessionStart) * audioSampleRate);
@@ -393,8 +418,13 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
     }
     if (frameCount > 0)
         d->queueAudio(samples, frameCount);
-    if (!d->encodeAudio(false))
-        d->failed = true;
+    if (const int result = d->encodeAudio(false))
+        d->fail(result);
+}
+
+bool PlayerCaptureWriter::failed() const
+{
+    return d->failed();
 }
 
 PlayerCaptureWriter::Outcome PlayerCaptureWriter::finish()
@@ -403,26 +433,33 @@ PlayerCaptureWriter::Outcome PlayerCaptureWriter::finish()
         cancel();
         return {{}, RecorderErrors::description(RecorderError::noFramesCaptured)};
     }
-    const QString fragmented = d->path + QStringLiteral(".fragments");
-    bool ok = !d->failed && d->encodeAudio(true)
-        && d->encode(d->audio.get(), d->audioStream, nullptr)
-        && d->encode(d->video.get(), d->videoStream, nullptr);
-    ok = av_write_trailer(d->output.get()) >= 0 && ok;
-    d->output.reset();
-    if (!ok)
-        return {{}, RecorderErrors::description(RecorderError::writerConfigurationFailed)};
-
-    // The fragments played safe while recording; the finished file gets one index at the front.
-    QFile::remove(fragmented);
-    if (!QFile::rename(d->path, fragmented))
-        return {d->path, {}};
-    const QString error = Mp4Finisher::rewriteWithIndexFirst(fragmented, d->path);
-    if (!error.isEmpty()) {
-        // The fragmented file plays too; keep it rather than lose the recording.
-        QFile::rename(fragmented, d->path);
-        return {d->path, {}};
+    if (!d->failed()) {
+        int result = d->encodeAudio(true);
+        if (!result)
+            result = d->encode(d->audio.get(), d->audioStream, nullptr);
+        if (!result)
+            result = d->encode(d->video.get(), d->videoStream, nullptr);
+        if (result)
+            d->fail(result);
     }
-    QFile::remove(fragmented);
+    if (!d->failed()) {
+        if (const int result = av_write_trailer(d->output.get()); result < 0)
+            d->fail(result);
+        else if (d->output->pb->error < 0)
+            d->fail(d->output->pb->error);
+    }
+    d->output.reset();
+    if (d->failed()) {
+        // What reached the disk plays up to its last whole fragment.
+        const QFileInfo kept(d->path);
+        return {
+            {},
+            RecorderErrors::writeFailure(d->failureCode, d->failureDetail,
+                                         kept.exists() && kept.size() > 0 ? d->path : QString())};
+    }
+    // The fragments played safe while recording; the finished file gets one index at the
+    // front. Should that fail (the disk filled up meanwhile), the fragmented file plays as it is.
+    Mp4Finisher::finishInPlace(d->path, d->statistics.framesWritten + d->audioPackets);
     return {d->path, {}};
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 // Turns captured pictures and system sound into one MP4 file: H.264 (High) and AAC. The file is
 // written in fragments while recording, so a recording cut short still plays up to its last
-// second; finishing rewrites it with its index first. Used on one thread only (the capture
-// thread); nothing in it waits for another thread.
+// second; finishing rewrites it with its index first (Mp4Finisher). Used on one thread only (the
+// capture thread); nothing in it waits for another thread.
 #include <QImage>
 #include <QRect>
 #include <QString>
@@ -71,8 +71,12 @@ public:
     // Interleaved stereo samples whose first was heard at time; dropped before the session.
     void appendAudio(const float *samples, int frameCount, double time);
 
+    // True once writing or encoding failed; nothing more is written, and finish says why.
+    bool failed() const;
+
     // Completes the file. Without a single picture the writing is cancelled instead and the
-    // failure is noFramesCaptured.
+    // failure is noFramesCaptured. After a failure the file is left as far as it was written
+    // and the outcome's error says what happened and where it is.
     Outcome finish();
     // Stops writing and removes the file.
     void cancel();

@@ -15,6 +15,8 @@
 #include <QScreen>
 #include <QStandardPaths>
 #include <QWidget>
+#include <mutex>
+#include <thread>
 
 namespace {
 
@@ -34,15 +36,61 @@ CaptureGeometry::ShareableContent shareableContent()
 
 } // namespace
 
+struct PlayerRecordingController::RecoveryMailbox
+{
+    std::mutex mutex;
+    PlayerRecordingController *controller = nullptr;
+
+    void deliver(const QList<RecordingJournal::Recovery> &recoveries)
+    {
+        // Held while posting: the controller closes the box before it goes.
+        const std::lock_guard lock(mutex);
+        if (controller) {
+            QMetaObject::invokeMethod(
+                controller,
+                [controller = controller, recoveries] { controller->reportRecoveries(recoveries); },
+                Qt::QueuedConnection);
+        }
+    }
+};
+
 PlayerRecordingController::PlayerRecordingController(QObject *parent)
     : PlayerRecorder(parent)
     , m_permission(ScreenCapturePermission::platform())
     , m_saveFileChooser(&RecordingSaveDialog::choose)
-{ }
+    , m_journalFolder(RecordingJournal::defaultFolder())
+    , m_recoveryMailbox(std::make_shared<RecoveryMailbox>())
+{
+    m_recoveryMailbox->controller = this;
+}
 
 PlayerRecordingController::~PlayerRecordingController()
 {
+    {
+        const std::lock_guard lock(m_recoveryMailbox->mutex);
+        m_recoveryMailbox->controller = nullptr;
+    }
     delete m_recordingPanel;
+}
+
+void PlayerRecordingController::recoverUnfinishedRecordings()
+{
+    // Finishing reads and writes whole files: never on the main thread. Quitting meanwhile is
+    // safe, as a finished copy replaces its recording only once it is complete.
+    std::thread([mailbox = m_recoveryMailbox, folder = m_journalFolder] {
+        mailbox->deliver(RecordingJournal::recoverAll(folder));
+    }).detach();
+}
+
+void PlayerRecordingController::reportRecoveries(
+    const QList<RecordingJournal::Recovery> &recoveries)
+{
+    for (const RecordingJournal::Recovery &recovery : recoveries) {
+        if (recovery.finished)
+            setLastSavedURL(recovery.path);
+        else if (!recovery.error.isEmpty())
+            presentRecordingError(RecorderErrors::recoveryFailure(recovery.path, recovery.error));
+    }
 }
 
 void PlayerRecordingController::setPermission(std::shared_ptr<ScreenCapturePermission> permission)
@@ -179,9 +227,14 @@ void PlayerRecordingController::beginCapture(QPointer<QWidget> window, QRectF su
     const QRect crop(qRound(inView.x() * ratio), qRound(inView.y() * ratio),
                      qRound(inView.width() * ratio), qRound(inView.height() * ratio));
 
+    retireStream();
     m_stream = std::make_unique<PlayerCaptureStream>();
+    m_stream->keepJournalEntry(RecordingJournal::Entry::begin(m_journalFolder, path));
     connect(m_stream.get(), &PlayerCaptureStream::started, this,
             &PlayerRecordingController::didStartRecording);
+    // A file that can no longer be written ends the recording at once, with the reason.
+    connect(m_stream.get(), &PlayerCaptureStream::writeFailed, this,
+            &PlayerRecordingController::stopRecording);
     connect(m_stream.get(), &PlayerCaptureStream::startFailed, this, fail);
     connect(m_stream.get(), &PlayerCaptureStream::stoppedWithError, this,
             &PlayerRecordingController::streamDidStop);
@@ -255,6 +308,23 @@ void PlayerRecordingController::finishStop(const QString &path, const QString &e
         setErrorMessage(error);
     else if (!path.isEmpty())
         setLastSavedURL(path);
+}
+
+void PlayerRecordingController::retireStream()
+{
+    // A stream whose sound ended by itself still holds its file: it is finished on the capture
+    // thread, and the stream goes once that is done.
+    if (!m_stream)
+        return;
+    PlayerCaptureStream *old = m_stream.release();
+    old->disconnect(this);
+    old->setParent(this);
+    if (old->isOpen()) {
+        connect(old, &PlayerCaptureStream::finished, old, &QObject::deleteLater);
+        old->stop();
+    } else {
+        old->deleteLater();
+    }
 }
 
 void PlayerRecordingController::presentRecordingError(const QString &description)

@@ -4,6 +4,7 @@
 // the capture, the elapsed time and the panel, and the texts a failure shows. Main thread only.
 #include "playercapturewriter.h"
 #include "playerrecorder.h"
+#include "recordingjournal.h"
 #include "recordingpanel.h"
 
 #include <QDateTime>
@@ -72,6 +73,11 @@ public:
     void setSaveFileChooser(SaveFileChooser chooser);
     // The x264 preset; the default is the measured one.
     void setEncoderPreset(const char *preset) { m_preset = preset; }
+    // Where recordings under way are noted, to be found again after a crash.
+    void setJournalFolder(const QString &folder) { m_journalFolder = folder; }
+    // Finishes, off the main thread, the recordings a crash or a power cut left unfinished. A
+    // recovered file is announced like a saved one; one that cannot be finished is an error.
+    void recoverUnfinishedRecordings();
 
 Q_SIGNALS:
     void durationChanged();
@@ -89,6 +95,8 @@ private:
     void setRequiresPermission(bool required);
     void setDuration(double duration);
     void tickDuration();
+    void retireStream();
+    void reportRecoveries(const QList<RecordingJournal::Recovery> &recoveries);
 
     PlayerRecordingState m_state = PlayerRecordingState::idle;
     double m_duration = 0;
@@ -104,4 +112,8 @@ private:
     SaveFileChooser m_saveFileChooser;
     const char *m_preset = PlayerCaptureWriter::defaultPreset;
     PlayerCaptureWriter::Statistics m_lastStatistics;
+    QString m_journalFolder;
+    // Where recoveries post their results while the controller lives.
+    struct RecoveryMailbox;
+    std::shared_ptr<RecoveryMailbox> m_recoveryMailbox;
 };

@@ -1,6 +1,7 @@
 #include "recordererror.h"
 
 #include <QLocale>
+#include <cerrno>
 
 namespace RecorderErrors {
 
@@ -43,6 +44,47 @@ QString surfaceUnavailableMessage()
 QString unknownErrorMessage()
 {
     return QStringLiteral("Unknown recording error.");
+}
+
+QString writeFailure(int errorCode, const QString &detail, const QString &keptPath)
+{
+    QString what;
+    switch (errorCode) {
+    case ENOSPC:
+    case EDQUOT:
+        what = QStringLiteral("The disk is full.");
+        break;
+    case EFBIG:
+        what = QStringLiteral("The recording is larger than this disk allows for one file.");
+        break;
+    case ENOENT:
+    case ESTALE:
+        what = QStringLiteral("The recording’s file or its folder was removed.");
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        what = QStringLiteral("The recording’s folder can no longer be written to.");
+        break;
+    case EIO:
+        what = QStringLiteral("The disk could not be written to.");
+        break;
+    default:
+        what = QStringLiteral("The recording could not be written.");
+        break;
+    }
+    QString message = QStringLiteral("%1 (%2)").arg(what, detail);
+    if (!keptPath.isEmpty())
+        message
+            += QStringLiteral(" The recording up to that moment is kept in “%1”.").arg(keptPath);
+    return message;
+}
+
+QString recoveryFailure(const QString &path, const QString &detail)
+{
+    return QStringLiteral("A recording cut short could not be finished (%1). It plays as it is "
+                          "in “%2”.")
+        .arg(detail, path);
 }
 
 Presentation present(const QString &description)

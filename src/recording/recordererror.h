@@ -22,6 +22,11 @@ QString permissionBlockedMessage();
 QString surfaceUnavailableMessage();
 // The alert's text when a failure came without one.
 QString unknownErrorMessage();
+// A recording that could not be written on: what happened in plain words for an errno code,
+// the system's own detail, and where what was recorded is kept (when anything is).
+QString writeFailure(int errorCode, const QString &detail, const QString &keptPath);
+// A recording cut short earlier that could not be finished later.
+QString recoveryFailure(const QString &path, const QString &detail);
 
 // What the user reads for a failure, and whether it is about a refused permission.
 struct Presentation

@@ -4,7 +4,9 @@
 #include "mediaprobe.h"
 #include "model/playermodel.h"
 #include "recording/capturegeometry.h"
+#include "recording/mp4finisher.h"
 #include "recording/playerrecordingcontroller.h"
+#include "recording/recordingjournal.h"
 #include "surface/playerhostingview.h"
 #include "testmedia.h"
 #include "ui/channellist.h"
@@ -24,6 +26,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
@@ -260,6 +263,40 @@ private Q_SLOTS:
                 button->click();
         }
         QCOMPARE(revealed, QStringList {path});
+    }
+
+    void aRecordingCutShortIsFinishedWhenThePlayerStarts()
+    {
+        // A recording left in fragments by a crash, and the note the recorder kept of it.
+        const QString path = m_media.filePath(QStringLiteral("cut-short.mp4"));
+        QProcess ffmpeg;
+        ffmpeg.start(QStringLiteral("ffmpeg"),
+                     {"-v", "error", "-y", "-i", m_media.filePath(QStringLiteral("clip.mp4")), "-c",
+                      "copy", "-movflags", "frag_keyframe+empty_moov", path});
+        QVERIFY(ffmpeg.waitForFinished(60'000) && ffmpeg.exitCode() == 0);
+        QVERIFY(Mp4Finisher::isFragmented(path));
+        const QByteArray savedDataHome = qgetenv("XDG_DATA_HOME");
+        qputenv("XDG_DATA_HOME", m_media.filePath(QStringLiteral("data")).toUtf8());
+        const QString journal = RecordingJournal::defaultFolder();
+        QVERIFY(journal.startsWith(m_media.path()));
+        QVERIFY(QDir().mkpath(journal));
+        QFile entry(QDir(journal).filePath(QStringLiteral("1-1.recording")));
+        QVERIFY(entry.open(QIODevice::WriteOnly));
+        entry.write(path.toUtf8());
+        entry.close();
+
+        LumoMediaPlayerApp app;
+        app.start({});
+        PlayerRecordingController *recorder = app.window().contentView()->recordingController();
+        QTRY_COMPARE_WITH_TIMEOUT(recorder->lastSavedURL(), std::optional<QString>(path), 30000);
+        if (savedDataHome.isEmpty())
+            qunsetenv("XDG_DATA_HOME");
+        else
+            qputenv("XDG_DATA_HOME", savedDataHome);
+        QVERIFY(!Mp4Finisher::isFragmented(path));
+        QVERIFY(QDir(journal).isEmpty());
+        QTRY_VERIFY(app.window().contentView()->recordingAlerts()->savedAlert());
+        QTRY_VERIFY(app.window().contentView()->recordingAlerts()->savedAlert()->isVisible());
     }
 
     // Last: it ends the application's event loop.

@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <cerrno>
+#include <cstring>
 
 class TestRecordingNames : public QObject
 {
@@ -117,6 +119,33 @@ private Q_SLOTS:
         QCOMPARE(RecorderErrors::unknownErrorMessage(), "Unknown recording error.");
         QVERIFY(RecorderErrors::permissionNeededMessage().startsWith(
             "LumoMediaPlayerPro needs Screen & System Audio Recording permission"));
+    }
+    void writeFailuresReadInPlainWords_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("opening");
+        QTest::newRow("disk full") << ENOSPC << "The disk is full.";
+        QTest::newRow("quota") << EDQUOT << "The disk is full.";
+        QTest::newRow("file size limit")
+            << EFBIG << "The recording is larger than this disk allows for one file.";
+        QTest::newRow("removed") << ENOENT << "The recording’s file or its folder was removed.";
+        QTest::newRow("read-only")
+            << EROFS << "The recording’s folder can no longer be written to.";
+        QTest::newRow("refused") << EACCES << "The recording’s folder can no longer be written to.";
+        QTest::newRow("device") << EIO << "The disk could not be written to.";
+        QTest::newRow("other") << EINVAL << "The recording could not be written.";
+    }
+
+    void writeFailuresReadInPlainWords()
+    {
+        QFETCH(int, code);
+        QFETCH(QString, opening);
+        const QString detail = QString::fromLocal8Bit(strerror(code));
+        const QString kept = RecorderErrors::writeFailure(code, detail, "/media/clip.mp4");
+        QCOMPARE(kept,
+                 opening + " (" + detail
+                     + ") The recording up to that moment is kept in “/media/clip.mp4”.");
+        QCOMPARE(RecorderErrors::writeFailure(code, detail, {}), opening + " (" + detail + ")");
     }
 };
 

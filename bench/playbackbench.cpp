@@ -2,6 +2,7 @@
 // the mpv command on the same file; and how long the main thread is held while a 200,000-entry
 // playlist is downloaded, parsed and published.
 #include "benchreport.h"
+#include "mainthreadprobe.h"
 #include "syntheticplaylist.h"
 
 #include "httpserver/localhttpserver.h"
@@ -242,18 +243,9 @@ int main(int argc, char *argv[])
     std::vector<double> totals;
     for (int run = 0; run < 5; ++run) {
         model.clearNetworkStream();
-        QElapsedTimer tick;
-        double longestGapMs = 0;
-        QTimer probe;
-        probe.setTimerType(Qt::PreciseTimer);
-        probe.setInterval(1);
-        QObject::connect(&probe, &QTimer::timeout, [&] {
-            longestGapMs = std::max(longestGapMs, tick.nsecsElapsed() / 1e6);
-            tick.restart();
-        });
+        MainThreadProbe probe;
         QElapsedTimer total;
         total.start();
-        tick.start();
         probe.start();
         model.openRemote(server.url(QStringLiteral("/big.m3u")).toString(), std::nullopt);
         const bool ok = waitUntil([&] { return model.playlist().size() == 200'000; }, 60'000);
@@ -261,7 +253,7 @@ int main(int argc, char *argv[])
         waitUntil([] { return false; }, 20);
         probe.stop();
         if (ok) {
-            stalls.push_back(longestGapMs);
+            stalls.push_back(probe.longestGapMs());
             totals.push_back(total.nsecsElapsed() / 1e6);
         }
     }

@@ -3,6 +3,7 @@
 // the ffmpeg command line (X11 screen grab, the sound server's monitor, the same x264 settings).
 // Shorter runs compare the x264 presets. Options: --seconds N (default 60), --json PATH.
 #include "benchreport.h"
+#include "mainthreadprobe.h"
 #include "recordingstage.h"
 #include "testmedia.h"
 
@@ -39,6 +40,7 @@ struct Run
     double seconds = 0;
     PlayerCaptureWriter::Statistics statistics;
     double cpuShare = 0; // of one core, the whole player included
+    double stopStallMs = 0; // the main thread's longest stall from stop until the file is done
 };
 
 Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, const QString &path)
@@ -59,11 +61,17 @@ Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, con
     QElapsedTimer wall;
     wall.start();
     QTest::qWait(seconds * 1000);
+    MainThreadProbe probe;
+    probe.start();
     recorder.stopRecording();
     if (!QTest::qWaitFor([&] { return recorder.state() == PlayerRecordingState::idle; }, 120'000)) {
         run.error = QStringLiteral("did not finish");
         return run;
     }
+    // The stream goes on the next turn of the loop; its end belongs to the stop.
+    QTest::qWait(50);
+    probe.stop();
+    run.stopStallMs = probe.longestGapMs();
     run.seconds = double(wall.elapsed()) / 1000;
     run.cpuShare = (cpuSeconds(RUSAGE_SELF) - cpuBefore) / run.seconds;
     run.statistics = recorder.lastStatistics();
@@ -228,6 +236,8 @@ int main(int argc, char *argv[])
                   1000 * player.statistics.audioRealigned, QStringLiteral("ms"));
         bench.add(QStringLiteral("player silence before the first sound"),
                   1000 * player.statistics.audioLeadIn, QStringLiteral("ms"));
+        bench.add(QStringLiteral("player UI-thread longest stall while stopping"),
+                  player.stopStallMs, QStringLiteral("ms"));
     }
     const Run ffmpeg
         = recordWithFfmpeg(stage, preset, seconds, dir.filePath(QStringLiteral("f.mp4")));

@@ -1,5 +1,6 @@
 #include "capturegeometry.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace CaptureGeometry {
@@ -104,6 +105,32 @@ std::variant<CapturePlan, RecorderError> plan(const ShareableContent &content, q
     result.area = area;
     result.outputSize = outputDimensions(area.size(), scale, quality);
     return result;
+}
+
+QRect pictureCrop(const QRectF &rectInView, const QRectF &viewFrame, const QRectF &display,
+                  double ratio)
+{
+    const QRectF onDisplay = viewFrame.intersected(display).translated(-viewFrame.topLeft());
+    const QRectF part = rectInView.intersected(onDisplay);
+    if (part.isEmpty())
+        return {};
+    return QRect(qRound(part.x() * ratio), qRound(part.y() * ratio), qRound(part.width() * ratio),
+                 qRound(part.height() * ratio));
+}
+
+QRect letterbox(QSize source, QSize output)
+{
+    if (source.isEmpty() || output.isEmpty())
+        return QRect(QPoint(0, 0), output);
+    const double factor = std::min(double(output.width()) / source.width(),
+                                   double(output.height()) / source.height());
+    auto even = [](double value, int limit) {
+        return std::clamp(int(std::lround(value / 2)) * 2, 2, limit);
+    };
+    const int width = even(source.width() * factor, output.width());
+    const int height = even(source.height() * factor, output.height());
+    return QRect((output.width() - width) / 4 * 2, (output.height() - height) / 4 * 2, width,
+                 height);
 }
 
 } // namespace CaptureGeometry

@@ -7,6 +7,7 @@
 #include "recordererror.h"
 
 #include <QList>
+#include <QRect>
 #include <QRectF>
 #include <QSize>
 #include <optional>
@@ -54,6 +55,15 @@ int evenDimension(double value);
 QSize outputDimensions(const QSizeF &points, double scale, PlayerRecordingQuality quality);
 // A rectangle in y-downward window coordinates (Qt's) as y-upward ones, for a window this tall.
 QRectF flippedInWindow(const QRectF &rect, double windowHeight);
+
+// The part of a view's picture a recording takes, in the picture's device pixels (rows from the
+// top): the surface's rectangle in the view, less what of the view lies off its display. The
+// view's frame and the display are global, y downward.
+QRect pictureCrop(const QRectF &rectInView, const QRectF &viewFrame, const QRectF &display,
+                  double ratio);
+// Where a picture of size source goes in the file's picture of size output: as large as fits,
+// its shape kept, centred, with even sides and offsets (the colour planes are half size).
+QRect letterbox(QSize source, QSize output);
 
 // Finds the window, its display and the area, and sizes the output; the first failure wins.
 std::variant<CapturePlan, RecorderError> plan(const ShareableContent &content, quint64 windowNumber,

@@ -14,13 +14,12 @@ CaptureWorker::~CaptureWorker()
     close();
 }
 
-QString CaptureWorker::open(const QString &path, QSize outputSize, QRect crop, const char *preset)
+QString CaptureWorker::open(const QString &path, QSize outputSize, const char *preset)
 {
     QString error;
     m_writer = PlayerCaptureWriter::create(path, outputSize, &error, preset);
     if (!m_writer)
         return error;
-    m_crop = crop;
     m_audio = std::make_unique<SystemAudioCapture>(
         [this](const float *samples, int frameCount, double time) {
             offerSound(samples, frameCount, time);
@@ -42,11 +41,22 @@ QString CaptureWorker::open(const QString &path, QSize outputSize, QRect crop, c
     return {};
 }
 
-void CaptureWorker::offerPicture(const CapturedPicture &picture)
+void CaptureWorker::offerPicture(const CapturedPicture &picture, QRect crop, double time)
 {
     const std::lock_guard lock(m_mutex);
     m_picture = picture;
+    m_crop = crop;
+    m_pictureTime = time;
     m_hasPicture = true;
+    m_pictureIsNew = true;
+}
+
+void CaptureWorker::offerNothing()
+{
+    const std::lock_guard lock(m_mutex);
+    // A frozen last picture would pass for a still scene; black says nothing is there.
+    m_picture = {};
+    m_hasPicture = false;
 }
 
 void CaptureWorker::offerSound(const float *samples, int frameCount, double time)
@@ -67,18 +77,27 @@ void CaptureWorker::tick()
         return;
     const double now = CaptureClock::now();
     CapturedPicture picture;
+    QRect crop;
+    double time = now;
     bool hasPicture = false;
     std::deque<AudioChunk> sound;
     {
         const std::lock_guard lock(m_mutex);
         picture = m_picture;
+        crop = m_crop;
         hasPicture = m_hasPicture;
+        if (m_pictureIsNew)
+            time = m_pictureTime;
+        m_pictureIsNew = false;
         sound.swap(m_sound);
         m_soundFrames = 0;
     }
-    // The newest picture stands for this moment, again if nothing new was drawn since.
+    // A new picture goes where it was drawn; the last one stands for this moment again if
+    // nothing new was drawn since. Before the first picture nothing is recorded.
     if (hasPicture)
-        m_writer->appendVideo(picture.image, m_crop, picture.bottomUp, now);
+        m_writer->appendVideo(picture.image, crop, picture.bottomUp, time);
+    else if (m_writer->sessionStarted())
+        m_writer->appendBlack(now);
     for (const AudioChunk &chunk : sound)
         m_writer->appendAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.time);
     {

@@ -27,13 +27,16 @@ public:
     ~CaptureWorker() override;
 
     // On the capture thread: opens the file and the sound; empty on success.
-    QString open(const QString &path, QSize outputSize, QRect crop, const char *preset);
+    QString open(const QString &path, QSize outputSize, const char *preset);
     // On the capture thread: stops the sound and the ticks and finishes the file.
     PlayerCaptureWriter::Outcome close();
     PlayerCaptureWriter::Statistics statistics() const;
 
-    // From any thread: the newest picture replaces the one waiting.
-    void offerPicture(const CapturedPicture &picture);
+    // From any thread: the newest picture, drawn at time, of which the part crop is recorded,
+    // replaces the one waiting.
+    void offerPicture(const CapturedPicture &picture, QRect crop, double time);
+    // From any thread: there is nothing to record from; black is recorded until a picture comes.
+    void offerNothing();
 
 Q_SIGNALS:
     void soundFailed(const QString &why);
@@ -53,12 +56,16 @@ private:
     std::unique_ptr<PlayerCaptureWriter> m_writer;
     std::unique_ptr<SystemAudioCapture> m_audio;
     QTimer *m_ticker = nullptr;
-    QRect m_crop;
     double m_firstTick = 0;
 
     mutable std::mutex m_mutex;
     CapturedPicture m_picture;
+    QRect m_crop;
+    double m_pictureTime = 0;
     bool m_hasPicture = false;
+    // Not yet written: the tick stamps it with the time it was drawn, and a picture written
+    // before with the tick's own time.
+    bool m_pictureIsNew = false;
     std::deque<AudioChunk> m_sound;
     qint64 m_soundFrames = 0;
     PlayerCaptureWriter::Statistics m_statistics;

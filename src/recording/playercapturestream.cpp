@@ -1,6 +1,11 @@
 #include "playercapturestream.h"
 
+#include "captureclock.h"
+#include "capturegeometry.h"
 #include "captureworker.h"
+#include "surface/playersurfaceregistry.h"
+
+#include <QScreen>
 
 #include <QWidget>
 
@@ -35,32 +40,56 @@ PlayerCaptureStream::~PlayerCaptureStream()
     m_thread.wait();
 }
 
-void PlayerCaptureStream::start(PlayerRecordingSurface *surface, const Configuration &configuration)
+void PlayerCaptureStream::start(const Configuration &configuration)
 {
-    m_surface = surface;
-    m_view = surface ? surface->recordingView() : nullptr;
     // The stream outlives every call it posts: its destructor waits for the capture thread.
     QMetaObject::invokeMethod(m_worker, [this, worker = m_worker, configuration] {
-        const QString error = worker->open(configuration.path, configuration.outputSize,
-                                           configuration.crop, configuration.preset);
+        const QString error
+            = worker->open(configuration.path, configuration.outputSize, configuration.preset);
         QMetaObject::invokeMethod(
             this,
-            [this, worker, error] {
+            [this, error] {
                 if (!error.isEmpty()) {
                     m_journalEntry.reset();
                     Q_EMIT startFailed(error);
                     return;
                 }
                 m_open = true;
-                if (m_view && m_surface) {
-                    m_surface->setPictureReceiver([worker](const CapturedPicture &picture) {
-                        worker->offerPicture(picture);
-                    });
-                }
+                attachSurface(PlayerSurfaceRegistry::shared().surface());
+                connect(&PlayerSurfaceRegistry::shared(), &PlayerSurfaceRegistry::surfaceChanged,
+                        this, [this] {
+                            if (m_open)
+                                attachSurface(PlayerSurfaceRegistry::shared().surface());
+                        });
                 Q_EMIT started();
             },
             Qt::QueuedConnection);
     });
+}
+
+void PlayerCaptureStream::attachSurface(PlayerRecordingSurface *surface)
+{
+    detachSurface();
+    if (!surface) {
+        m_worker->offerNothing();
+        return;
+    }
+    m_surface = surface;
+    m_view = surface->recordingView();
+    // Where the recorded part is, worked out for every picture: the view may have been
+    // resized, moved or turned to another mode since the last one.
+    surface->setPictureReceiver(
+        [worker = m_worker, surface, view = m_view.data()](const CapturedPicture &picture) {
+            const double drawn = CaptureClock::now();
+            const QScreen *screen = view->screen();
+            const QRectF frame(QPointF(view->mapToGlobal(QPoint(0, 0))), QSizeF(view->size()));
+            worker->offerPicture(
+                picture,
+                CaptureGeometry::pictureCrop(surface->recordingRectInView(), frame,
+                                             screen ? QRectF(screen->geometry()) : frame,
+                                             view->devicePixelRatioF()),
+                drawn);
+        });
 }
 
 void PlayerCaptureStream::stop()

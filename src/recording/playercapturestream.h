@@ -24,17 +24,16 @@ public:
     {
         QString path;
         QSize outputSize;
-        // The part of the surface's pictures that is recorded, in device pixels from the top.
-        QRect crop;
         const char *preset = PlayerCaptureWriter::defaultPreset;
     };
 
     explicit PlayerCaptureStream(QObject *parent = nullptr);
     ~PlayerCaptureStream() override;
 
-    // Opens the writer and the system sound on the capture thread, then takes the surface's
-    // pictures. Reports started or startFailed.
-    void start(PlayerRecordingSurface *surface, const Configuration &configuration);
+    // Opens the writer and the system sound on the capture thread, then takes the pictures of
+    // the registered surface, following it when another view takes its place (black while
+    // there is none). Reports started or startFailed.
+    void start(const Configuration &configuration);
     // Stops taking pictures and sound and finishes the file on the capture thread; reports
     // finished. Does nothing unless the stream started and was not stopped yet.
     void stop();
@@ -55,6 +54,7 @@ Q_SIGNALS:
     void writeFailed();
 
 private:
+    void attachSurface(PlayerRecordingSurface *surface);
     void detachSurface();
 
     QThread m_thread;

@@ -1,5 +1,6 @@
 #include "playercapturewriter.h"
 
+#include "capturegeometry.h"
 #include "ffmpegsupport.h"
 #include "mp4finisher.h"
 #include "recordingnames.h"
@@ -8,7 +9,9 @@
 #include <QFileInfo>
 #include <cmath>
 #include <csignal>
+#include <cstring>
 #include <limits>
+#include <optional>
 #include <vector>
 
 extern "C" {
@@ -51,6 +54,9 @@ struct PlayerCaptureWriter::Private
     QString openVideo(const char *preset);
     QString openAudio();
     bool failed() const { return !failureDetail.isEmpty(); }
+    std::optional<qint64> takeSlot(double time);
+    void fillBlack();
+    bool encodeFrame(qint64 slot);
     void fail(int code);
     int drain(AVCodecContext *codec, AVStream *stream);
     int encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame);
@@ -271,6 +277,54 @@ int PlayerCaptureWriter::Private::drain(AVCodecContext *codec, AVStream *stream)
     }
 }
 
+std::optional<qint64> PlayerCaptureWriter::Private::takeSlot(double time)
+{
+    if (!sessionStarted) {
+        sessionStarted = true;
+        sessionStart = time;
+    }
+    // The picture's place on the 30-per-second timeline. A picture whose slot is taken moves
+    // to the next one if that is at most a frame later than its time; one that comes sooner is
+    // not needed. Slots passed over had no picture in time: they are the dropped frames.
+    const double exact = (time - sessionStart) * frameRate;
+    qint64 slot = std::llround(exact);
+    if (slot <= lastSlot) {
+        if (double(lastSlot + 1) > exact + 1)
+            return std::nullopt;
+        slot = lastSlot + 1;
+    }
+    statistics.framesDropped += slot - lastSlot - 1;
+    lastSlot = slot;
+    // Writing on into a file whose folder was removed would lose everything unnoticed: the
+    // system keeps accepting the bytes of a file that no longer has a name.
+    if (slot % frameRate == 0 && !QFileInfo::exists(path)) {
+        fail(AVERROR(ENOENT));
+        return std::nullopt;
+    }
+    return slot;
+}
+
+void PlayerCaptureWriter::Private::fillBlack()
+{
+    // Black at limited range: Y 16, Cb and Cr 128.
+    AVFrame *frame = videoFrame.get();
+    for (int plane = 0; plane < 3; ++plane) {
+        const int rows = plane ? (frame->height + 1) / 2 : frame->height;
+        std::memset(frame->data[plane], plane ? 128 : 16, size_t(frame->linesize[plane]) * rows);
+    }
+}
+
+bool PlayerCaptureWriter::Private::encodeFrame(qint64 slot)
+{
+    videoFrame->pts = slot;
+    if (const int result = encode(video.get(), videoStream, videoFrame.get())) {
+        fail(result);
+        return false;
+    }
+    ++statistics.framesWritten;
+    return true;
+}
+
 bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, bool bottomUp,
                                       double time)
 {
@@ -280,32 +334,15 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
     const AVPixelFormat format = scaleFormat(picture.format());
     if (area.width() < 2 || area.height() < 2 || format == AV_PIX_FMT_NONE)
         return false;
-
-    if (!d->sessionStarted) {
-        d->sessionStarted = true;
-        d->sessionStart = time;
-    }
-    // The picture's place on the 30-per-second timeline. A picture whose slot is taken moves
-    // to the next one if that is at most a frame later than its time; one that comes sooner is
-    // not needed. Slots passed over had no picture in time: they are the dropped frames.
-    const double exact = (time - d->sessionStart) * frameRate;
-    qint64 slot = std::llround(exact);
-    if (slot <= d->lastSlot) {
-        if (double(d->lastSlot + 1) > exact + 1)
-            return false;
-        slot = d->lastSlot + 1;
-    }
-    d->statistics.framesDropped += slot - d->lastSlot - 1;
-    d->lastSlot = slot;
-    // Writing on into a file whose folder was removed would lose everything unnoticed: the
-    // system keeps accepting the bytes of a file that no longer has a name.
-    if (slot % frameRate == 0 && !QFileInfo::exists(d->path)) {
-        d->fail(AVERROR(ENOENT));
+    const std::optional<qint64> slot = d->takeSlot(time);
+    if (!slot)
         return false;
-    }
 
+    // The area keeps its shape whatever happened to the view since the start: it is fitted
+    // into the file's picture, with black around it.
+    const QRect target = CaptureGeometry::letterbox(area.size(), d->size);
     d->scaler.reset(sws_getCachedContext(d->scaler.release(), area.width(), area.height(), format,
-                                         d->size.width(), d->size.height(), AV_PIX_FMT_YUV420P,
+                                         target.width(), target.height(), AV_PIX_FMT_YUV420P,
                                          SWS_BILINEAR, nullptr, nullptr, nullptr));
     if (!d->scaler)
         return false;
@@ -318,15 +355,27 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
     const int stride[1] = {bottomUp ? -int(picture.bytesPerLine()) : int(picture.bytesPerLine())};
     if (av_frame_make_writable(d->videoFrame.get()) < 0)
         return false;
-    sws_scale(d->scaler.get(), source, stride, 0, area.height(), d->videoFrame->data,
-              d->videoFrame->linesize);
-    d->videoFrame->pts = slot;
-    if (const int result = d->encode(d->video.get(), d->videoStream, d->videoFrame.get())) {
-        d->fail(result);
+    AVFrame *frame = d->videoFrame.get();
+    if (target.size() != d->size)
+        d->fillBlack();
+    uint8_t *planes[3] = {
+        frame->data[0] + target.y() * frame->linesize[0] + target.x(),
+        frame->data[1] + target.y() / 2 * frame->linesize[1] + target.x() / 2,
+        frame->data[2] + target.y() / 2 * frame->linesize[2] + target.x() / 2,
+    };
+    sws_scale(d->scaler.get(), source, stride, 0, area.height(), planes, frame->linesize);
+    return d->encodeFrame(*slot);
+}
+
+bool PlayerCaptureWriter::appendBlack(double time)
+{
+    if (!d->output || d->failed())
         return false;
-    }
-    ++d->statistics.framesWritten;
-    return true;
+    const std::optional<qint64> slot = d->takeSlot(time);
+    if (!slot || av_frame_make_writable(d->videoFrame.get()) < 0)
+        return false;
+    d->fillBlack();
+    return d->encodeFrame(*slot);
 }
 
 void PlayerCaptureWriter::Private::queueSilence(qint64 frameCount)

@@ -65,9 +65,12 @@ public:
     const Statistics &statistics() const;
 
     // The part crop of a picture (pixels; RGB32, ARGB32 or RGBA8888, rows from the bottom when
-    // bottomUp), taken at time seconds on the capture clock, scaled to the output size. The
+    // bottomUp), taken at time seconds on the capture clock, fitted into the output size with its
+    // shape kept (black bars around it when the shapes differ). The
     // first picture starts the session. False when the picture was not written.
     bool appendVideo(const QImage &picture, const QRect &crop, bool bottomUp, double time);
+    // A black picture at time, for moments when there is nothing to record from.
+    bool appendBlack(double time);
     // Interleaved stereo samples whose first was heard at time; dropped before the session.
     void appendAudio(const float *samples, int frameCount, double time);
 

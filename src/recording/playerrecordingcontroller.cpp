@@ -218,15 +218,6 @@ void PlayerRecordingController::beginCapture(QPointer<QWidget> window, QRectF su
         return fail(RecorderErrors::description(*error));
     const auto &plan = std::get<CaptureGeometry::CapturePlan>(planned);
 
-    // The area on the display, back in the surface's own pixels: what the surface draws is
-    // what is recorded.
-    QWidget *view = surface->recordingView();
-    const QPointF viewOrigin = QPointF(view->mapToGlobal(QPoint(0, 0)));
-    const QRectF inView = plan.area.translated(plan.displayFrame.topLeft() - viewOrigin);
-    const double ratio = view->devicePixelRatioF();
-    const QRect crop(qRound(inView.x() * ratio), qRound(inView.y() * ratio),
-                     qRound(inView.width() * ratio), qRound(inView.height() * ratio));
-
     retireStream();
     m_stream = std::make_unique<PlayerCaptureStream>();
     m_stream->keepJournalEntry(RecordingJournal::Entry::begin(m_journalFolder, path));
@@ -238,7 +229,9 @@ void PlayerRecordingController::beginCapture(QPointer<QWidget> window, QRectF su
     connect(m_stream.get(), &PlayerCaptureStream::startFailed, this, fail);
     connect(m_stream.get(), &PlayerCaptureStream::stoppedWithError, this,
             &PlayerRecordingController::streamDidStop);
-    m_stream->start(surface, {path, plan.outputSize, crop, m_preset});
+    // The pictures come from the surface itself, cut to the area the plan found on the
+    // display: what the surface draws is what is recorded.
+    m_stream->start({path, plan.outputSize, m_preset});
 }
 
 void PlayerRecordingController::didStartRecording()

@@ -158,6 +158,45 @@ private Q_SLOTS:
         QCOMPARE(RecorderErrors::description(RecorderError::playerDisplayNotFound),
                  "The display containing LumoMediaPlayerPro could not be captured.");
     }
+
+    void aPictureIsCutToWhatOfItsViewIsOnItsDisplay()
+    {
+        const QRectF display(0, 0, 1920, 1080);
+        QCOMPARE(CaptureGeometry::pictureCrop({0, 0, 640, 360}, {100, 80, 640, 360}, display, 1),
+                 QRect(0, 0, 640, 360));
+        // The portrait crop inside the view, on a display twice as dense.
+        QCOMPARE(CaptureGeometry::pictureCrop({220, 0, 200, 360}, {100, 80, 640, 360}, display, 2),
+                 QRect(440, 0, 400, 720));
+        // Partly off the right edge of the display.
+        QCOMPARE(CaptureGeometry::pictureCrop({0, 0, 640, 360}, {1700, 80, 640, 360}, display, 1),
+                 QRect(0, 0, 220, 360));
+        // Wholly off it.
+        QVERIFY(CaptureGeometry::pictureCrop({0, 0, 640, 360}, {2000, 80, 640, 360}, display, 1)
+                    .isEmpty());
+    }
+
+    void aPictureKeepsItsShapeInTheFile_data()
+    {
+        QTest::addColumn<QSize>("source");
+        QTest::addColumn<QSize>("output");
+        QTest::addColumn<QRect>("placed");
+        QTest::newRow("same shape")
+            << QSize(640, 360) << QSize(1920, 1080) << QRect(0, 0, 1920, 1080);
+        QTest::newRow("wider: bars above and below")
+            << QSize(1000, 360) << QSize(640, 360) << QRect(0, 64, 640, 230);
+        QTest::newRow("narrower: bars left and right")
+            << QSize(360, 640) << QSize(640, 360) << QRect(218, 0, 202, 360);
+        QTest::newRow("smaller: scaled up")
+            << QSize(320, 180) << QSize(640, 360) << QRect(0, 0, 640, 360);
+    }
+
+    void aPictureKeepsItsShapeInTheFile()
+    {
+        QFETCH(QSize, source);
+        QFETCH(QSize, output);
+        QFETCH(QRect, placed);
+        QCOMPARE(CaptureGeometry::letterbox(source, output), placed);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestCaptureGeometry)

@@ -4,6 +4,7 @@
 // Shorter runs compare the x264 presets. Options: --seconds N (default 60), --json PATH.
 #include "benchreport.h"
 #include "mainthreadprobe.h"
+#include "mediaprobe.h"
 #include "recordingstage.h"
 #include "testmedia.h"
 
@@ -239,6 +240,22 @@ int main(int argc, char *argv[])
         bench.add(QStringLiteral("player UI-thread longest stall while stopping"),
                   player.stopStallMs, QStringLiteral("ms"));
     }
+    // Sound against picture: a clip that flashes and beeps at the same instants, recorded.
+    const QString flashes = dir.filePath(QStringLiteral("flashes.mp4"));
+    if (TestMedia::makeFlashBeep(flashes, 40, viewSize) && stage.play(flashes)) {
+        const QString synced = dir.filePath(QStringLiteral("sync.mp4"));
+        const Run run = recordWithPlayer(stage, preset, 10, synced);
+        int paired = 0;
+        const double offset = run.ok ? MediaProbe::flashBeepOffset(synced, &paired) : qQNaN();
+        bench.add(QStringLiteral("player sound after picture (flash and beep, median)"),
+                  1000 * offset, QStringLiteral("ms"));
+        bench.add(QStringLiteral("player flashes paired with their beep"), paired,
+                  QStringLiteral("flashes"));
+        stage.play(clip);
+    } else {
+        bench.note(QStringLiteral("could not play the flash-and-beep clip"));
+    }
+
     const Run ffmpeg
         = recordWithFfmpeg(stage, preset, seconds, dir.filePath(QStringLiteral("f.mp4")));
     report(bench, QStringLiteral("ffmpeg x11grab"), ffmpeg, seconds);

@@ -17,6 +17,9 @@ namespace Mp4Finisher {
 
 namespace {
 
+// The samples FFmpeg's AAC encoder puts before the sound, which recordings are made with.
+constexpr int64_t aacPrimingSamples = 1024;
+
 // Room for the index in front of the media: measured at about 15 bytes a packet (sample size,
 // time, chunk offset), with a margin for long recordings' wider offsets and the header boxes.
 qint64 indexRoom(qint64 packetCount)
@@ -94,6 +97,11 @@ QString copyStreams(const QString &source, const QString &target, qint64 packetC
     if (result < 0)
         return FFmpeg::errorText(result);
 
+    // Fragments cannot say where a track's presentation begins, so in them the video starts
+    // late by the encoder's reordering delay and the sound early by the encoder's priming. The
+    // plain file can: each track's first picture or sample is put back at zero, and the index
+    // says what to skip.
+    std::vector<int64_t> shift(input->nb_streams, AV_NOPTS_VALUE);
     FFmpeg::Packet packet(av_packet_alloc());
     while ((result = av_read_frame(input.get(), packet.get())) >= 0) {
         const int index = packet->stream_index;
@@ -101,6 +109,17 @@ QString copyStreams(const QString &source, const QString &target, qint64 packetC
             av_packet_unref(packet.get());
             continue;
         }
+        const AVStream *in = input->streams[index];
+        if (shift[index] == AV_NOPTS_VALUE) {
+            shift[index] = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
+            if (in->codecpar->codec_id == AV_CODEC_ID_AAC && in->codecpar->sample_rate > 0)
+                shift[index] += av_rescale_q(
+                    aacPrimingSamples, AVRational {1, in->codecpar->sample_rate}, in->time_base);
+        }
+        if (packet->pts != AV_NOPTS_VALUE)
+            packet->pts -= shift[index];
+        if (packet->dts != AV_NOPTS_VALUE)
+            packet->dts -= shift[index];
         AVStream *out = output->streams[streamMap[index]];
         av_packet_rescale_ts(packet.get(), input->streams[index]->time_base, out->time_base);
         packet->stream_index = streamMap[index];

@@ -447,6 +447,10 @@ void PlayerCaptureWriter::appendAudio(const float *samples, int frameCount, doub
         d->windowMinimumGap = std::numeric_limits<qint64>::max();
     };
     if (!d->audioStarted) {
+        // Sound heard before the first picture is not in the file: the file starts with its
+        // picture, and the sound is cut at exactly that moment, however many pieces it spans.
+        if (gap + frameCount <= 0)
+            return;
         d->audioStarted = true;
         realignBy(gap, true);
     } else if (gap < -realign) {

@@ -313,7 +313,9 @@ private Q_SLOTS:
         QVERIFY(helper.waitForStarted());
         QVERIFY(QTest::qWaitFor(
             [&] { return helper.readAllStandardOutput().contains("recording"); }, 30'000));
-        QTest::qWait(5000);
+        // Fragments begin at key frames, two seconds apart: after six seconds at least two
+        // whole fragments are on the disk.
+        QTest::qWait(6000);
         ::kill(pid_t(helper.processId()), SIGKILL);
         QVERIFY(helper.waitForFinished());
         QCOMPARE(helper.exitStatus(), QProcess::CrashExit);

@@ -1,5 +1,7 @@
 #include "mediaprobe.h"
 
+#include <algorithm>
+
 #include <QColor>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -104,6 +106,56 @@ bool decodesCleanly(const QString &path, QString *errors)
     if (errors)
         *errors = QString::fromUtf8(text);
     return process.exitCode() == 0 && text.trimmed().isEmpty();
+}
+
+double flashBeepOffset(const QString &path, int *count)
+{
+    // The pictures' brightness, frame by frame, with their times.
+    const QString filter = QStringLiteral("movie=%1,signalstats").arg(path);
+    const QByteArray table
+        = run("ffprobe",
+              {"-v", "error", "-f", "lavfi", "-i", filter, "-show_entries",
+               "frame=pts_time:frame_tags=lavfi.signalstats.YAVG", "-of", "csv=p=0"});
+    QVector<double> flashes;
+    bool bright = false;
+    for (const QByteArray &line : table.split('\n')) {
+        const QList<QByteArray> fields = line.trimmed().split(',');
+        if (fields.size() < 2)
+            continue;
+        const bool now = fields[1].toDouble() > 128;
+        if (now && !bright)
+            flashes.append(fields[0].toDouble());
+        bright = now;
+    }
+    // The sound's onsets: the first loud sample after at least 0.3 s of quiet.
+    const double audioStart
+        = stream(probe(path), QStringLiteral("audio")).value("start_time").toString().toDouble();
+    const QVector<float> samples = sound(path);
+    QVector<double> beeps;
+    qsizetype quietSince = 0;
+    for (qsizetype i = 0; i < samples.size(); ++i) {
+        if (std::abs(samples[i]) < 0.05f)
+            continue;
+        if (i - quietSince >= 48'000 * 3 / 10)
+            beeps.append(audioStart + double(i) / 48'000);
+        quietSince = i;
+    }
+    QVector<double> offsets;
+    for (const double flash : flashes) {
+        double best = qQNaN();
+        for (const double beep : beeps) {
+            if (std::abs(beep - flash) < 0.4 && !(std::abs(beep - flash) >= std::abs(best)))
+                best = beep - flash;
+        }
+        if (!std::isnan(best))
+            offsets.append(best);
+    }
+    if (count)
+        *count = int(offsets.size());
+    if (offsets.isEmpty())
+        return qQNaN();
+    std::sort(offsets.begin(), offsets.end());
+    return offsets[offsets.size() / 2];
 }
 
 QColor meanColour(const QImage &image, const QRect &rect)

@@ -21,6 +21,11 @@ QVector<float> sound(const QString &path);
 double toneShare(const QVector<float> &samples, double frequency, int sampleRate = 48'000);
 // True when ffmpeg decodes the whole file without a single error.
 bool decodesCleanly(const QString &path, QString *errors = nullptr);
+// How far a recording's sound lags its pictures (negative: leads), in seconds: the median, over
+// the flashes of a flash-and-beep clip (TestMedia::makeFlashBeep), of the time from a flash's
+// first bright frame to its beep's first loud sample. NaN when no pair is found; count, when
+// given, receives how many flashes were paired.
+double flashBeepOffset(const QString &path, int *count = nullptr);
 // The mean colour of a rectangle of an image.
 QColor meanColour(const QImage &image, const QRect &rect);
 

@@ -39,6 +39,38 @@ bool makeClip(const QString &path, double seconds, QSize size, int fps, bool wit
     return runFfmpeg(arguments);
 }
 
+bool makeFlashBeep(const QString &path, double seconds, QSize size)
+{
+    return runFfmpeg(
+        {"-f",
+         "lavfi",
+         "-i",
+         QStringLiteral("color=c=black:size=%1x%2:rate=30:duration=%3,"
+                        "drawbox=x=0:y=0:w=iw:h=ih:color=white:t=fill:"
+                        "enable='lt(mod(t\\,1)\\,0.1)'")
+             .arg(size.width())
+             .arg(size.height())
+             .arg(seconds),
+         "-f",
+         "lavfi",
+         "-i",
+         QStringLiteral("aevalsrc='if(lt(mod(t\\,1)\\,0.1)\\,0.8*sin(2*PI*1000*t)\\,0)':"
+                        "s=48000:d=%1")
+             .arg(seconds),
+         "-c:v",
+         "libx264",
+         "-preset",
+         "ultrafast",
+         "-pix_fmt",
+         "yuv420p",
+         "-c:a",
+         "aac",
+         "-shortest",
+         "-movflags",
+         "+faststart",
+         path});
+}
+
 bool makeColourThirds(const QString &path, QSize size, double seconds, int toneHz)
 {
     const int w = size.width();

@@ -19,6 +19,9 @@ bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size
                        double holdSeconds, double moveSeconds);
 // A copy of source whose container says to show it turned by degrees (FFmpeg's rotate tag), as
 // phones record upright video: the pictures are stored as they were.
+// A black picture that flashes white for a tenth of a second at the start of every second, with
+// a 1 kHz beep at the same instants.
+bool makeFlashBeep(const QString &path, double seconds, QSize size = {640, 360});
 bool makeRotated(const QString &source, const QString &path, int degrees);
 // count MPEG-TS segments of one second each, named seg0.ts, seg1.ts, ... in folder.
 bool makeSegments(const QString &folder, int count);

@@ -4,11 +4,16 @@
 
 namespace CaptureClock {
 
-// Seconds on a steady clock.
+// A moment on the steady clock, in seconds.
+inline double seconds(std::chrono::steady_clock::time_point moment)
+{
+    return std::chrono::duration<double>(moment.time_since_epoch()).count();
+}
+
+// Now, in seconds on the steady clock.
 inline double now()
 {
-    using namespace std::chrono;
-    return duration<double>(steady_clock::now().time_since_epoch()).count();
+    return seconds(std::chrono::steady_clock::now());
 }
 
 } // namespace CaptureClock

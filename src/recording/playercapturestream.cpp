@@ -80,7 +80,8 @@ void PlayerCaptureStream::attachSurface(PlayerRecordingSurface *surface)
     // resized, moved or turned to another mode since the last one.
     surface->setPictureReceiver(
         [worker = m_worker, surface, view = m_view.data()](const CapturedPicture &picture) {
-            const double drawn = CaptureClock::now();
+            const double drawn
+                = picture.drawnAt ? CaptureClock::seconds(*picture.drawnAt) : CaptureClock::now();
             const QScreen *screen = view->screen();
             const QRectF frame(QPointF(view->mapToGlobal(QPoint(0, 0))), QSizeF(view->size()));
             worker->offerPicture(

@@ -303,7 +303,7 @@ void PlayerHostingView::deliverPicture()
     if (!m_readback || !m_readback->isPending() || !context())
         return;
     makeCurrent();
-    CapturedPicture picture {m_readback->take(), true};
+    CapturedPicture picture {m_readback->take(), true, m_readbackDrawnAt};
     doneCurrent();
     if (m_pictureReceiver && !picture.image.isNull())
         m_pictureReceiver(picture);
@@ -324,6 +324,9 @@ void PlayerHostingView::paintGL()
         // Collected on the next turn of the event loop, once the GPU has finished the copy.
         const bool alreadyQueued = m_readback->isPending();
         m_readback->start(defaultFramebufferObject(), viewPixels);
+        // Stamped now, when it is drawn, not when it is collected: the sound is stamped with
+        // when it was heard.
+        m_readbackDrawnAt = std::chrono::steady_clock::now();
         if (!alreadyQueued)
             QMetaObject::invokeMethod(this, &PlayerHostingView::deliverPicture,
                                       Qt::QueuedConnection);

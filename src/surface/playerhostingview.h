@@ -106,6 +106,7 @@ private:
     WindowDragHandler m_windowDragHandler;
     PictureReceiver m_pictureReceiver;
     std::unique_ptr<FramebufferReadback> m_readback;
+    std::chrono::steady_clock::time_point m_readbackDrawnAt;
     // A press that moves the window once the pointer has gone far enough with the button down.
     bool m_windowDragArmed = false;
     QPointF m_pressGlobal;

@@ -2,7 +2,9 @@
 // A view whose picture can be recorded: the video view or the web player's view.
 #include <QImage>
 #include <QRectF>
+#include <chrono>
 #include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -12,6 +14,8 @@ struct CapturedPicture
 {
     QImage image;
     bool bottomUp = false;
+    // When it was drawn, on the steady clock; unset when it was taken as it was handed over.
+    std::optional<std::chrono::steady_clock::time_point> drawnAt;
 };
 
 class PlayerRecordingSurface

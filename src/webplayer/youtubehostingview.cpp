@@ -61,7 +61,8 @@ void YouTubeHostingView::takePicture()
 {
     if (!m_pictureReceiver || !isVisible())
         return;
+    const auto drawnAt = std::chrono::steady_clock::now();
     const QImage image = grab().toImage();
     if (!image.isNull())
-        m_pictureReceiver(CapturedPicture {image, false});
+        m_pictureReceiver(CapturedPicture {image, false, drawnAt});
 }

@@ -81,18 +81,6 @@ Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, con
     return run;
 }
 
-int countFrames(const QString &path)
-{
-    QProcess probe;
-    probe.start(QStringLiteral("ffprobe"),
-                {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-select_streams"),
-                 QStringLiteral("v"), QStringLiteral("-count_packets"),
-                 QStringLiteral("-show_entries"), QStringLiteral("stream=nb_read_packets"),
-                 QStringLiteral("-of"), QStringLiteral("csv=p=0"), path});
-    probe.waitForFinished(120'000);
-    return probe.readAllStandardOutput().trimmed().toInt();
-}
-
 // The same capture by the ffmpeg command line, of the same area of the screen.
 Run recordWithFfmpeg(RecordingStage &stage, const char *preset, int seconds, const QString &path)
 {
@@ -171,7 +159,7 @@ Run recordWithFfmpeg(RecordingStage &stage, const char *preset, int seconds, con
     qint64 dropped = 0;
     for (auto it = drops; it.hasNext();)
         dropped = it.next().captured(1).toLongLong();
-    run.statistics.framesWritten = countFrames(path);
+    run.statistics.framesWritten = MediaProbe::videoPacketCount(path);
     run.statistics.framesDropped = dropped;
     run.ok = ffmpeg.exitCode() == 0 && run.statistics.framesWritten > 0;
     if (!run.ok)

@@ -6,7 +6,6 @@
 #include "surface/playersurfaceregistry.h"
 
 #include <QScreen>
-
 #include <QWidget>
 
 PlayerCaptureStream::PlayerCaptureStream(QObject *parent)

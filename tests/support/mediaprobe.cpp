@@ -65,6 +65,15 @@ QImage frameAt(const QString &path, double seconds)
     return image;
 }
 
+int videoPacketCount(const QString &path)
+{
+    return run("ffprobe",
+               {"-v", "error", "-select_streams", "v", "-count_packets", "-show_entries",
+                "stream=nb_read_packets", "-of", "csv=p=0", path})
+        .trimmed()
+        .toInt();
+}
+
 QVector<float> sound(const QString &path)
 {
     const QByteArray raw

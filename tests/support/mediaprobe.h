@@ -9,6 +9,9 @@ namespace MediaProbe {
 
 // ffprobe's streams and format of the file; empty when it cannot read it.
 QJsonObject probe(const QString &path);
+// How many pictures the file's video track holds (its packets, as ffprobe counts them); 0 when
+// it cannot be read.
+int videoPacketCount(const QString &path);
 // The first stream of a type ("video" or "audio") in probe's answer.
 QJsonObject stream(const QJsonObject &probed, const QString &type);
 // The container's duration in seconds; -1 when unknown.

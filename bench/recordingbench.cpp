@@ -42,6 +42,7 @@ struct Run
     PlayerCaptureWriter::Statistics statistics;
     double cpuShare = 0; // of one core, the whole player included
     double stopStallMs = 0; // the main thread's longest stall from stop until the file is done
+    quint64 picturesDrawn = 0; // new pictures the player drew while recording
 };
 
 Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, const QString &path)
@@ -59,9 +60,11 @@ Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, con
         return run;
     }
     const double cpuBefore = cpuSeconds(RUSAGE_SELF);
+    const quint64 drawnBefore = stage.view()->drawnFrameCount();
     QElapsedTimer wall;
     wall.start();
     QTest::qWait(seconds * 1000);
+    run.picturesDrawn = stage.view()->drawnFrameCount() - drawnBefore;
     MainThreadProbe probe;
     probe.start();
     recorder.stopRecording();
@@ -181,6 +184,15 @@ void report(BenchReport &report, const QString &prefix, const Run &run, int seco
                QStringLiteral("frames"));
     report.add(prefix + QStringLiteral(" written share"),
                100.0 * double(run.statistics.framesWritten) / expected, QStringLiteral("%"));
+    if (run.picturesDrawn > 0) {
+        // Slots without a new picture repeat the last one, so the written share reads full
+        // even when pictures are lost; these say how many of the player's pictures are kept.
+        report.add(prefix + QStringLiteral(" new pictures drawn"), double(run.picturesDrawn),
+                   QStringLiteral("pictures"));
+        report.add(prefix + QStringLiteral(" new pictures kept"),
+                   100.0 * double(run.statistics.picturesWritten) / double(run.picturesDrawn),
+                   QStringLiteral("%"));
+    }
     report.add(prefix + QStringLiteral(" CPU"), 100.0 * run.cpuShare,
                QStringLiteral("% of one core"));
 }

@@ -57,6 +57,7 @@ void CaptureWorker::offerNothing()
     // A frozen last picture would pass for a still scene; black says nothing is there.
     m_picture = {};
     m_hasPicture = false;
+    m_pictureIsNew = false;
 }
 
 void CaptureWorker::offerSound(const float *samples, int frameCount, double time)
@@ -80,22 +81,28 @@ void CaptureWorker::tick()
     QRect crop;
     double time = now;
     bool hasPicture = false;
+    bool isNew = false;
     std::deque<AudioChunk> sound;
     {
         const std::lock_guard lock(m_mutex);
-        picture = m_picture;
-        crop = m_crop;
         hasPicture = m_hasPicture;
-        if (m_pictureIsNew)
+        isNew = m_pictureIsNew;
+        if (isNew) {
+            picture = m_picture;
+            crop = m_crop;
             time = m_pictureTime;
+        }
         m_pictureIsNew = false;
         sound.swap(m_sound);
         m_soundFrames = 0;
     }
-    // A new picture goes where it was drawn; the last one stands for this moment again if
-    // nothing new was drawn since. Before the first picture nothing is recorded.
-    if (hasPicture)
+    // A new picture goes where it was meant to be seen. Slots that waited long enough without
+    // one show the last picture again, and nothing but black when there is nothing to record.
+    // Before the first picture nothing is recorded.
+    if (isNew)
         m_writer->appendVideo(picture.image, crop, picture.bottomUp, time);
+    else if (hasPicture)
+        m_writer->repeatLast(now - repeatDelaySeconds);
     else if (m_writer->sessionStarted())
         m_writer->appendBlack(now);
     for (const AudioChunk &chunk : sound)
@@ -133,6 +140,8 @@ PlayerCaptureWriter::Outcome CaptureWorker::close()
     }
     for (const AudioChunk &chunk : sound)
         m_writer->appendAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.time);
+    // The picture lasts as long as the sound, up to the stop.
+    m_writer->repeatLast(CaptureClock::now());
     PlayerCaptureWriter::Outcome outcome = m_writer->finish();
     {
         const std::lock_guard lock(m_mutex);

@@ -22,6 +22,9 @@ class CaptureWorker final : public QObject
 public:
     // Sound kept for the encoder at most; older sound is let go.
     static constexpr double audioBacklogSeconds = 2;
+    // How long a slot waits for a new picture before the last one is repeated in it: pictures
+    // reach the tick up to about two frames after the moment they show.
+    static constexpr double repeatDelaySeconds = 0.1;
 
     CaptureWorker();
     ~CaptureWorker() override;
@@ -63,8 +66,7 @@ private:
     QRect m_crop;
     double m_pictureTime = 0;
     bool m_hasPicture = false;
-    // Not yet written: the tick stamps it with the time it was drawn, and a picture written
-    // before with the tick's own time.
+    // Not yet written; one written before is repeated, not converted again.
     bool m_pictureIsNew = false;
     std::deque<AudioChunk> m_sound;
     qint64 m_soundFrames = 0;

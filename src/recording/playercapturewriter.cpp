@@ -42,6 +42,9 @@ struct PlayerCaptureWriter::Private
     QString failureDetail;
     double sessionStart = 0;
     qint64 lastSlot = -1;
+    // The last slot holds the picture before it again, or black: a picture that comes late for
+    // its own slot goes after it rather than being lost.
+    bool lastSlotIsFiller = false;
     bool audioStarted = false;
     qint64 audioQueued = 0; // samples put on the timeline, silence included
     qint64 audioEncoded = 0;
@@ -54,7 +57,8 @@ struct PlayerCaptureWriter::Private
     QString openVideo(const char *preset);
     QString openAudio();
     bool failed() const { return !failureDetail.isEmpty(); }
-    std::optional<qint64> takeSlot(double time);
+    std::optional<qint64> takeSlot(double time, bool filler);
+    bool repeatUntil(qint64 slot);
     void fillBlack();
     bool encodeFrame(qint64 slot);
     void fail(int code);
@@ -277,24 +281,30 @@ int PlayerCaptureWriter::Private::drain(AVCodecContext *codec, AVStream *stream)
     }
 }
 
-std::optional<qint64> PlayerCaptureWriter::Private::takeSlot(double time)
+std::optional<qint64> PlayerCaptureWriter::Private::takeSlot(double time, bool filler)
 {
     if (!sessionStarted) {
         sessionStarted = true;
         sessionStart = time;
     }
-    // The picture's place on the 30-per-second timeline. A picture whose slot is taken moves
-    // to the next one if that is at most a frame later than its time; one that comes sooner is
-    // not needed. Slots passed over had no picture in time: they are the dropped frames.
+    // The picture's place on the 30-per-second timeline. A picture whose slot is taken by
+    // another picture moves to the next one if that is at most a frame later than its time; one
+    // that comes sooner is not needed. A slot taken by filler never costs a picture its place.
+    // Slots passed over had no picture in time: they are the dropped frames, shown with the
+    // picture before them.
     const double exact = (time - sessionStart) * frameRate;
     qint64 slot = std::llround(exact);
     if (slot <= lastSlot) {
-        if (double(lastSlot + 1) > exact + 1)
+        if (!lastSlotIsFiller && double(lastSlot + 1) > exact + 1)
             return std::nullopt;
         slot = lastSlot + 1;
     }
-    statistics.framesDropped += slot - lastSlot - 1;
+    if (!filler)
+        statistics.framesDropped += slot - lastSlot - 1;
+    if (lastSlot >= 0 && !repeatUntil(slot - 1))
+        return std::nullopt;
     lastSlot = slot;
+    lastSlotIsFiller = filler;
     // Writing on into a file whose folder was removed would lose everything unnoticed: the
     // system keeps accepting the bytes of a file that no longer has a name.
     if (slot % frameRate == 0 && !QFileInfo::exists(path)) {
@@ -302,6 +312,18 @@ std::optional<qint64> PlayerCaptureWriter::Private::takeSlot(double time)
         return std::nullopt;
     }
     return slot;
+}
+
+bool PlayerCaptureWriter::Private::repeatUntil(qint64 slot)
+{
+    // The frame still holds the last picture written; the encoder has its own copy.
+    for (qint64 next = lastSlot + 1; next <= slot; ++next) {
+        if (!encodeFrame(next))
+            return false;
+        lastSlot = next;
+        lastSlotIsFiller = true;
+    }
+    return true;
 }
 
 void PlayerCaptureWriter::Private::fillBlack()
@@ -334,7 +356,7 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
     const AVPixelFormat format = scaleFormat(picture.format());
     if (area.width() < 2 || area.height() < 2 || format == AV_PIX_FMT_NONE)
         return false;
-    const std::optional<qint64> slot = d->takeSlot(time);
+    const std::optional<qint64> slot = d->takeSlot(time, false);
     if (!slot)
         return false;
 
@@ -364,14 +386,24 @@ bool PlayerCaptureWriter::appendVideo(const QImage &picture, const QRect &crop, 
         frame->data[2] + target.y() / 2 * frame->linesize[2] + target.x() / 2,
     };
     sws_scale(d->scaler.get(), source, stride, 0, area.height(), planes, frame->linesize);
-    return d->encodeFrame(*slot);
+    if (!d->encodeFrame(*slot))
+        return false;
+    ++d->statistics.picturesWritten;
+    return true;
+}
+
+bool PlayerCaptureWriter::repeatLast(double time)
+{
+    if (!d->output || d->failed() || d->lastSlot < 0)
+        return false;
+    return d->repeatUntil(std::llround((time - d->sessionStart) * frameRate));
 }
 
 bool PlayerCaptureWriter::appendBlack(double time)
 {
     if (!d->output || d->failed())
         return false;
-    const std::optional<qint64> slot = d->takeSlot(time);
+    const std::optional<qint64> slot = d->takeSlot(time, true);
     if (!slot || av_frame_make_writable(d->videoFrame.get()) < 0)
         return false;
     d->fillBlack();

@@ -29,7 +29,10 @@ public:
     struct Statistics
     {
         qint64 framesWritten = 0;
-        // Frame slots of the 30-per-second timeline that had no picture in time.
+        // Of them, pictures that were new, not repeats of the one before or black.
+        qint64 picturesWritten = 0;
+        // Frame slots of the 30-per-second timeline that had no picture in time; the picture
+        // before them fills them.
         qint64 framesDropped = 0;
         qint64 audioSamplesWritten = 0;
         // How far the sound runs ahead of the pictures (behind when negative), in seconds, as
@@ -69,6 +72,9 @@ public:
     // shape kept (black bars around it when the shapes differ). The
     // first picture starts the session. False when the picture was not written.
     bool appendVideo(const QImage &picture, const QRect &crop, bool bottomUp, double time);
+    // The last picture again in every free slot up to time: a still scene at the frame rate.
+    // Pictures that come later for those slots go after them.
+    bool repeatLast(double time);
     // A black picture at time, for moments when there is nothing to record from.
     bool appendBlack(double time);
     // Interleaved stereo samples whose first was heard at time; dropped before the session.

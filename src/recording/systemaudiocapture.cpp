@@ -3,6 +3,7 @@
 #include "captureclock.h"
 
 #include <pulse/pulseaudio.h>
+#include <vector>
 
 struct SystemAudioCapture::Private
 {
@@ -13,6 +14,18 @@ struct SystemAudioCapture::Private
     pa_stream *stream = nullptr;
     bool stopping = false;
     bool failureReported = false;
+    // How long before it is heard the monitored output hands a sample to its monitor: the
+    // output's own latency. Unknown (negative) until asked once sound flows, since before then
+    // it reads the output's idle latency, up to seconds.
+    double ahead = -1;
+    bool aheadAsked = false;
+    // Sound read while the latency is being asked, with its stamps without it.
+    struct Held
+    {
+        std::vector<float> samples;
+        double time = 0;
+    };
+    std::vector<Held> held;
 
     static void contextState(pa_context *context, void *self)
     {
@@ -36,20 +49,51 @@ struct SystemAudioCapture::Private
         auto *d = static_cast<Private *>(self);
         const void *data = nullptr;
         size_t bytes = 0;
-        // Everything readable now was heard just before now, in order: the first sample's
-        // stamp is now less all of it, and each piece follows the one before.
+        // Everything readable now reached the monitor just before now, in order: the first
+        // sample's stamp is now less all of it, and each piece follows the one before. It is
+        // heard the output's latency later.
         constexpr size_t frameBytes = sizeof(float) * channels;
         double time = CaptureClock::now()
             - double(pa_stream_readable_size(stream) / frameBytes) / sampleRate;
+        if (!d->aheadAsked) {
+            d->aheadAsked = true;
+            pa_operation_unref(pa_stream_update_timing_info(stream, &Private::timingKnown, d));
+        }
         while (pa_stream_readable_size(stream) > 0) {
             if (pa_stream_peek(stream, &data, &bytes) < 0 || bytes == 0)
                 return;
             const int frames = int(bytes / frameBytes);
-            if (data && !d->stopping)
-                d->receiver(static_cast<const float *>(data), frames, time);
+            if (data && !d->stopping) {
+                const auto *samples = static_cast<const float *>(data);
+                if (d->ahead >= 0)
+                    d->receiver(samples, frames, time + d->ahead);
+                else
+                    d->held.push_back(
+                        {std::vector<float>(samples, samples + qsizetype(frames) * channels),
+                         time});
+            }
             time += double(frames) / sampleRate;
             pa_stream_drop(stream);
         }
+    }
+    static void timingKnown(pa_stream *stream, int success, void *self)
+    {
+        auto *d = static_cast<Private *>(self);
+        const pa_timing_info *timing = success ? pa_stream_get_timing_info(stream) : nullptr;
+        d->ahead = timing ? double(timing->sink_usec) / 1e6 : 0;
+        if (!d->stopping)
+            for (const Held &piece : d->held)
+                d->receiver(piece.samples.data(), int(piece.samples.size() / channels),
+                            piece.time + d->ahead);
+        d->held.clear();
+    }
+    static void latencyUpdated(pa_stream *stream, void *self)
+    {
+        // Outputs change their latency as players come and go; the newest applies.
+        auto *d = static_cast<Private *>(self);
+        const pa_timing_info *timing = pa_stream_get_timing_info(stream);
+        if (d->ahead >= 0 && timing)
+            d->ahead = double(timing->sink_usec) / 1e6;
     }
 
     bool receiverRunning = false;
@@ -132,11 +176,13 @@ QString SystemAudioCapture::start()
         return recordingFailed();
     pa_stream_set_state_callback(d->stream, &Private::streamState, d.get());
     pa_stream_set_read_callback(d->stream, &Private::streamRead, d.get());
+    pa_stream_set_latency_update_callback(d->stream, &Private::latencyUpdated, d.get());
     pa_buffer_attr attributes {};
     attributes.maxlength = uint32_t(-1);
     attributes.fragsize = uint32_t(sampleRate * channels * sizeof(float) * fragmentMs / 1000);
-    if (pa_stream_connect_record(d->stream, "@DEFAULT_MONITOR@", &attributes,
-                                 PA_STREAM_ADJUST_LATENCY)
+    if (pa_stream_connect_record(
+            d->stream, "@DEFAULT_MONITOR@", &attributes,
+            pa_stream_flags_t(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE))
         < 0)
         return recordingFailed();
     for (;;) {
@@ -161,6 +207,7 @@ void SystemAudioCapture::stop()
     if (d->stream) {
         pa_stream_set_read_callback(d->stream, nullptr, nullptr);
         pa_stream_set_state_callback(d->stream, nullptr, nullptr);
+        pa_stream_set_latency_update_callback(d->stream, nullptr, nullptr);
         pa_stream_disconnect(d->stream);
         pa_stream_unref(d->stream);
         d->stream = nullptr;

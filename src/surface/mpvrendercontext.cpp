@@ -10,6 +10,7 @@ void MpvRenderContext::Deleter::operator()(mpv_render_context *context) const
 
 MpvRenderContext::MpvRenderContext(mpv_handle *handle, std::function<void()> onUpdate)
     : m_onUpdate(std::move(onUpdate))
+    , m_handle(handle)
 {
     mpv_opengl_init_params glInit {};
     glInit.get_proc_address = [](void *, const char *name) -> void * {
@@ -53,6 +54,24 @@ void MpvRenderContext::render(unsigned fbo, int width, int height)
         {MPV_RENDER_PARAM_INVALID, nullptr},
     };
     mpv_render_context_render(m_context.get(), params);
+}
+
+std::optional<std::chrono::steady_clock::time_point> MpvRenderContext::nextFrameTarget() const
+{
+    if (!m_context)
+        return std::nullopt;
+    mpv_render_frame_info info {};
+    mpv_render_param params[] = {
+        {MPV_RENDER_PARAM_NEXT_FRAME_INFO, &info},
+        {MPV_RENDER_PARAM_INVALID, nullptr},
+    };
+    if (mpv_render_context_get_info(m_context.get(), params[0]) < 0
+        || !(info.flags & MPV_RENDER_FRAME_INFO_PRESENT) || info.target_time <= 0)
+        return std::nullopt;
+    // mpv's clock is the monotonic clock with its own zero: carried over through now.
+    const auto now = std::chrono::steady_clock::now();
+    const int64_t mpvNow = mpv_get_time_us(m_handle);
+    return now + std::chrono::microseconds(info.target_time - mpvNow);
 }
 
 void MpvRenderContext::reportSwap()

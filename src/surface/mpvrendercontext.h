@@ -2,8 +2,10 @@
 // Owns an mpv OpenGL render context. Make, draw and destroy it with its GL context current, and
 // destroy it before the mpv handle it was made on.
 #include <QObject>
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 struct mpv_handle;
 struct mpv_render_context;
@@ -23,6 +25,9 @@ public:
     bool takeFrameUpdate();
     // Draws the current frame into the framebuffer object fbo of the given pixel size.
     void render(unsigned fbo, int width, int height);
+    // When the next frame is meant to be seen, if mpv has one with a time; a frame drawn
+    // early or late is still the picture of that moment.
+    std::optional<std::chrono::steady_clock::time_point> nextFrameTarget() const;
     // Tells mpv the frame was put on screen, which keeps its timing honest.
     void reportSwap();
 
@@ -33,4 +38,5 @@ private:
     };
     std::unique_ptr<mpv_render_context, Deleter> m_context;
     std::function<void()> m_onUpdate;
+    mpv_handle *m_handle = nullptr;
 };

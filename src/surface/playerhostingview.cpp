@@ -318,15 +318,17 @@ void PlayerHostingView::paintGL()
         return;
     }
     const bool newFrame = m_renderContext->takeFrameUpdate();
+    // Asked before drawing: afterwards the frame is no longer the next one.
+    const auto target = newFrame ? m_renderContext->nextFrameTarget() : std::nullopt;
     m_compositor->draw(*m_renderContext, m_layerFrame, defaultFramebufferObject(), viewPixels,
                        ratio);
     if (m_pictureReceiver && m_readback) {
         // Collected on the next turn of the event loop, once the GPU has finished the copy.
         const bool alreadyQueued = m_readback->isPending();
         m_readback->start(defaultFramebufferObject(), viewPixels);
-        // Stamped now, when it is drawn, not when it is collected: the sound is stamped with
-        // when it was heard.
-        m_readbackDrawnAt = std::chrono::steady_clock::now();
+        // Stamped with when mpv meant it to be seen, which is when its sound is heard, and
+        // otherwise when it is drawn; never when it is collected.
+        m_readbackDrawnAt = target.value_or(std::chrono::steady_clock::now());
         if (!alreadyQueued)
             QMetaObject::invokeMethod(this, &PlayerHostingView::deliverPicture,
                                       Qt::QueuedConnection);

@@ -290,8 +290,32 @@ private Q_SLOTS:
         // One more than a frame early is not needed and is no loss.
         QVERIFY(!writer->appendVideo(picture, picture.rect(), false, 4.5 / 30.0));
         QCOMPARE(writer->statistics().framesDropped, 3);
-        QCOMPARE(writer->statistics().framesWritten, 3);
+        // The slots passed over show the picture before them: the rate stays constant.
+        QCOMPARE(writer->statistics().framesWritten, 6);
         QVERIFY(writer->finish().error.isEmpty());
+    }
+
+    void aPictureLateForItsSlotIsNotLostToARepeat()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("repeats.mp4");
+        auto writer = PlayerCaptureWriter::create(path, {320, 240}, nullptr);
+        QVERIFY(writer);
+        const QImage picture = halves({320, 240});
+        QVERIFY(writer->appendVideo(picture, picture.rect(), false, 0));
+        // Nothing new came: slots 1 to 3 show the first picture again.
+        QVERIFY(writer->repeatLast(3 / 30.0));
+        QCOMPARE(writer->statistics().framesWritten, 4);
+        // A picture meant for slot 3 comes after the repeat filled it: it takes the next one.
+        QVERIFY(writer->appendVideo(picture, picture.rect(), false, 2.8 / 30.0));
+        QVERIFY(writer->appendVideo(picture, picture.rect(), false, 4.9 / 30.0));
+        QCOMPARE(writer->statistics().framesWritten, 6);
+        QCOMPARE(writer->statistics().framesDropped, 0);
+        // Repeating up to a time already written adds nothing.
+        QVERIFY(writer->repeatLast(4 / 30.0));
+        QCOMPARE(writer->statistics().framesWritten, 6);
+        QVERIFY(writer->finish().error.isEmpty());
+        QCOMPARE(MediaProbe::videoPacketCount(path), 6);
     }
 
     void anExistingFileIsReplaced()

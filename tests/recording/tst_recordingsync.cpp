@@ -44,7 +44,7 @@ private Q_SLOTS:
         // Measured here between 29 and 48 ms of sound ahead, run to run; 60 ms keeps this from
         // failing by chance while still failing the 70 to 100 ms of files whose tracks did not
         // start together.
-        QVERIFY2(std::abs(offset) <= 0.060, qPrintable(QString::number(offset * 1000) + " ms"));
+        QVERIFY2(std::abs(offset) <= 0.040, qPrintable(QString::number(offset * 1000) + " ms"));
     }
 };
 

@@ -42,10 +42,15 @@ struct Run
     PlayerCaptureWriter::Statistics statistics;
     double cpuShare = 0; // of one core, the whole player included
     double stopStallMs = 0; // the main thread's longest stall from stop until the file is done
+    double stopCallMs = 0; // of which the stop call itself
+    double steadyStallMs = 0; // the longest stall in the last seconds before the stop
     quint64 picturesDrawn = 0; // new pictures the player drew while recording
 };
 
-Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, const QString &path)
+// With pausedAtStop the video is paused for the last half second, so that the stall at stop
+// is the recorder's alone and not the software renderer's.
+Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, const QString &path,
+                     bool pausedAtStop = false)
 {
     Run run;
     PlayerRecordingController recorder;
@@ -63,11 +68,25 @@ Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, con
     const quint64 drawnBefore = stage.view()->drawnFrameCount();
     QElapsedTimer wall;
     wall.start();
-    QTest::qWait(seconds * 1000);
+    // The stall at stop is told apart from the player's own by the same probe just before it.
+    constexpr int steadyMs = 3000;
+    QTest::qWait(seconds * 1000 - steadyMs);
+    MainThreadProbe steady;
+    steady.start();
+    QTest::qWait(steadyMs);
+    steady.stop();
+    run.steadyStallMs = steady.longestGapMs();
     run.picturesDrawn = stage.view()->drawnFrameCount() - drawnBefore;
+    if (pausedAtStop) {
+        stage.player()->pause();
+        QTest::qWait(500);
+    }
     MainThreadProbe probe;
     probe.start();
+    QElapsedTimer stopCall;
+    stopCall.start();
     recorder.stopRecording();
+    run.stopCallMs = double(stopCall.nsecsElapsed()) / 1e6;
     if (!QTest::qWaitFor([&] { return recorder.state() == PlayerRecordingState::idle; }, 120'000)) {
         run.error = QStringLiteral("did not finish");
         return run;
@@ -76,6 +95,8 @@ Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, con
     QTest::qWait(50);
     probe.stop();
     run.stopStallMs = probe.longestGapMs();
+    if (pausedAtStop)
+        stage.player()->play();
     run.seconds = double(wall.elapsed()) / 1000;
     run.cpuShare = (cpuSeconds(RUSAGE_SELF) - cpuBefore) / run.seconds;
     run.statistics = recorder.lastStatistics();
@@ -228,7 +249,7 @@ int main(int argc, char *argv[])
                    .arg(QString::fromLatin1(preset))
                    .arg(seconds));
     const Run player
-        = recordWithPlayer(stage, preset, seconds, dir.filePath(QStringLiteral("p.mp4")));
+        = recordWithPlayer(stage, preset, seconds, dir.filePath(QStringLiteral("p.mp4")), true);
     report(bench, QStringLiteral("player"), player, seconds);
     if (player.ok) {
         bench.add(QStringLiteral("player audio offset at the end"),
@@ -237,8 +258,13 @@ int main(int argc, char *argv[])
                   1000 * player.statistics.audioRealigned, QStringLiteral("ms"));
         bench.add(QStringLiteral("player silence before the first sound"),
                   1000 * player.statistics.audioLeadIn, QStringLiteral("ms"));
-        bench.add(QStringLiteral("player UI-thread longest stall while stopping"),
+        bench.add(QStringLiteral("player UI-thread longest stall while stopping (video paused)"),
                   player.stopStallMs, QStringLiteral("ms"));
+        bench.add(QStringLiteral("player UI-thread time in the stop call"), player.stopCallMs,
+                  QStringLiteral("ms"));
+        bench.add(
+            QStringLiteral("player UI-thread longest stall in the 3 s before (video playing)"),
+            player.steadyStallMs, QStringLiteral("ms"));
     }
     // Sound against picture: a clip that flashes and beeps at the same instants, recorded.
     const QString flashes = dir.filePath(QStringLiteral("flashes.mp4"));

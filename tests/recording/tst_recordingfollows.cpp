@@ -2,6 +2,7 @@
 // it shows, to black when there is nothing to show, and through changes of the view's size,
 // which never stretch or cut the picture in the file.
 #include "mediaprobe.h"
+#include "recording/capturegeometry.h"
 #include "recording/playerrecordingcontroller.h"
 #include "recordingstage.h"
 #include "surface/playersurfaceregistry.h"
@@ -39,6 +40,36 @@ private:
     static QColor at(const QImage &frame, QPoint centre)
     {
         return MediaProbe::meanColour(frame, QRect(centre - QPoint(8, 8), QSize(16, 16)));
+    }
+
+    // The frame holds what the view showed, fitted in with its shape kept and black around it;
+    // empty when it does, else what differs.
+    static QString holdsUndistorted(const QImage &frame, const QImage &shown)
+    {
+        const QRect fitted = CaptureGeometry::letterbox(shown.size(), frame.size());
+        const QImage view = shown.convertToFormat(QImage::Format_RGB32);
+        for (const double across : {1 / 6.0, 3 / 6.0, 5 / 6.0}) {
+            for (const double down : {0.1, 0.6, 0.9}) {
+                const QPoint inView(int(view.width() * across), int(view.height() * down));
+                const QPoint inFile(fitted.x() + int(fitted.width() * across),
+                                    fitted.y() + int(fitted.height() * down));
+                const QColor expected
+                    = MediaProbe::meanColour(view, QRect(inView - QPoint(12, 6), QSize(24, 12)));
+                const QColor colour
+                    = MediaProbe::meanColour(frame, QRect(inFile - QPoint(6, 3), QSize(12, 6)));
+                if (!near(colour, expected))
+                    return describe(colour) + " recorded at " + QString::number(inFile.x()) + ","
+                        + QString::number(inFile.y()) + ", " + describe(expected) + " shown";
+            }
+        }
+        // Bars, where the shapes differ enough to have them, are black.
+        if (fitted.y() >= 5) {
+            const QColor bar = MediaProbe::meanColour(
+                frame, QRect(frame.width() / 4, 1, frame.width() / 2, fitted.y() - 3));
+            if (!near(bar, QColor(0, 0, 0), 24))
+                return "the bar above reads " + describe(bar);
+        }
+        return {};
     }
 
     // Records the stage while steps run, one after the other, each after its wait.
@@ -160,6 +191,56 @@ private Q_SLOTS:
         // Before the change the picture filled the file.
         const QColor top = at(MediaProbe::frameAt(path, 0.8), QPoint(320, 15));
         QVERIFY2(near(top, QColor(255, 255, 255)), qPrintable(describe(top)));
+    }
+
+    void fullScreenAndBackKeepTheShapeInTheFile()
+    {
+        // Full screen is the window manager's to grant; the process ends with the test.
+        QProcess windowManager;
+        windowManager.start("openbox", {"--sm-disable"});
+        QVERIFY2(windowManager.waitForStarted(), "openbox is missing: run ./lumo setup");
+        QTest::qWait(1000); // openbox takes the display
+        QCOMPARE(windowManager.state(), QProcess::Running);
+        RecordingStage stage;
+        QVERIFY(stage.play(m_thirds));
+        const QString path = m_dir.filePath("fullscreen.mp4");
+        QImage full;
+        QImage back;
+        auto *view = stage.view();
+        const QString failure = record(path,
+                                       {{1500,
+                                         [&] {
+                                             view->setMinimumSize(1, 1);
+                                             view->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+                                             stage.window()->showFullScreen();
+                                         }},
+                                        {2500,
+                                         [&] {
+                                             full = view->grabFramebuffer();
+                                         }},
+                                        {500,
+                                         [&] {
+                                             stage.window()->showNormal();
+                                             view->setFixedSize(RecordingStage::viewSize);
+                                         }},
+                                        {2500, [&] {
+                                             back = view->grabFramebuffer();
+                                         }}});
+        QVERIFY2(failure.isEmpty(), qPrintable(failure));
+        // Full screen the view has the whole screen but for the strip below it.
+        const QSize screen = stage.window()->screen()->size();
+        QCOMPARE(full.size(), QSize(screen.width(), screen.height() - RecordingStage::stripHeight));
+        QCOMPARE(back.size(), RecordingStage::viewSize);
+
+        const QImage inFull = MediaProbe::frameAt(path, 3.3);
+        QCOMPARE(inFull.size(), QSize(640, 360));
+        const QString fullProblem = holdsUndistorted(inFull, full);
+        QVERIFY2(fullProblem.isEmpty(), qPrintable(fullProblem));
+        const QImage inBack = MediaProbe::frameAt(path, 6.2);
+        const QString backProblem = holdsUndistorted(inBack, back);
+        QVERIFY2(backProblem.isEmpty(), qPrintable(backProblem));
+        windowManager.terminate();
+        windowManager.waitForFinished(5000);
     }
 };
 

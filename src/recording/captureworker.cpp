@@ -44,20 +44,18 @@ QString CaptureWorker::open(const QString &path, QSize outputSize, const char *p
 void CaptureWorker::offerPicture(const CapturedPicture &picture, QRect crop, double time)
 {
     const std::lock_guard lock(m_mutex);
-    m_picture = picture;
-    m_crop = crop;
-    m_pictureTime = time;
+    m_pictures.push_back({picture, crop, time});
+    if (m_pictures.size() > pendingPicturesLimit)
+        m_pictures.pop_front();
     m_hasPicture = true;
-    m_pictureIsNew = true;
 }
 
 void CaptureWorker::offerNothing()
 {
     const std::lock_guard lock(m_mutex);
     // A frozen last picture would pass for a still scene; black says nothing is there.
-    m_picture = {};
+    m_pictures.clear();
     m_hasPicture = false;
-    m_pictureIsNew = false;
 }
 
 void CaptureWorker::offerSound(const float *samples, int frameCount, double time)
@@ -77,34 +75,28 @@ void CaptureWorker::tick()
     if (!m_writer)
         return;
     const double now = CaptureClock::now();
-    CapturedPicture picture;
-    QRect crop;
-    double time = now;
+    std::deque<PendingPicture> pictures;
     bool hasPicture = false;
-    bool isNew = false;
     std::deque<AudioChunk> sound;
     {
         const std::lock_guard lock(m_mutex);
         hasPicture = m_hasPicture;
-        isNew = m_pictureIsNew;
-        if (isNew) {
-            picture = m_picture;
-            crop = m_crop;
-            time = m_pictureTime;
-        }
-        m_pictureIsNew = false;
+        pictures.swap(m_pictures);
         sound.swap(m_sound);
         m_soundFrames = 0;
     }
-    // A new picture goes where it was meant to be seen. Slots that waited long enough without
+    // New pictures go where they were meant to be seen. Slots that waited long enough without
     // one show the last picture again, and nothing but black when there is nothing to record.
     // Before the first picture nothing is recorded.
-    if (isNew)
-        m_writer->appendVideo(picture.image, crop, picture.bottomUp, time);
-    else if (hasPicture)
-        m_writer->repeatLast(now - repeatDelaySeconds);
-    else if (m_writer->sessionStarted())
-        m_writer->appendBlack(now);
+    for (const PendingPicture &pending : pictures)
+        m_writer->appendVideo(pending.picture.image, pending.crop, pending.picture.bottomUp,
+                              pending.time);
+    if (pictures.empty()) {
+        if (hasPicture)
+            m_writer->repeatLast(now - repeatDelaySeconds);
+        else if (m_writer->sessionStarted())
+            m_writer->appendBlack(now);
+    }
     for (const AudioChunk &chunk : sound)
         m_writer->appendAudio(chunk.samples.data(), int(chunk.samples.size() / 2), chunk.time);
     {

@@ -25,6 +25,8 @@ public:
     // How long a slot waits for a new picture before the last one is repeated in it: pictures
     // reach the tick up to about two frames after the moment they show.
     static constexpr double repeatDelaySeconds = 0.1;
+    // Pictures waiting for the encoder at most; a slower encoder loses the oldest.
+    static constexpr size_t pendingPicturesLimit = 4;
 
     CaptureWorker();
     ~CaptureWorker() override;
@@ -61,13 +63,18 @@ private:
     QTimer *m_ticker = nullptr;
     double m_firstTick = 0;
 
+    struct PendingPicture
+    {
+        CapturedPicture picture;
+        QRect crop;
+        double time = 0;
+    };
+
     mutable std::mutex m_mutex;
-    CapturedPicture m_picture;
-    QRect m_crop;
-    double m_pictureTime = 0;
+    // Pictures not yet written, oldest first: after a stall the player draws two or three in
+    // one tick, and each keeps its own moment.
+    std::deque<PendingPicture> m_pictures;
     bool m_hasPicture = false;
-    // Not yet written; one written before is repeated, not converted again.
-    bool m_pictureIsNew = false;
     std::deque<AudioChunk> m_sound;
     qint64 m_soundFrames = 0;
     PlayerCaptureWriter::Statistics m_statistics;

@@ -44,6 +44,7 @@ inline constexpr const char *fileFormat = "file-format";
 inline constexpr const char *seekable = "seekable";
 inline constexpr const char *volume = "volume";
 inline constexpr const char *mute = "mute";
+inline constexpr const char *hardwareDecoderInUse = "hwdec-current";
 } // namespace Property
 
 namespace Command {

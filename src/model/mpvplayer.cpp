@@ -53,7 +53,10 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         {Option::osc, "no"},
         // Video-service pages play in the embedded web player, never through youtube-dl.
         {Option::youtubeDl, "no"},
-        {Option::hardwareDecoding, "no"},
+        // The GPU decodes where mpv knows its interop to be reliable (VA-API, NVDEC,
+        // VideoToolbox), the CPU elsewhere. Recording and smart reframe read what was drawn, so
+        // they work the same either way.
+        {Option::hardwareDecoding, "auto-safe"},
         // The picture fills whatever area a view has it drawn into, cropping what overflows
         // (aspect-fill); the views choose that area for each display mode.
         {Option::panscan, "1"},
@@ -251,6 +254,8 @@ void MpvPlayer::handleEvent(const mpv_event &event)
             break;
         m_firstFrameShown = true;
         updateWaiting();
+        if (qEnvironmentVariableIntValue("LUMO_DEBUG") == 1)
+            qInfo("video decoder in use: %s", qPrintable(hardwareDecoder()));
         Q_EMIT playbackRestarted();
         break;
     case MPV_EVENT_END_FILE: {
@@ -308,6 +313,15 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 inserted
     updateWaiting();
     if (reason == MPV_END_FILE_REASON_ERROR)
         Q_EMIT playbackFailed(QString::fromUtf8(mpv_error_string(error)));
+}
+
+QString MpvPlayer::hardwareDecoder() const
+{
+    char *value = mpv_get_property_string(m_handle.get(), Property::hardwareDecoderInUse);
+    // Unavailable without video; the CPU then decodes whatever there is.
+    const QString decoder = value ? QString::fromUtf8(value) : QStringLiteral("no");
+    mpv_free(value);
+    return decoder.isEmpty() ? QStringLiteral("no") : decoder;
 }
 
 void MpvPlayer::handleProperty(const char *name, int format, void *data)

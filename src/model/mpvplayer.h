@@ -44,6 +44,10 @@ public:
     bool isLikelyToKeepUp() const override { return !m_pausedForCache; }
     QSize presentationSize() const override { return m_presentationSize; }
 
+    // The hardware decoder mpv uses for the current video ("vaapi", "nvdec", ...), or "no"
+    // when the CPU decodes it.
+    QString hardwareDecoder() const;
+
     // For the render context of the view that draws the video; stays owned here.
     mpv_handle *handle() const { return m_handle.get(); }
 

@@ -10,6 +10,9 @@
 #include "ui/playerwindow.h"
 #include "webplayer/youtubeplayerregistry.h"
 
+#include <QCoreApplication>
+#include <QFileOpenEvent>
+
 LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
     : QObject(parent)
     , m_model(std::make_unique<PlayerModel>(std::make_unique<MpvPlayer>()))
@@ -17,6 +20,8 @@ LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
 {
     m_model->setFileChooser(fileDialogChooser(m_window.get()));
     m_model->setWebPlayerScripts(&YouTubePlayerRegistry::shared());
+    // The system hands files to a running application this way (macOS's Finder and Dock).
+    QCoreApplication::instance()->installEventFilter(this);
 }
 
 LumoMediaPlayerApp::~LumoMediaPlayerApp()
@@ -34,15 +39,33 @@ void LumoMediaPlayerApp::start(const QStringList &arguments)
     if (arguments.isEmpty())
         return;
     const QString argument = arguments.constFirst();
+    whenVideoCanBeDrawn([this, argument] { open(argument); });
+}
+
+bool LumoMediaPlayerApp::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != QCoreApplication::instance() || event->type() != QEvent::FileOpen)
+        return QObject::eventFilter(watched, event);
+    // Played as a dropped file is: named after its last path component, never live.
+    const QUrl url = static_cast<QFileOpenEvent *>(event)->url();
+    if (url.isValid()) {
+        m_window->show();
+        m_window->raise();
+        m_window->activateWindow();
+        whenVideoCanBeDrawn([this, url] { m_window->contentView()->openURL(url); });
+    }
+    return true;
+}
+
+void LumoMediaPlayerApp::whenVideoCanBeDrawn(std::function<void()> then)
+{
     // Video needs the view's render context; it exists once the window is first drawn.
     PlayerHostingView *view = m_window->hostingView();
     if (view->isReady()) {
-        open(argument);
+        then();
         return;
     }
-    connect(
-        view, &PlayerHostingView::ready, this, [this, argument] { open(argument); },
-        Qt::SingleShotConnection);
+    connect(view, &PlayerHostingView::ready, this, std::move(then), Qt::SingleShotConnection);
 }
 
 void LumoMediaPlayerApp::open(const QString &argument)

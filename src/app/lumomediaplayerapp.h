@@ -1,8 +1,9 @@
 #pragma once
 // The application: one player model for the whole run, its window, and what the command line
-// asks to open.
+// or the system (a file-open request) asks to open.
 #include <QObject>
 #include <QStringList>
+#include <functional>
 #include <memory>
 
 class PlayerModel;
@@ -23,8 +24,13 @@ public:
     // the sidebar's address field.
     void start(const QStringList &arguments);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void open(const QString &argument);
+    // Runs then once video can be drawn: at once, or when the view's render context exists.
+    void whenVideoCanBeDrawn(std::function<void()> then);
 
     std::unique_ptr<PlayerModel> m_model;
     std::unique_ptr<PlayerWindow> m_window;

@@ -22,6 +22,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileOpenEvent>
 #include <QLabel>
 #include <QListView>
 #include <QMenu>
@@ -97,6 +98,20 @@ private Q_SLOTS:
             for (int x = 0; x < picture.width(); x += 16)
                 coloured += qGray(picture.pixel(x, y)) > 40 ? 1 : 0;
         QVERIFY2(coloured > 50, "the view shows no picture");
+    }
+
+    void aFileTheSystemAsksToOpenPlaysLikeADroppedOne()
+    {
+        LumoMediaPlayerApp app;
+        QSignalSpy frames(app.window().hostingView(), &PlayerHostingView::frameDrawn);
+        app.start({});
+        QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
+        // How the system hands a file to a running application.
+        QFileOpenEvent request(QUrl::fromLocalFile(m_media.filePath(QStringLiteral("clip.mp4"))));
+        QVERIFY(QCoreApplication::sendEvent(qApp, &request));
+        QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 3, 15000);
+        QCOMPARE(app.model().title(), "clip.mp4");
+        QVERIFY(!app.model().isLiveStream());
     }
 
     void theEmptyStateInvitesToOpenMedia()

@@ -39,7 +39,19 @@ void LumoMediaPlayerApp::start(const QStringList &arguments)
     if (arguments.isEmpty())
         return;
     const QString argument = arguments.constFirst();
-    whenVideoCanBeDrawn([this, argument] { open(argument); });
+    whenVideoCanBeDrawn([this, argument] { open(argument, QDir::currentPath()); });
+}
+
+void LumoMediaPlayerApp::openFromLaunch(const QStringList &arguments,
+                                        const QString &workingDirectory)
+{
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+    if (arguments.isEmpty())
+        return;
+    const QString argument = arguments.constFirst();
+    whenVideoCanBeDrawn([this, argument, workingDirectory] { open(argument, workingDirectory); });
 }
 
 bool LumoMediaPlayerApp::eventFilter(QObject *watched, QEvent *event)
@@ -68,9 +80,9 @@ void LumoMediaPlayerApp::whenVideoCanBeDrawn(std::function<void()> then)
     connect(view, &PlayerHostingView::ready, this, std::move(then), Qt::SingleShotConnection);
 }
 
-void LumoMediaPlayerApp::open(const QString &argument)
+void LumoMediaPlayerApp::open(const QString &argument, const QString &workingDirectory)
 {
-    const LaunchRequest request = launchRequest(argument, QDir::current());
+    const LaunchRequest request = launchRequest(argument, QDir(workingDirectory));
     if (const auto *file = std::get_if<LaunchFile>(&request))
         m_model->play(file->url, file->name, false);
     else

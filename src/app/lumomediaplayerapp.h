@@ -23,12 +23,15 @@ public:
     // Shows the window; opens the first argument once video can be drawn. An address opens in
     // the sidebar's address field.
     void start(const QStringList &arguments);
+    // A later launch's arguments, given in workingDirectory: the window comes forward and
+    // opens the first of them.
+    void openFromLaunch(const QStringList &arguments, const QString &workingDirectory);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void open(const QString &argument);
+    void open(const QString &argument, const QString &workingDirectory);
     // Runs then once video can be drawn: at once, or when the view's render context exists.
     void whenVideoCanBeDrawn(std::function<void()> then);
 

@@ -1,6 +1,8 @@
 #include "lumomediaplayerapp.h"
+#include "singleinstance.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QStyle>
 
 #include <unistd.h>
@@ -21,7 +23,16 @@ int main(int argc, char *argv[])
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(QApplication::style()->standardPalette());
 
+    // A second launch (Open With, a terminal, the desktop entry) hands its file to the window
+    // already open and ends.
+    const QStringList arguments = QApplication::arguments().mid(1);
+    SingleInstance instance;
+    if (instance.claim(arguments, QDir::currentPath()) == SingleInstance::Role::handedOver)
+        return 0;
+
     LumoMediaPlayerApp app;
-    app.start(QApplication::arguments().mid(1));
+    QObject::connect(&instance, &SingleInstance::openRequested, &app,
+                     &LumoMediaPlayerApp::openFromLaunch);
+    app.start(arguments);
     return QApplication::exec();
 }

@@ -1,0 +1,108 @@
+#include "singleinstance.h"
+
+#include "launchmessage.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+#include <QThread>
+
+namespace {
+constexpr int startingPlayerWaitMs = 10'000;
+constexpr int replyWaitMs = 5'000;
+} // namespace
+
+SingleInstance::SingleInstance(const QString &folder, QObject *parent)
+    : QObject(parent)
+    , m_folder(folder)
+    , m_lock(QDir(folder).filePath(QStringLiteral("LumoMediaPlayer.lock")))
+{
+    // Stale only when the process that took it is gone, however long a player runs.
+    m_lock.setStaleLockTime(0);
+}
+
+SingleInstance::~SingleInstance() = default;
+
+QString SingleInstance::defaultFolder()
+{
+    // Per user and private to them (XDG_RUNTIME_DIR, or a folder Qt makes for the user).
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+}
+
+QString SingleInstance::socketPath() const
+{
+    return QDir(m_folder).filePath(QStringLiteral("LumoMediaPlayer.socket"));
+}
+
+SingleInstance::Role SingleInstance::claim(const QStringList &arguments,
+                                           const QString &workingDirectory)
+{
+    QDir().mkpath(m_folder);
+    // The lock decides: of two launches at once exactly one gets it.
+    const QDeadlineTimer deadline(startingPlayerWaitMs);
+    while (!m_lock.tryLock(0)) {
+        // Another player holds it: it runs, or is starting and listens soon.
+        if (handOver(arguments, workingDirectory))
+            return Role::handedOver;
+        if (deadline.hasExpired()) {
+            // A player that neither answers nor ends: better a second window than nothing.
+            qWarning("The running player does not answer; opening another window.");
+            return Role::running;
+        }
+        QThread::msleep(100);
+    }
+    listen();
+    return Role::running;
+}
+
+void SingleInstance::listen()
+{
+    // A socket left by a player that crashed is in the way; the lock says it is not in use.
+    QLocalServer::removeServer(socketPath());
+    m_server = new QLocalServer(this);
+    m_server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_server->listen(socketPath())) {
+        qWarning("Later launches cannot reach this player: %s",
+                 qPrintable(m_server->errorString()));
+        return;
+    }
+    connect(m_server, &QLocalServer::newConnection, this, [this] {
+        while (QLocalSocket *socket = m_server->nextPendingConnection())
+            receive(socket);
+    });
+}
+
+void SingleInstance::receive(QLocalSocket *socket)
+{
+    connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+        if (!socket->canReadLine()) {
+            // A sender that never ends its line is not a player; it does not fill memory.
+            if (socket->bytesAvailable() > LaunchMessage::maximumBytes)
+                socket->abort();
+            return;
+        }
+        const auto message = LaunchMessage::decode(socket->readLine());
+        socket->write(message ? "ok\n" : "refused\n");
+        socket->flush();
+        socket->disconnectFromServer();
+        if (message)
+            Q_EMIT openRequested(message->arguments, message->workingDirectory);
+    });
+}
+
+bool SingleInstance::handOver(const QStringList &arguments, const QString &workingDirectory)
+{
+    QLocalSocket socket;
+    socket.connectToServer(socketPath());
+    if (!socket.waitForConnected(500))
+        return false;
+    socket.write(LaunchMessage::encode({arguments, workingDirectory}));
+    if (!socket.waitForBytesWritten(replyWaitMs))
+        return false;
+    QDeadlineTimer reply(replyWaitMs);
+    while (!socket.canReadLine() && socket.waitForReadyRead(int(reply.remainingTime()))) { }
+    return socket.readLine().trimmed() == "ok";
+}

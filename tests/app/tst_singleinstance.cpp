@@ -1,0 +1,108 @@
+// One player per user, with the real program: a second launch hands its file to the running
+// window and ends, two launches at once end with one window, and the message between them
+// refuses what is not one.
+#include "app/launchmessage.h"
+#include "testmedia.h"
+
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+
+class TestSingleInstance : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_media;
+
+    struct Launch
+    {
+        std::unique_ptr<QProcess> process = std::make_unique<QProcess>();
+        QByteArray output;
+
+        const QByteArray &read()
+        {
+            output += process->readAll();
+            return output;
+        }
+    };
+
+    // The program, started in the media folder with its own runtime folder.
+    std::unique_ptr<Launch> launch(const QTemporaryDir &runtime, const QStringList &arguments)
+    {
+        auto started = std::make_unique<Launch>();
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
+        // Says when a video starts playing.
+        environment.insert(QStringLiteral("LUMO_DEBUG"), QStringLiteral("1"));
+        started->process->setProcessEnvironment(environment);
+        started->process->setWorkingDirectory(m_media.path());
+        started->process->setProcessChannelMode(QProcess::MergedChannels);
+        started->process->start(QCoreApplication::applicationDirPath() + "/LumoMediaPlayer",
+                                arguments);
+        return started;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_media.isValid());
+        QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("clip.mp4")), 20));
+    }
+
+    void aSecondLaunchHandsItsFileToTheRunningPlayer()
+    {
+        QTemporaryDir runtime;
+        auto first = launch(runtime, {});
+        QVERIFY(first->process->waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(runtime.filePath("LumoMediaPlayer.socket")),
+                                 30'000);
+        QVERIFY(!first->read().contains("video decoder in use"));
+
+        // A path relative to where the second launch was started.
+        auto second = launch(runtime, {QStringLiteral("clip.mp4")});
+        QVERIFY(second->process->waitForFinished(30'000));
+        QCOMPARE(second->process->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second->process->exitCode(), 0);
+        QVERIFY2(!second->read().contains("video decoder in use"), second->output.constData());
+
+        QTRY_VERIFY_WITH_TIMEOUT(first->read().contains("video decoder in use"), 30'000);
+        QCOMPARE(first->process->state(), QProcess::Running);
+    }
+
+    void twoLaunchesAtOnceEndWithOneWindow()
+    {
+        QTemporaryDir runtime;
+        auto one = launch(runtime, {QStringLiteral("clip.mp4")});
+        auto other = launch(runtime, {QStringLiteral("clip.mp4")});
+        QTRY_VERIFY_WITH_TIMEOUT(one->process->state() == QProcess::NotRunning
+                                     || other->process->state() == QProcess::NotRunning,
+                                 60'000);
+        QTest::qWait(2000);
+        Launch &ended = one->process->state() == QProcess::NotRunning ? *one : *other;
+        Launch &running = &ended == one.get() ? *other : *one;
+        QCOMPARE(running.process->state(), QProcess::Running);
+        QCOMPARE(ended.process->exitCode(), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(running.read().contains("video decoder in use"), 30'000);
+    }
+
+    void theMessageRefusesWhatIsNotOne()
+    {
+        const LaunchMessage message {{QStringLiteral("clip one.mp4"), QStringLiteral("é")},
+                                     QStringLiteral("/home/ü")};
+        const QByteArray line = LaunchMessage::encode(message);
+        QVERIFY(line.endsWith('\n'));
+        QCOMPARE(line.count('\n'), 1);
+        QCOMPARE(LaunchMessage::decode(line), message);
+        QVERIFY(!LaunchMessage::decode("not json\n"));
+        QVERIFY(!LaunchMessage::decode("[]\n"));
+        QVERIFY(!LaunchMessage::decode(R"({"arguments":[1],"workingDirectory":"/"})"));
+        QVERIFY(!LaunchMessage::decode(R"({"arguments":["a"]})"));
+        QVERIFY(!LaunchMessage::decode(QByteArray(LaunchMessage::maximumBytes + 1, '{')));
+    }
+};
+
+QTEST_MAIN(TestSingleInstance)
+#include "tst_singleinstance.moc"

@@ -1,5 +1,6 @@
 #include "lumomediaplayerapp.h"
 
+#include "desktop/screensaverinhibitor.h"
 #include "launchrequest.h"
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
@@ -17,6 +18,7 @@ LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
     : QObject(parent)
     , m_model(std::make_unique<PlayerModel>(std::make_unique<MpvPlayer>()))
     , m_window(std::make_unique<PlayerWindow>(*m_model))
+    , m_screenSaverInhibitor(std::make_unique<ScreenSaverInhibitor>(*m_model))
 {
     m_model->setFileChooser(fileDialogChooser(m_window.get()));
     m_model->setWebPlayerScripts(&YouTubePlayerRegistry::shared());
@@ -26,6 +28,7 @@ LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
 
 LumoMediaPlayerApp::~LumoMediaPlayerApp()
 {
+    m_screenSaverInhibitor.reset();
     // The window's render context goes before the player's handle.
     m_window.reset();
     m_model.reset();

@@ -1,5 +1,6 @@
 #include "lumomediaplayerapp.h"
 
+#include "desktop/mprisservice.h"
 #include "desktop/screensaverinhibitor.h"
 #include "launchrequest.h"
 #include "model/mpvplayer.h"
@@ -22,12 +23,24 @@ LumoMediaPlayerApp::LumoMediaPlayerApp(QObject *parent)
 {
     m_model->setFileChooser(fileDialogChooser(m_window.get()));
     m_model->setWebPlayerScripts(&YouTubePlayerRegistry::shared());
+    // Media keys and the desktop's sound menu reach the player through MPRIS.
+    m_mpris = std::make_unique<MprisService>(
+        *m_model,
+        MprisService::WindowActions {[this] {
+                                         m_window->show();
+                                         m_window->raise();
+                                         m_window->activateWindow();
+                                     },
+                                     [this] {
+                                         m_window->close();
+                                     }});
     // The system hands files to a running application this way (macOS's Finder and Dock).
     QCoreApplication::instance()->installEventFilter(this);
 }
 
 LumoMediaPlayerApp::~LumoMediaPlayerApp()
 {
+    m_mpris.reset();
     m_screenSaverInhibitor.reset();
     // The window's render context goes before the player's handle.
     m_window.reset();

@@ -8,6 +8,7 @@
 
 class PlayerModel;
 class PlayerWindow;
+class MprisService;
 class ScreenSaverInhibitor;
 
 class LumoMediaPlayerApp final : public QObject
@@ -39,4 +40,5 @@ private:
     std::unique_ptr<PlayerModel> m_model;
     std::unique_ptr<PlayerWindow> m_window;
     std::unique_ptr<ScreenSaverInhibitor> m_screenSaverInhibitor;
+    std::unique_ptr<MprisService> m_mpris;
 };

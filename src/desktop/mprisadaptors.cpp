@@ -1,0 +1,142 @@
+#include "mprisadaptors.h"
+
+#include "model/playermodel.h"
+#include "mprisservice.h"
+
+#include <QUrl>
+#include <algorithm>
+#include <cmath>
+
+MprisRootAdaptor::MprisRootAdaptor(MprisService *service)
+    : QDBusAbstractAdaptor(service)
+    , m_service(service)
+{ }
+
+QString MprisRootAdaptor::identity() const
+{
+    return QStringLiteral("LumoMediaPlayerPro");
+}
+
+QString MprisRootAdaptor::desktopEntry() const
+{
+    return QStringLiteral("LumoMediaPlayer");
+}
+
+QStringList MprisRootAdaptor::supportedUriSchemes() const
+{
+    return {QStringLiteral("file"), QStringLiteral("http"), QStringLiteral("https")};
+}
+
+QStringList MprisRootAdaptor::supportedMimeTypes() const
+{
+    return {QStringLiteral("video/mp4"),       QStringLiteral("video/x-matroska"),
+            QStringLiteral("video/quicktime"), QStringLiteral("audio/mpeg"),
+            QStringLiteral("audio/x-mpegurl"), QStringLiteral("application/vnd.apple.mpegurl")};
+}
+
+void MprisRootAdaptor::Raise()
+{
+    if (m_service->actions().raise)
+        m_service->actions().raise();
+}
+
+void MprisRootAdaptor::Quit()
+{
+    if (m_service->actions().quit)
+        m_service->actions().quit();
+}
+
+MprisPlayerAdaptor::MprisPlayerAdaptor(MprisService *service)
+    : QDBusAbstractAdaptor(service)
+    , m_service(service)
+{ }
+
+QString MprisPlayerAdaptor::playbackStatus() const
+{
+    return m_service->playbackStatus();
+}
+
+QVariantMap MprisPlayerAdaptor::metadata() const
+{
+    return m_service->metadata();
+}
+
+double MprisPlayerAdaptor::volume() const
+{
+    return m_service->model().volume();
+}
+
+void MprisPlayerAdaptor::setVolume(double volume)
+{
+    m_service->model().setVolume(std::clamp(volume, 0.0, 1.0));
+}
+
+qlonglong MprisPlayerAdaptor::position() const
+{
+    return m_service->positionMicroseconds();
+}
+
+bool MprisPlayerAdaptor::canPlay() const
+{
+    return m_service->canPlay();
+}
+
+bool MprisPlayerAdaptor::canSeek() const
+{
+    return m_service->canSeek();
+}
+
+void MprisPlayerAdaptor::Pause()
+{
+    if (m_service->model().isPlaying())
+        m_service->model().togglePlayback();
+}
+
+void MprisPlayerAdaptor::PlayPause()
+{
+    if (m_service->canPlay())
+        m_service->model().togglePlayback();
+}
+
+void MprisPlayerAdaptor::Stop()
+{
+    m_service->model().stop();
+}
+
+void MprisPlayerAdaptor::Play()
+{
+    if (m_service->canPlay() && !m_service->model().isPlaying())
+        m_service->model().togglePlayback();
+}
+
+void MprisPlayerAdaptor::Seek(qlonglong offset)
+{
+    if (!m_service->canSeek())
+        return;
+    PlayerModel &model = m_service->model();
+    // Where the skip lands: it is clamped to the item, as the player's own skips are.
+    const double target
+        = std::clamp(model.currentTime() + double(offset) / 1e6, 0.0, model.duration());
+    model.skip(double(offset) / 1e6);
+    Q_EMIT Seeked(std::llround(target * 1e6));
+}
+
+void MprisPlayerAdaptor::SetPosition(const QDBusObjectPath &track, qlonglong position)
+{
+    // A request for another track, or beyond the end, is ignored.
+    const QVariant current = m_service->metadata().value(QStringLiteral("mpris:trackid"));
+    if (!m_service->canSeek() || track != current.value<QDBusObjectPath>() || position < 0
+        || double(position) / 1e6 > m_service->model().duration())
+        return;
+    PlayerModel &model = m_service->model();
+    model.skip(double(position) / 1e6 - model.currentTime());
+    Q_EMIT Seeked(position);
+}
+
+void MprisPlayerAdaptor::OpenUri(const QString &uri)
+{
+    // As a dropped file: named after the last part of its path, never live.
+    const QUrl url(uri);
+    if (url.isValid() && !url.scheme().isEmpty())
+        m_service->model().play(url, url.fileName(), false);
+}

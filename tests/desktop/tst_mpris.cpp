@@ -1,0 +1,191 @@
+// The player's MPRIS service on a private session bus, driven from another bus connection as a
+// desktop's media keys and sound menu would, with real libmpv playing.
+#include "desktop/mprisservice.h"
+#include "model/mpvplayer.h"
+#include "model/playermodel.h"
+#include "privatesessionbus.h"
+#include "testmedia.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+const QString service = QStringLiteral("org.mpris.MediaPlayer2.LumoMediaPlayer");
+const QString path = QStringLiteral("/org/mpris/MediaPlayer2");
+const QString root = QStringLiteral("org.mpris.MediaPlayer2");
+const QString player = QStringLiteral("org.mpris.MediaPlayer2.Player");
+const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
+} // namespace
+
+// What the desktop hears of the player's changes.
+class ChangeListener : public QObject
+{
+    Q_OBJECT
+
+public:
+    QList<QVariantMap> changes;
+
+    QVariant last(const QString &name) const
+    {
+        for (auto it = changes.crbegin(); it != changes.crend(); ++it)
+            if (it->contains(name))
+                return it->value(name);
+        return {};
+    }
+
+public Q_SLOTS:
+    void changed(const QString &interface, const QVariantMap &values, const QStringList &)
+    {
+        if (interface == player)
+            changes.append(values);
+    }
+};
+
+class TestMpris : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PrivateSessionBus> m_bus;
+    QTemporaryDir m_media;
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<MprisService> m_service;
+    int m_raised = 0;
+    int m_quit = 0;
+    ChangeListener m_listener;
+
+    static QDBusConnection desktop() { return QDBusConnection(QStringLiteral("desktop")); }
+
+    // Calls over the bus without blocking the thread the service answers on.
+    static QDBusMessage call(const QString &interface, const QString &method,
+                             const QVariantList &arguments = {})
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+        message.setArguments(arguments);
+        QDBusPendingCall pending = desktop().asyncCall(message);
+        if (!QTest::qWaitFor([&] { return pending.isFinished(); }, 10'000))
+            return {};
+        return pending.reply();
+    }
+    static QVariant property(const QString &interface, const QString &name)
+    {
+        const QDBusMessage reply = call(properties, QStringLiteral("Get"), {interface, name});
+        if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+            return {};
+        return reply.arguments().constFirst().value<QDBusVariant>().variant();
+    }
+    static QVariantMap metadata()
+    {
+        return qdbus_cast<QVariantMap>(
+            property(player, QStringLiteral("Metadata")).value<QDBusArgument>());
+    }
+    static double seconds(const QVariant &microseconds) { return microseconds.toLongLong() / 1e6; }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_bus = std::make_unique<PrivateSessionBus>();
+        QVERIFY2(!m_bus->address().isEmpty(), "dbus-daemon is missing: run ./lumo setup");
+        QVERIFY(TestMedia::makeClip(m_media.filePath("video.mp4"), 30));
+        QVERIFY(QDBusConnection::connectToBus(m_bus->address(), QStringLiteral("desktop"))
+                    .isConnected());
+        QVERIFY(desktop().connect(service, path, properties, QStringLiteral("PropertiesChanged"),
+                                  &m_listener, SLOT(changed(QString, QVariantMap, QStringList))));
+        m_model = std::make_unique<PlayerModel>(
+            std::make_unique<MpvPlayer>(MpvPlayer::VideoOutput::none));
+        m_service
+            = std::make_unique<MprisService>(*m_model,
+                                             MprisService::WindowActions {[this] { ++m_raised; },
+                                                                          [this] {
+                                                                              ++m_quit;
+                                                                          }});
+        QVERIFY(m_service->isRegistered());
+    }
+
+    void cleanupTestCase()
+    {
+        m_service.reset();
+        m_model.reset();
+    }
+
+    void theDesktopFindsThePlayerByItsName()
+    {
+        QCOMPARE(property(root, QStringLiteral("Identity")).toString(), "LumoMediaPlayerPro");
+        QCOMPARE(property(root, QStringLiteral("DesktopEntry")).toString(), "LumoMediaPlayer");
+        QVERIFY(property(root, QStringLiteral("CanRaise")).toBool());
+        QCOMPARE(property(player, QStringLiteral("PlaybackStatus")).toString(), "Stopped");
+        QVERIFY(!property(player, QStringLiteral("CanPlay")).toBool());
+        QVERIFY(!property(player, QStringLiteral("CanSeek")).toBool());
+        call(root, QStringLiteral("Raise"));
+        QTRY_COMPARE(m_raised, 1);
+        call(root, QStringLiteral("Quit"));
+        QTRY_COMPARE(m_quit, 1);
+    }
+
+    void mediaKeysDriveAPlayingFile()
+    {
+        m_model->play(QUrl::fromLocalFile(m_media.filePath("video.mp4")), std::nullopt, false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_listener.last("PlaybackStatus").toString(), "Playing", 15'000);
+        QTRY_VERIFY_WITH_TIMEOUT(property(player, QStringLiteral("CanSeek")).toBool(), 15'000);
+        const QVariantMap playing = metadata();
+        QCOMPARE(playing.value("xesam:title").toString(), "video.mp4");
+        QVERIFY(std::abs(seconds(playing.value("mpris:length")) - 30) < 0.1);
+
+        call(player, QStringLiteral("PlayPause"));
+        QTRY_VERIFY(!m_model->isPlaying());
+        QTRY_COMPARE(m_listener.last("PlaybackStatus").toString(), "Paused");
+        call(player, QStringLiteral("Play"));
+        QTRY_VERIFY(m_model->isPlaying());
+        call(player, QStringLiteral("Pause"));
+        QTRY_VERIFY(!m_model->isPlaying());
+        QCOMPARE(property(player, QStringLiteral("PlaybackStatus")).toString(), "Paused");
+
+        const QDBusObjectPath track = playing.value("mpris:trackid").value<QDBusObjectPath>();
+        call(player, QStringLiteral("SetPosition"),
+             {QVariant::fromValue(track), QVariant::fromValue(qlonglong(10'000'000))});
+        QTRY_VERIFY_WITH_TIMEOUT(std::abs(m_model->currentTime() - 10) < 0.2, 10'000);
+        call(player, QStringLiteral("Seek"), {QVariant::fromValue(qlonglong(5'000'000))});
+        QTRY_VERIFY_WITH_TIMEOUT(std::abs(m_model->currentTime() - 15) < 0.2, 10'000);
+        QVERIFY(std::abs(seconds(property(player, QStringLiteral("Position"))) - 15) < 0.2);
+        // Another track's position, or one past the end, is not for this one.
+        call(player, QStringLiteral("SetPosition"),
+             {QVariant::fromValue(QDBusObjectPath("/org/mpris/MediaPlayer2/Track/999")),
+              QVariant::fromValue(qlonglong(2'000'000))});
+        call(player, QStringLiteral("SetPosition"),
+             {QVariant::fromValue(track), QVariant::fromValue(qlonglong(99'000'000))});
+        QTest::qWait(300);
+        QVERIFY(std::abs(m_model->currentTime() - 15) < 0.2);
+
+        call(properties, QStringLiteral("Set"),
+             {player, QStringLiteral("Volume"), QVariant::fromValue(QDBusVariant(0.25))});
+        QTRY_COMPARE(m_model->volume(), 0.25);
+        QTRY_COMPARE(m_listener.last("Volume").toDouble(), 0.25);
+
+        call(player, QStringLiteral("Stop"));
+        QTRY_COMPARE(m_listener.last("PlaybackStatus").toString(), "Stopped");
+        QVERIFY(!property(player, QStringLiteral("CanPause")).toBool());
+    }
+
+    void aLiveStreamHasNoLengthAndCannotSeek()
+    {
+        m_model->play(QUrl::fromLocalFile(m_media.filePath("video.mp4")), QStringLiteral("Live"),
+                      true);
+        QTRY_COMPARE_WITH_TIMEOUT(m_listener.last("PlaybackStatus").toString(), "Playing", 15'000);
+        QTest::qWait(500);
+        QVERIFY(!property(player, QStringLiteral("CanSeek")).toBool());
+        QVERIFY(!metadata().contains("mpris:length"));
+        QCOMPARE(metadata().value("xesam:title").toString(), "Live");
+        m_model->stop();
+    }
+};
+
+QTEST_MAIN(TestMpris)
+#include "tst_mpris.moc"

@@ -8,12 +8,14 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -172,6 +174,53 @@ private Q_SLOTS:
         call(player, QStringLiteral("Stop"));
         QTRY_COMPARE(m_listener.last("PlaybackStatus").toString(), "Stopped");
         QVERIFY(!property(player, QStringLiteral("CanPause")).toBool());
+    }
+
+    void theRealProgramAnswersDbusSend()
+    {
+        // The program itself on the same bus, driven by the desktop's own command-line tool.
+        m_service.reset();
+        QTemporaryDir runtime;
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("XDG_RUNTIME_DIR", runtime.path());
+        program.setProcessEnvironment(environment);
+        program.start(QCoreApplication::applicationDirPath() + "/LumoMediaPlayer", {});
+        QVERIFY(program.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(desktop().interface()->isServiceRegistered(service).value(),
+                                 30'000);
+        auto dbusSend = [](const QStringList &arguments) {
+            QProcess send;
+            send.start("dbus-send",
+                       QStringList {"--session", "--print-reply", "--dest=" + service, path}
+                           + arguments);
+            return send.waitForFinished(10'000) && send.exitCode() == 0
+                ? QString::fromUtf8(send.readAllStandardOutput())
+                : QString();
+        };
+        const QString statusCall[]
+            = {"org.freedesktop.DBus.Properties.Get", "string:" + player, "string:PlaybackStatus"};
+        QVERIFY(
+            dbusSend({"org.freedesktop.DBus.Properties.Get", "string:" + root, "string:Identity"})
+                .contains("LumoMediaPlayerPro"));
+        QVERIFY(dbusSend({statusCall[0], statusCall[1], statusCall[2]}).contains("Stopped"));
+        QVERIFY(
+            !dbusSend({player + ".OpenUri",
+                       "string:" + QUrl::fromLocalFile(m_media.filePath("video.mp4")).toString()})
+                 .isNull());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            dbusSend({statusCall[0], statusCall[1], statusCall[2]}).contains("Playing"), 30'000);
+        QVERIFY(!dbusSend({player + ".Pause"}).isNull());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            dbusSend({statusCall[0], statusCall[1], statusCall[2]}).contains("Paused"), 10'000);
+        QVERIFY(!dbusSend({root + ".Quit"}).isNull());
+        QVERIFY(program.waitForFinished(30'000));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+
+        // The name is free again for the tests after this one.
+        QTRY_VERIFY(!desktop().interface()->isServiceRegistered(service).value());
+        m_service = std::make_unique<MprisService>(*m_model, MprisService::WindowActions {});
+        QVERIFY(m_service->isRegistered());
     }
 
     void aLiveStreamHasNoLengthAndCannotSeek()

@@ -7,6 +7,11 @@
 #include <mutex>
 #include <thread>
 
+#if defined(Q_OS_LINUX)
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
 // Where results of work nobody joins are posted, while the loader is alive.
 struct PlaylistLoader::Mailbox
 {
@@ -53,6 +58,20 @@ struct PlaylistLoader::Mailbox
     }
 };
 
+namespace {
+
+// On two cores the download and the parse compete with the interface thread for the CPU; at a
+// lower priority they take what typing and drawing leave. Linux keeps a nice value per thread,
+// and threads started from this one (the parser's helper) inherit it.
+void lowerThisThreadsPriority()
+{
+#if defined(Q_OS_LINUX)
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), PlaylistLoader::backgroundNiceValue);
+#endif
+}
+
+} // namespace
+
 // Runs work on a thread of its own that nobody joins, and posts its result.
 template<typename Work>
 void PlaylistLoader::runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QObject *context,
@@ -61,6 +80,7 @@ void PlaylistLoader::runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QO
     mailbox->started();
     std::thread([mailbox = std::move(mailbox), work = std::move(work), context,
                  done = std::move(done)]() mutable {
+        lowerThisThreadsPriority();
         mailbox->deliver(context, done, work());
         mailbox->ended();
     }).detach();
@@ -97,6 +117,7 @@ PlaylistLoader::PlaylistLoader(FileReader readFile)
     m_worker->moveToThread(&m_thread);
     connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
     m_thread.start();
+    QMetaObject::invokeMethod(m_worker, [] { lowerThisThreadsPriority(); });
 }
 
 PlaylistLoader::~PlaylistLoader()

@@ -17,6 +17,8 @@ class PlaylistLoader final : public QObject
 
 public:
     using Done = std::function<void(const PlaylistLoadResult &)>;
+    // The loader's threads yield to the interface thread by this much (a nice value).
+    static constexpr int backgroundNiceValue = 10;
     // Reads and loads a local playlist of at most maxBytes; may block for as long as the file
     // system does.
     using FileReader = std::function<PlaylistLoadResult(const QString &path, qint64 maxBytes)>;

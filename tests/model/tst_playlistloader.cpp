@@ -10,6 +10,9 @@
 #include <mutex>
 #include <thread>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 namespace {
 
 // A read that blocks until released.
@@ -108,6 +111,25 @@ private Q_SLOTS:
         QVERIFY(finished->load());
         QTest::qWait(100);
         QCOMPARE(results, 0);
+    }
+
+    void readingAndParsingYieldToTheInterface()
+    {
+        // On two cores a 50 MB list would otherwise take the CPU from drawing and typing.
+        auto nice = std::make_shared<std::atomic<int>>(-100);
+        PlaylistLoader loader([nice](const QString &, qint64) {
+            errno = 0;
+            nice->store(getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())));
+            return PlaylistLoadResult {};
+        });
+        QObject context;
+        bool done = false;
+        loader.loadFile(QStringLiteral("/tmp/list.m3u"), maxPlaylistBytes, &context,
+                        [&done](const PlaylistLoadResult &) { done = true; });
+        QTRY_VERIFY(done);
+        QCOMPARE(nice->load(), PlaylistLoader::backgroundNiceValue);
+        // The interface thread keeps its own priority.
+        QCOMPARE(getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())), 0);
     }
 };
 

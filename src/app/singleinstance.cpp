@@ -9,6 +9,8 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include <unistd.h>
+
 namespace {
 constexpr int startingPlayerWaitMs = 10'000;
 constexpr int replyWaitMs = 5'000;
@@ -27,8 +29,12 @@ SingleInstance::~SingleInstance() = default;
 
 QString SingleInstance::defaultFolder()
 {
-    // Per user and private to them (XDG_RUNTIME_DIR, or a folder Qt makes for the user).
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    // Per user and private to them (XDG_RUNTIME_DIR, or a folder Qt makes for the user); a
+    // per-user folder in the temporary one when neither can be had.
+    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (!runtime.isEmpty())
+        return runtime;
+    return QDir::temp().filePath(QStringLiteral("LumoMediaPlayer-%1").arg(getuid()));
 }
 
 QString SingleInstance::socketPath() const
@@ -43,6 +49,13 @@ SingleInstance::Role SingleInstance::claim(const QStringList &arguments,
     // The lock decides: of two launches at once exactly one gets it.
     const QDeadlineTimer deadline(startingPlayerWaitMs);
     while (!m_lock.tryLock(0)) {
+        // A folder that takes no lock leaves nothing to share: this player runs alone.
+        if (m_lock.error() != QLockFile::LockFailedError) {
+            qWarning("The player's lock cannot be taken in %s; later launches open windows of "
+                     "their own.",
+                     qPrintable(m_folder));
+            return Role::running;
+        }
         // Another player holds it: it runs, or is starting and listens soon.
         if (handOver(arguments, workingDirectory))
             return Role::handedOver;

@@ -57,7 +57,11 @@ struct SystemAudioCapture::Private
             - double(pa_stream_readable_size(stream) / frameBytes) / sampleRate;
         if (!d->aheadAsked) {
             d->aheadAsked = true;
-            pa_operation_unref(pa_stream_update_timing_info(stream, &Private::timingKnown, d));
+            if (pa_operation *asked
+                = pa_stream_update_timing_info(stream, &Private::timingKnown, d))
+                pa_operation_unref(asked);
+            else
+                d->ahead = 0; // a server that cannot say: the stamps stand as they are
         }
         while (pa_stream_readable_size(stream) > 0) {
             if (pa_stream_peek(stream, &data, &bytes) < 0 || bytes == 0)

@@ -305,12 +305,6 @@ std::optional<qint64> PlayerCaptureWriter::Private::takeSlot(double time, bool f
         return std::nullopt;
     lastSlot = slot;
     lastSlotIsFiller = filler;
-    // Writing on into a file whose folder was removed would lose everything unnoticed: the
-    // system keeps accepting the bytes of a file that no longer has a name.
-    if (slot % frameRate == 0 && !QFileInfo::exists(path)) {
-        fail(AVERROR(ENOENT));
-        return std::nullopt;
-    }
     return slot;
 }
 
@@ -338,6 +332,13 @@ void PlayerCaptureWriter::Private::fillBlack()
 
 bool PlayerCaptureWriter::Private::encodeFrame(qint64 slot)
 {
+    // Writing on into a file whose folder was removed would lose everything unnoticed: the
+    // system keeps accepting the bytes of a file that no longer has a name. Checked once a
+    // second of the file, whether the frame is new or a repeat.
+    if (slot % frameRate == 0 && !QFileInfo::exists(path)) {
+        fail(AVERROR(ENOENT));
+        return false;
+    }
     videoFrame->pts = slot;
     if (const int result = encode(video.get(), videoStream, videoFrame.get())) {
         fail(result);

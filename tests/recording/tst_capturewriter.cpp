@@ -2,6 +2,7 @@
 #include "recording/playercapturewriter.h"
 #include "recording/recordingnames.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QPainter>
@@ -293,6 +294,22 @@ private Q_SLOTS:
         // The slots passed over show the picture before them: the rate stays constant.
         QCOMPARE(writer->statistics().framesWritten, 6);
         QVERIFY(writer->finish().error.isEmpty());
+    }
+
+    void aRemovedFolderIsNoticedWhileAStillSceneRepeats()
+    {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath("going"));
+        auto writer
+            = PlayerCaptureWriter::create(dir.filePath("going/still.mp4"), {320, 240}, nullptr);
+        QVERIFY(writer);
+        const QImage picture = halves({320, 240});
+        QVERIFY(writer->appendVideo(picture, picture.rect(), false, 0));
+        QVERIFY(QDir(dir.filePath("going")).removeRecursively());
+        // Nothing new is drawn: only repeats are written, and they notice too.
+        QVERIFY(!writer->repeatLast(2.0));
+        QVERIFY(writer->failed());
+        writer->cancel();
     }
 
     void aPictureLateForItsSlotIsNotLostToARepeat()

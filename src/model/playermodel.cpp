@@ -16,6 +16,7 @@ const QString importFailurePrefix = QStringLiteral("Could not import playlist: "
 PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     : QObject(parent)
     , m_player(std::move(player))
+    , m_channelIndex(std::make_shared<const ChannelIndex>())
     , m_loader(std::make_unique<PlaylistLoader>())
 {
     m_player->setVolume(m_volume);
@@ -168,19 +169,30 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
                            setErrorMessage(playlistFailurePrefix + result.error);
                            return;
                        }
-                       publishPlaylist(result.entries, displayName, false);
+                       publishPlaylist(result.entries, result.index, displayName, false);
                    });
 }
 
 void PlayerModel::publishPlaylist(const QList<PlaylistEntry> &entries,
+                                  std::shared_ptr<const ChannelIndex> index,
                                   const std::optional<QString> &displayName, bool fromLocalFile)
 {
-    m_loader->release(std::exchange(m_playlist, entries));
+    if (!index)
+        index = std::make_shared<const ChannelIndex>(entries);
     m_playlistIsLocal = fromLocalFile;
-    Q_EMIT playlistChanged();
+    replacePlaylist(entries, std::move(index));
     setIsLoading(false);
     setErrorMessage(QString());
     setTitle(displayName ? *displayName : QStringLiteral("IPTV Playlist"));
+}
+
+void PlayerModel::replacePlaylist(QList<PlaylistEntry> entries,
+                                  std::shared_ptr<const ChannelIndex> index)
+{
+    QList<PlaylistEntry> oldEntries = std::exchange(m_playlist, std::move(entries));
+    std::shared_ptr<const ChannelIndex> oldIndex = std::exchange(m_channelIndex, std::move(index));
+    Q_EMIT playlistChanged();
+    m_loader->release(std::move(oldEntries), std::move(oldIndex));
 }
 
 void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
@@ -204,7 +216,7 @@ void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
                                setErrorMessage(importFailurePrefix + result.error);
                                return;
                            }
-                           publishPlaylist(result.entries, displayName, true);
+                           publishPlaylist(result.entries, result.index, displayName, true);
                        });
 }
 
@@ -223,10 +235,8 @@ void PlayerModel::clearNetworkStream()
 {
     m_remoteRequestID = QUuid::createUuid();
     m_loader->cancel();
-    if (!m_playlist.isEmpty()) {
-        m_loader->release(std::exchange(m_playlist, {}));
-        Q_EMIT playlistChanged();
-    }
+    if (!m_playlist.isEmpty())
+        replacePlaylist({}, std::make_shared<const ChannelIndex>());
     setErrorMessage(QString());
     setIsLoading(false);
     discardLastRemoteSource();

@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 
+class ChannelIndex;
 class PlayerInputMonitor;
 class PlaylistLoader;
 class WebPlayerScripts;
@@ -58,6 +59,8 @@ public:
     const QString &errorMessage() const { return m_errorMessage; }
     bool isLoading() const { return m_isLoading; }
     const QList<PlaylistEntry> &playlist() const { return m_playlist; }
+    // The playlist prepared for the channel search and menus; never null.
+    const std::shared_ptr<const ChannelIndex> &channelIndex() const { return m_channelIndex; }
     bool isPlaying() const { return m_isPlaying; }
     double currentTime() const { return m_currentTime; }
     double duration() const { return m_duration; }
@@ -176,7 +179,11 @@ private:
     void showYouTubeContent(const YouTubeContent &content, const std::optional<QString> &title);
     void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
     void publishPlaylist(const QList<PlaylistEntry> &entries,
+                         std::shared_ptr<const ChannelIndex> index,
                          const std::optional<QString> &displayName, bool fromLocalFile);
+    // Replaces the playlist; the old one is freed on the loader's thread once the views have
+    // let go of it.
+    void replacePlaylist(QList<PlaylistEntry> entries, std::shared_ptr<const ChannelIndex> index);
     void startPlaying(const QUrl &url, const std::optional<QString> &displayName, bool isLiveStream,
                       const StreamHeaders &headers);
     // Abandons the remote download under way, if any: a newer choice replaced it.
@@ -194,6 +201,7 @@ private:
     QString m_errorMessage;
     bool m_isLoading = false;
     QList<PlaylistEntry> m_playlist;
+    std::shared_ptr<const ChannelIndex> m_channelIndex;
     bool m_playlistIsLocal = false; // the playlist was imported from a file
     bool m_isPlaying = false;
     double m_currentTime = 0;

@@ -21,6 +21,8 @@ PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL)
     result.entries = PlaylistParser::parse(decodePlaylistText(bytes), baseURL);
     if (result.entries.isEmpty())
         result.error = playlistErrorDescription(PlaylistError::empty);
+    else
+        result.index = std::make_shared<const ChannelIndex>(result.entries);
     return result;
 }
 
@@ -28,7 +30,7 @@ PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes)
 {
     const QString name = QFileInfo(path).fileName();
     const auto failure = [&name](const QString &reason) {
-        return PlaylistLoadResult {{}, reason.arg(name)};
+        return PlaylistLoadResult::failure(reason.arg(name));
     };
     // Opened without waiting, then checked: a named pipe or a device would otherwise block
     // the open or the read until a writer comes, which may be never.
@@ -50,10 +52,10 @@ PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes)
         return failure(
             QStringLiteral("The file “%1” couldn’t be opened because it isn’t a regular file."));
     if (status.st_size > maxBytes)
-        return {{}, playlistTooLargeDescription(maxBytes)};
+        return PlaylistLoadResult::failure(playlistTooLargeDescription(maxBytes));
     const QByteArray bytes = file.read(maxBytes + 1);
     if (bytes.size() > maxBytes)
-        return {{}, playlistTooLargeDescription(maxBytes)};
+        return PlaylistLoadResult::failure(playlistTooLargeDescription(maxBytes));
     if (file.error() != QFileDevice::NoError)
         return failure(QStringLiteral("The file “%1” couldn’t be read."));
     return loadPlaylist(bytes, QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));

@@ -1,16 +1,23 @@
 #pragma once
 // Turning playlist bytes into channels: decode, parse, and report a playlist without channels.
 // Pure and thread-safe, so that large playlists can be read off the main thread.
+#include "sources/channelindex.h"
 #include "sources/playlistentry.h"
 #include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QUrl>
+#include <memory>
 
 struct PlaylistLoadResult
 {
     QList<PlaylistEntry> entries;
     QString error; // the error's description; null on success
+    // The entries prepared for the channel search and menus; null on error. Built with the
+    // parse, so that the interface thread never walks the whole list.
+    std::shared_ptr<const ChannelIndex> index;
+
+    static PlaylistLoadResult failure(QString error) { return {{}, std::move(error), nullptr}; }
 };
 
 // Twice the largest playlist we measure (200,000 channels, 63 MB) and far above real channel

@@ -140,7 +140,8 @@ void PlaylistLoader::load(const QUrl &url, const PlaylistDownloadLimits &limits,
             worker->download(
                 url, limits, [mailbox, url, context, done](PlaylistDownload::Result r) {
                     if (!r.error.isNull())
-                        return mailbox->deliver(context, done, {{}, r.error});
+                        return mailbox->deliver(context, done,
+                                                PlaylistLoadResult::failure(r.error));
                     // Parsed apart, so that a large list never keeps the next download waiting.
                     runDetached(
                         mailbox,
@@ -162,7 +163,12 @@ void PlaylistLoader::cancel()
     QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->cancel(); });
 }
 
-void PlaylistLoader::release(QList<PlaylistEntry> entries)
+void PlaylistLoader::release(QList<PlaylistEntry> entries,
+                             std::shared_ptr<const ChannelIndex> index)
 {
-    QMetaObject::invokeMethod(m_worker, [entries = std::move(entries)]() mutable { entries = {}; });
+    QMetaObject::invokeMethod(m_worker,
+                              [entries = std::move(entries), index = std::move(index)]() mutable {
+                                  index.reset();
+                                  entries = {};
+                              });
 }

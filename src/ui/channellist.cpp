@@ -125,7 +125,7 @@ void ChannelList::resetFilters()
 
 void ChannelList::showPlaylist()
 {
-    m_model->setPlaylist(m_player.playlist());
+    m_model->setIndex(m_player.channelIndex());
     m_list->scrollToTop();
     updateHeader();
 }

@@ -2,7 +2,7 @@
 // The lower part of the sidebar, shown while a playlist is loaded: the count header, the search
 // field, the country and category menus and the numbered channel rows. A click on a row plays
 // that channel as a live stream.
-#include "channelfilter.h"
+#include "sources/channelfilter.h"
 
 #include <QWidget>
 

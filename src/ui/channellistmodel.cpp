@@ -2,12 +2,12 @@
 
 ChannelListModel::ChannelListModel(QObject *parent)
     : QAbstractListModel(parent)
+    , m_index(std::make_shared<const ChannelIndex>())
 { }
 
-void ChannelListModel::setPlaylist(const QList<PlaylistEntry> &playlist)
+void ChannelListModel::setIndex(std::shared_ptr<const ChannelIndex> index)
 {
-    m_playlist = playlist;
-    m_index = ChannelIndex(playlist);
+    m_index = index ? std::move(index) : std::make_shared<const ChannelIndex>();
     m_lastFilter = ChannelFilter();
     refilter();
 }
@@ -27,7 +27,7 @@ void ChannelListModel::refilter()
         && m_filter.countryCode == m_lastFilter.countryCode
         && m_filter.category == m_lastFilter.category
         && m_filter.query().contains(m_lastFilter.query());
-    std::vector<int> rows = narrows ? m_index.narrow(m_rows, m_filter) : m_index.filter(m_filter);
+    std::vector<int> rows = narrows ? m_index->narrow(m_rows, m_filter) : m_index->filter(m_filter);
     m_lastFilter = m_filter;
     // A reset keeps the view; the view asks again only for the rows on screen.
     beginResetModel();

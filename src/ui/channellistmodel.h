@@ -1,9 +1,10 @@
 #pragma once
 // The rows of the channel list: the playlist after the search and the two menus, numbered in
 // that order. Changing the filter swaps the row numbers only; no row object is ever made.
-#include "channelindex.h"
+#include "sources/channelindex.h"
 
 #include <QAbstractListModel>
+#include <memory>
 #include <vector>
 
 class ChannelListModel final : public QAbstractListModel
@@ -19,13 +20,14 @@ public:
 
     explicit ChannelListModel(QObject *parent = nullptr);
 
-    void setPlaylist(const QList<PlaylistEntry> &playlist);
+    // The playlist as the loader prepared it; null shows no rows.
+    void setIndex(std::shared_ptr<const ChannelIndex> index);
     void setFilter(const ChannelFilter &filter);
     const ChannelFilter &filter() const { return m_filter; }
 
-    const QList<PlaylistEntry> &playlist() const { return m_playlist; }
-    const ChannelIndex &channelIndex() const { return m_index; }
-    const PlaylistEntry &entry(int row) const { return m_playlist.at(m_rows[size_t(row)]); }
+    const QList<PlaylistEntry> &playlist() const { return m_index->playlist(); }
+    const ChannelIndex &channelIndex() const { return *m_index; }
+    const PlaylistEntry &entry(int row) const { return playlist().at(m_rows[size_t(row)]); }
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     QVariant data(const QModelIndex &index, int role) const override;
@@ -33,8 +35,7 @@ public:
 private:
     void refilter();
 
-    QList<PlaylistEntry> m_playlist;
-    ChannelIndex m_index;
+    std::shared_ptr<const ChannelIndex> m_index;
     ChannelFilter m_filter;
     ChannelFilter m_lastFilter; // what m_rows were found for
     std::vector<int> m_rows;

@@ -4,6 +4,8 @@
 #include "httpserver/localhttpserver.h"
 #include "model/playlistloader.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 #include <atomic>
 #include <condition_variable>
@@ -29,7 +31,7 @@ struct StalledRead
         started = true;
         changed.notify_all();
         changed.wait(lock, [this] { return released; });
-        return {{}, QStringLiteral("released")};
+        return PlaylistLoadResult::failure(QStringLiteral("released"));
     }
     bool hasStarted()
     {
@@ -130,6 +132,50 @@ private Q_SLOTS:
         QCOMPARE(nice->load(), PlaylistLoader::backgroundNiceValue);
         // The interface thread keeps its own priority.
         QCOMPARE(getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())), 0);
+    }
+
+    void aLoadedPlaylistComesWithItsSearchIndex()
+    {
+        // Folding 200,000 names for the search takes the interface thread over 100 ms; the
+        // loader does it with the parse.
+        QTemporaryDir folder;
+        QVERIFY(folder.isValid());
+        QFile file(folder.filePath(QStringLiteral("list.m3u")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("#EXTM3U\n"
+                   "#EXTINF:-1 tvg-country=\"us\" group-title=\"News\",CNN\nhttp://a/1\n"
+                   "#EXTINF:-1 tvg-country=\"DE\" group-title=\"Sport\",Sport 1\nhttp://a/2\n"
+                   "#EXTINF:-1,No Country\nhttp://a/3\n");
+        file.close();
+        PlaylistLoader loader;
+        QObject context;
+        std::optional<PlaylistLoadResult> result;
+        loader.loadFile(file.fileName(), maxPlaylistBytes, &context,
+                        [&result](const PlaylistLoadResult &r) { result = r; });
+        QTRY_VERIFY(result.has_value());
+        QVERIFY(result->error.isNull());
+        QCOMPARE(result->entries.size(), 3);
+        QVERIFY(result->index);
+        QCOMPARE(result->index->playlist(), result->entries);
+        QCOMPARE(result->index->countryCodes(),
+                 (QStringList {QStringLiteral("DE"), QStringLiteral("US")}));
+        QCOMPARE(result->index->categories(),
+                 (QStringList {QStringLiteral("News"), QStringLiteral("Sport")}));
+        ChannelFilter sport;
+        sport.search = QStringLiteral("SPORT");
+        QCOMPARE(result->index->filter(sport), std::vector<int> {1});
+    }
+
+    void aFailedLoadHasNoIndex()
+    {
+        PlaylistLoader loader;
+        QObject context;
+        std::optional<PlaylistLoadResult> result;
+        loader.loadFile(QStringLiteral("/nonexistent/list.m3u"), maxPlaylistBytes, &context,
+                        [&result](const PlaylistLoadResult &r) { result = r; });
+        QTRY_VERIFY(result.has_value());
+        QVERIFY(!result->error.isNull());
+        QVERIFY(!result->index);
     }
 };
 

@@ -374,6 +374,14 @@ private Q_SLOTS:
         QVERIFY(widgets < 40);
     }
 
+    void theListSearchesTheIndexLoadedWithThePlaylist()
+    {
+        // Built with the parse, off the interface thread, and never again by the list.
+        QVERIFY(m_model->channelIndex());
+        QCOMPARE(&m_list->listModel()->channelIndex(), m_model->channelIndex().get());
+        QCOMPARE(m_list->listModel()->playlist(), m_model->playlist());
+    }
+
     void aNewPlaylistReplacesTheRowsAndAnEmptyOneShowsNone()
     {
         m_list->setSearch(QStringLiteral("arte"));

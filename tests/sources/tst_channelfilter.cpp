@@ -1,9 +1,9 @@
 // The channel list's search, menus, country names and row texts, and the index that filters
 // large playlists as the user types.
+#include "sources/channelfilter.h"
+#include "sources/channelindex.h"
 #include "sources/playlistparser.h"
 #include "sources/playlisttext.h"
-#include "ui/channelfilter.h"
-#include "ui/channelindex.h"
 
 #include <QDir>
 #include <QFile>

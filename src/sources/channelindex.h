@@ -16,6 +16,7 @@ public:
     explicit ChannelIndex(const QList<PlaylistEntry> &playlist);
 
     qsizetype size() const { return qsizetype(m_country.size()); }
+    const QList<PlaylistEntry> &playlist() const { return m_playlist; }
     // The playlist positions of the entries passing filter, in playlist order; the same
     // entries as ChannelFilters::filtered.
     std::vector<int> filter(const ChannelFilter &filter) const;

@@ -74,6 +74,11 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     m_list->setModel(m_model);
     m_list->setItemDelegate(new ChannelRowDelegate(*m_logos, m_list));
     m_list->setUniformItemSizes(true);
+    // A whole-list layout walks every row: over 10 ms for 200,000 channels on a small machine,
+    // at each new playlist and each keystroke. The rows on screen come first; the rest follow
+    // a part per turn of the event loop.
+    m_list->setLayoutMode(QListView::Batched);
+    m_list->setBatchSize(2000);
     m_list->setMouseTracking(true);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setSelectionMode(QAbstractItemView::NoSelection);

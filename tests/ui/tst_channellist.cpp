@@ -382,6 +382,30 @@ private Q_SLOTS:
         QCOMPARE(m_list->listModel()->playlist(), m_model->playlist());
     }
 
+    void aLongListCanBeScrolledToItsLastChannel()
+    {
+        // Long lists are laid out a part at a time; the whole list is there all the same.
+        constexpr int longCount = 25'000;
+        QByteArray playlist = "#EXTM3U\n";
+        for (int i = 0; i < longCount; ++i)
+            playlist += "#EXTINF:-1,Long " + QByteArray::number(i) + "\nhttp://a/"
+                + QByteArray::number(i) + "\n";
+        m_server->route(QStringLiteral("/long.m3u"), HttpResponse::text(playlist));
+        m_model->openRemote(m_server->url(QStringLiteral("/long.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), longCount, 10000);
+        QListView *view = m_list->listView();
+        const auto lastRowShown = [&] {
+            view->scrollToBottom();
+            const QModelIndex bottom = view->indexAt(
+                QPoint(view->viewport()->width() / 2, view->viewport()->height() - 4));
+            return bottom.isValid() ? bottom.data().toString() : QString();
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(lastRowShown(), QStringLiteral("Long 24999"), 5000);
+        QCOMPARE(view->verticalScrollBar()->value(), view->verticalScrollBar()->maximum());
+        m_list->setSearch(QStringLiteral("long 1249"));
+        QCOMPARE(m_list->listModel()->rowCount(), 11);
+    }
+
     void aNewPlaylistReplacesTheRowsAndAnEmptyOneShowsNone()
     {
         m_list->setSearch(QStringLiteral("arte"));

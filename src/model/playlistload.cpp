@@ -2,7 +2,6 @@
 
 #include "sources/playlisterror.h"
 #include "sources/playlistparser.h"
-#include "sources/playlisttext.h"
 #include <QFile>
 #include <QFileInfo>
 #include <cerrno>
@@ -18,7 +17,7 @@ QString playlistTooLargeDescription(qint64 maxBytes)
 PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL)
 {
     PlaylistLoadResult result;
-    result.entries = PlaylistParser::parse(decodePlaylistText(bytes), baseURL);
+    result.entries = PlaylistParser::parse(QByteArrayView(bytes), baseURL);
     if (result.entries.isEmpty())
         result.error = playlistErrorDescription(PlaylistError::empty);
     else

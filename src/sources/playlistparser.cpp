@@ -4,10 +4,12 @@
 
 #include <QHash>
 #include <QRandomGenerator>
+#include <QStringDecoder>
 #include <QTextBoundaryFinder>
 #include <QVarLengthArray>
 
 #include <array>
+#include <cstring>
 #include <thread>
 
 namespace {
@@ -297,6 +299,19 @@ private:
 
 namespace {
 
+void parseLine(Parser &parser, QStringView untrimmed)
+{
+    const QStringView line = untrimmed.trimmed();
+    if (line.isEmpty())
+        return;
+    if (line.startsWith(u"#EXTINF:"))
+        parser.readExtinf(line);
+    else if (line.startsWith(Parser::vlcOptionPrefix))
+        parser.readVlcOption(line);
+    else if (!line.startsWith(u'#'))
+        parser.readAddress(line);
+}
+
 void parseLines(Parser &parser, QStringView text)
 {
     const char16_t *const data = text.utf16();
@@ -306,17 +321,166 @@ void parseLines(Parser &parser, QStringView text)
         qsizetype end = start;
         while (end < size && !isNewline(data[end]))
             ++end;
-        const QStringView line = text.sliced(start, end - start).trimmed();
+        parseLine(parser, text.sliced(start, end - start));
         start = end + 1;
-        if (line.isEmpty())
-            continue;
-        if (line.startsWith(u"#EXTINF:"))
-            parser.readExtinf(line);
-        else if (line.startsWith(Parser::vlcOptionPrefix))
-            parser.readVlcOption(line);
-        else if (!line.startsWith(u'#'))
-            parser.readAddress(line);
     }
+}
+
+// Reading bytes: lines are cut at ASCII line breaks first. Such a piece of valid UTF-8 is valid
+// UTF-8 by itself, and most pieces are plain ASCII, which needs no decoding at all.
+enum class ByteKind : quint8 { plain, lineBreak, notAscii };
+
+constexpr std::array<ByteKind, 256> byteKinds = [] {
+    std::array<ByteKind, 256> kinds {};
+    for (int byte = 0; byte < 256; ++byte) {
+        if (byte >= 0x0A && byte <= 0x0D)
+            kinds[size_t(byte)] = ByteKind::lineBreak;
+        else if (byte >= 0x80)
+            kinds[size_t(byte)] = ByteKind::notAscii;
+    }
+    return kinds;
+}();
+
+// The end of the piece starting at start: the next ASCII line break, or size. Tells whether the
+// piece is plain ASCII. Eight bytes at a time where none is a line break, a control character
+// or beyond ASCII, which is nearly everywhere.
+qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &ascii)
+{
+    constexpr quint64 ones = 0x0101010101010101ULL;
+    constexpr quint64 highBits = 0x8080808080808080ULL;
+    ascii = true;
+    qsizetype at = start;
+    while (at + 8 <= size) {
+        quint64 word;
+        std::memcpy(&word, data + at, sizeof word);
+        // Some byte is 0x80 or more, or below 0x0E (a line break, a tab, NUL...).
+        if ((word & highBits) || ((word - 0x0E * ones) & ~word & highBits))
+            break;
+        at += 8;
+    }
+    for (; at < size; ++at) {
+        const ByteKind kind = byteKinds[data[at]];
+        if (kind == ByteKind::lineBreak)
+            return at;
+        if (kind == ByteKind::notAscii)
+            ascii = false;
+    }
+    return size;
+}
+
+enum class ByteEncoding { utf8, latin1 };
+enum class Walk { finished, stopped, notUtf8 };
+
+// Hands each line to visit(line, pieceStart, firstInPiece) as UTF-16, in a buffer reused from
+// line to line; visit returns false to stop. A piece between ASCII line breaks may decode to
+// several lines (NEL, LINE and PARAGRAPH SEPARATOR).
+template<typename Visit>
+Walk walkLines(QByteArrayView bytes, ByteEncoding encoding, Visit visit)
+{
+    const auto *const data = reinterpret_cast<const uchar *>(bytes.data());
+    const qsizetype size = bytes.size();
+    QStringDecoder utf8(QStringDecoder::Utf8,
+                        QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QString buffer;
+    qsizetype start = 0;
+    while (start < size) {
+        bool ascii = true;
+        const qsizetype end = pieceEnd(data, start, size, ascii);
+        const QByteArrayView piece = bytes.sliced(start, end - start);
+        if (ascii) {
+            buffer = QLatin1StringView(piece.data(), piece.size());
+            if (!visit(QStringView(buffer), start, true))
+                return Walk::stopped;
+        } else {
+            if (encoding == ByteEncoding::latin1) {
+                buffer = QLatin1StringView(piece.data(), piece.size());
+            } else if (end < size) {
+                buffer = utf8.decode(piece);
+                if (utf8.hasError())
+                    return Walk::notUtf8;
+            } else {
+                // As when the whole text is decoded, a sequence cut short by the end is left
+                // out rather than taken for an error.
+                QStringDecoder last(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+                buffer = last.decode(piece);
+                if (last.hasError())
+                    return Walk::notUtf8;
+            }
+            const QStringView text(buffer);
+            qsizetype from = 0;
+            for (qsizetype at = 0; at <= text.size(); ++at) {
+                if (at < text.size() && !isNewline(text[at].unicode()))
+                    continue;
+                if (!visit(text.sliced(from, at - from), start, from == 0))
+                    return Walk::stopped;
+                from = at + 1;
+            }
+        }
+        start = end + 1;
+    }
+    return Walk::finished;
+}
+
+// The byte where the first #EXTINF line after position from that directly follows an address
+// line begins a piece, or -1; see extinfLineAfter.
+qsizetype extinfPieceAfter(QByteArrayView bytes, ByteEncoding encoding, qsizetype from)
+{
+    qsizetype start = from;
+    while (start < bytes.size() && byteKinds[uchar(bytes[start])] != ByteKind::lineBreak)
+        ++start;
+    if (++start >= bytes.size())
+        return -1;
+    bool afterAddress = false;
+    qsizetype found = -1;
+    walkLines(bytes.sliced(start), encoding,
+              [&](QStringView untrimmed, qsizetype pieceStart, bool firstInPiece) {
+                  const QStringView line = untrimmed.trimmed();
+                  if (firstInPiece && afterAddress && line.startsWith(u"#EXTINF:")) {
+                      found = start + pieceStart;
+                      return false;
+                  }
+                  if (!line.isEmpty())
+                      afterAddress = !line.startsWith(u'#');
+                  return true;
+              });
+    return found;
+}
+
+// Nothing when the bytes are read as UTF-8 and are not.
+std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes, ByteEncoding encoding,
+                                                   const QUrl &baseURL)
+{
+    Parser parser(baseURL);
+    const Walk walk = walkLines(bytes, encoding, [&parser](QStringView line, qsizetype, bool) {
+        parseLine(parser, line);
+        return true;
+    });
+    if (walk == Walk::notUtf8)
+        return std::nullopt;
+    return parser.take();
+}
+
+std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes, ByteEncoding encoding,
+                                               const QUrl &baseURL)
+{
+    constexpr qsizetype parallelFromBytes = 1 << 20;
+    if (bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1) {
+        const qsizetype split = extinfPieceAfter(bytes, encoding, bytes.size() / 2);
+        if (split > 0) {
+            std::optional<QList<PlaylistEntry>> second;
+            std::thread worker(
+                [&] { second = parseBytesPart(bytes.sliced(split), encoding, baseURL); });
+            std::optional<QList<PlaylistEntry>> first
+                = parseBytesPart(bytes.first(split), encoding, baseURL);
+            worker.join();
+            if (!first || !second)
+                return std::nullopt;
+            first->reserve(first->size() + second->size());
+            first->append(std::move(*second));
+            return first;
+        }
+    }
+    return parseBytesPart(bytes, encoding, baseURL);
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address
@@ -369,6 +533,17 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
         }
     }
     return parsePart(text, baseURL);
+}
+
+QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &baseURL)
+{
+    // The UTF-8 mark is no text, and a Latin-1 reading drops it too (see decodePlaylistText).
+    if (bytes.startsWith("\xEF\xBB\xBF"))
+        bytes = bytes.sliced(3);
+    if (std::optional<QList<PlaylistEntry>> entries
+        = parseBytes(bytes, ByteEncoding::utf8, baseURL))
+        return std::move(*entries);
+    return parseBytes(bytes, ByteEncoding::latin1, baseURL).value_or(QList<PlaylistEntry>());
 }
 
 std::optional<QString> PlaylistParser::attribute(QStringView name, QStringView line)

@@ -5,6 +5,7 @@
 
 #include "playlistentry.h"
 
+#include <QByteArrayView>
 #include <QList>
 #include <QString>
 #include <QUrl>
@@ -16,6 +17,9 @@ class PlaylistParser
 public:
     // Relative addresses are resolved against baseURL, the playlist's own address.
     static QList<PlaylistEntry> parse(QStringView text, const QUrl &baseURL);
+    // The same from the playlist's bytes, read as decodePlaylistText reads them (UTF-8, else
+    // Latin-1) but a line at a time, so the whole text is never held in UTF-16.
+    static QList<PlaylistEntry> parse(QByteArrayView bytes, const QUrl &baseURL);
 
     // The trimmed value of name="..." in an #EXTINF line; the name is matched case-insensitively
     // anywhere in the line. Nothing when missing, unterminated or empty.

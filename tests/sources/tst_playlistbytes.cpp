@@ -1,0 +1,132 @@
+// Reading a playlist straight from its bytes gives exactly what decoding the whole text first
+// gives: the same channels, names, addresses, groups, countries and request headers.
+
+#include "sources/playlistparser.h"
+#include "sources/playlisttext.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+// The entries as text, identifiers left out: each parse makes fresh ones.
+QStringList described(const QList<PlaylistEntry> &entries)
+{
+    QStringList lines;
+    for (const PlaylistEntry &entry : entries) {
+        lines.append(QStringList {entry.name(), QString::fromLatin1(entry.encodedUrl()),
+                                  QString::fromLatin1(entry.encodedLogoURL()),
+                                  entry.groupTitle().value_or(QStringLiteral("<none>")),
+                                  entry.countryCode().value_or(QStringLiteral("<none>")),
+                                  entry.headers().userAgent, entry.headers().referrer}
+                         .join(u'|'));
+    }
+    return lines;
+}
+
+void compareBothWays(const QByteArray &bytes, const QUrl &base)
+{
+    const QStringList fromText = described(PlaylistParser::parse(decodePlaylistText(bytes), base));
+    const QStringList fromBytes = described(PlaylistParser::parse(QByteArrayView(bytes), base));
+    QCOMPARE(fromBytes, fromText);
+}
+
+} // namespace
+
+class TestPlaylistBytes : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void tricky_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("only newlines") << QByteArray("\n\r\n\r\r\n\x0b\x0c");
+        QTest::newRow("byte-order mark")
+            << QByteArray("\xEF\xBB\xBF#EXTM3U\n#EXTINF:-1,A\nhttp://a/1\n");
+        QTest::newRow("byte-order mark only") << QByteArray("\xEF\xBB\xBFhttp://a/1");
+        QTest::newRow("mark inside a name")
+            << QByteArray("#EXTINF:-1,\xEF\xBB\xBFName\nhttp://a/8\n");
+        QTest::newRow("next line as a line break")
+            << QByteArray("#EXTINF:-1,A\xC2\x85http://a/1\n");
+        QTest::newRow("line and paragraph separators")
+            << QByteArray("#EXTINF:-1,B\xE2\x80\xA8http://a/2\xE2\x80\xA9#EXTINF:-1,C\nhttp://a/3");
+        QTest::newRow("no-break spaces around")
+            << QByteArray("#EXTINF:-1,\xC2\xA0Name\xC2\xA0\n\xC2\xA0http://a/5\xC2\xA0\n"
+                          "\xE3\x80\x80http://a/6\xE2\x80\x83\n");
+        QTest::newRow("CR LF and tabs") << QByteArray("#EXTINF:-1,T\r\n\thttp://a/9\t\r\n");
+        QTest::newRow("Latin-1") << QByteArray("#EXTINF:-1,Caf\xE9\nhttp://a/3\n");
+        QTest::newRow("Latin-1 next line")
+            << QByteArray("#EXTINF:-1,X\x85http://a/4\n#EXTINF:-1,\xA0Y\xA0\nhttp://a/5");
+        QTest::newRow("Latin-1 after a mark")
+            << QByteArray("\xEF\xBB\xBF#EXTINF:-1,Caf\xE9\nhttp://a/3\n");
+        QTest::newRow("sequence cut by a line end") << QByteArray("#EXTINF:-1,A\xC3\nhttp://a/7");
+        QTest::newRow("sequence cut at the end") << QByteArray("#EXTINF:-1,A\nhttp://a/7\xE2\x80");
+        QTest::newRow("surrogate in UTF-8") << QByteArray("#EXTINF:-1,\xED\xA0\x80\nhttp://a/1");
+        QTest::newRow("long s in an attribute name")
+            << QByteArray("#EXTINF:-1 http-u\xC5\xBF"
+                          "er-agent=\"UA\",N\nhttp://a/6\n");
+        QTest::newRow("Kelvin sign and accents in attributes")
+            << QByteArray("#EXTINF:-1 tvg-n\xC3\xA4me=\"x\" group-title=\"K\xE2\x84\xAA\" "
+                          "tvg-country=\"\xC3\xA9s\",\nhttp://a/6\n");
+        QTest::newRow("headers") << QByteArray(
+            "#EXTVLCOPT:http-user-agent=UA 1\n#EXTINF:-1 http-referrer=\"r\xC3\xA9\",A\n"
+            "http://a/1\n#EXTINF:-1,B\nhttp://a/2\n");
+        QTest::newRow("nul bytes") << QByteArray("#EXTINF:-1,A\0B\nhttp://a/\0\n", 26);
+        QTest::newRow("relative and odd addresses") << QByteArray(
+            "#EXTINF:-1,R\nlive/1.ts\n#EXTINF:-1,S\n//host/x\n[::1]\nhttp://[::1]:8/a\n");
+    }
+
+    void tricky()
+    {
+        QFETCH(QByteArray, bytes);
+        compareBothWays(bytes, QUrl(QStringLiteral("http://provider.example/list.m3u")));
+    }
+
+    void everyCorpusFile()
+    {
+        const QDir corpus(QStringLiteral(LUMO_CORPUS_DIR "/m3u"));
+        if (!corpus.exists())
+            QFAIL("the shared playlist corpus is missing beside the repository");
+        for (const QString &name : corpus.entryList(QDir::Files)) {
+            QFile file(corpus.filePath(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            compareBothWays(file.readAll(), QUrl::fromLocalFile(file.fileName()));
+            if (QTest::currentTestFailed())
+                qWarning("differs: %s", qPrintable(name));
+        }
+    }
+
+    void largeListsReadInParts_data()
+    {
+        QTest::addColumn<QByteArray>("tail");
+        QTest::newRow("UTF-8") << QByteArray("#EXTINF:-1,T\xC3\xA9l\xC3\xA9\nhttp://a/e\n");
+        // One stray byte far into the list turns the whole list into Latin-1.
+        QTest::newRow("Latin-1 at the end") << QByteArray("#EXTINF:-1,T\xE9l\xE9\nhttp://a/e\n");
+    }
+
+    void largeListsReadInParts()
+    {
+        // Big enough to be read in two parts at once, with every corpus quirk repeated.
+        QFETCH(QByteArray, tail);
+        const QDir corpus(QStringLiteral(LUMO_CORPUS_DIR "/m3u"));
+        QByteArray bytes;
+        while (bytes.size() < 4 * 1024 * 1024) {
+            for (const QString &name : corpus.entryList(QDir::Files)) {
+                QFile file(corpus.filePath(name));
+                QVERIFY(file.open(QIODevice::ReadOnly));
+                QByteArray body = file.readAll();
+                if (body.startsWith("\xEF\xBB\xBF"))
+                    body.remove(0, 3);
+                bytes += body + "\n#EXTVLCOPT:http-user-agent=Part\xC2\x85";
+            }
+        }
+        bytes += tail;
+        compareBothWays(bytes, QUrl(QStringLiteral("http://provider.example/list.m3u")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPlaylistBytes)
+#include "tst_playlistbytes.moc"

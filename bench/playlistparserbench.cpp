@@ -1,12 +1,20 @@
-// How fast the playlist parser reads a large, realistic IPTV list, and what the result holds.
+// How fast the playlist parser reads a large, realistic IPTV list, and what the result holds;
+// and `lumo-cli parse-m3u FILE --count` as a whole process against the JavaScript parser that
+// IPTV apps such as IPTVnator use (iptv-playlist-parser, run by node), when it is installed.
 
 #include "benchreport.h"
+#include "measuredprocess.h"
 #include "syntheticplaylist.h"
 
 #include "sources/playlistparser.h"
 #include "sources/playlisttext.h"
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 
 #include <malloc.h>
 
@@ -24,6 +32,83 @@ size_t allocatedBytes()
     return mallinfo2().uordblks;
 }
 
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? qQNaN() : values[values.size() / 2];
+}
+
+// Runs a counting command five times and reports its median time and peak memory; the median
+// time, when every run counted entryCount entries.
+std::optional<double> measureCount(BenchReport &report, const QString &name,
+                                   const QStringList &command)
+{
+    std::vector<double> seconds;
+    std::vector<double> megabytes;
+    for (int run = 0; run < 5; ++run) {
+        const std::optional<ProcessFigures> figures = runMeasured(command);
+        if (!figures || figures->exitCode != 0
+            || figures->output.trimmed() != QByteArray::number(entryCount)) {
+            report.note(QStringLiteral("%1 did not count the entries: %2")
+                            .arg(name,
+                                 figures ? QString::fromUtf8(figures->output.left(200))
+                                         : QStringLiteral("cannot start")));
+            return std::nullopt;
+        }
+        seconds.push_back(figures->seconds);
+        megabytes.push_back(figures->peakResidentMegabytes);
+    }
+    report.add(name + QStringLiteral("_count_s"), median(seconds), QStringLiteral("s"));
+    report.add(name + QStringLiteral("_peak_rss_mb"), median(megabytes), QStringLiteral("MB"));
+    return median(seconds);
+}
+
+// The JavaScript peer, installed by `./lumo bench` with npm into .lumo/peers.
+QString peerParserDirectory()
+{
+    const QString fromEnvironment = qEnvironmentVariable("LUMO_PARSER_PEER_DIR");
+    const QString folder = fromEnvironment.isEmpty()
+        ? QStringLiteral(LUMO_SOURCE_DIR "/.lumo/peers/node_modules/iptv-playlist-parser")
+        : fromEnvironment;
+    return QFileInfo::exists(folder + QStringLiteral("/package.json")) ? folder : QString();
+}
+
+void compareWholeProcesses(BenchReport &report, const QByteArray &bytes, const QString &cli)
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("list.m3u"));
+    QFile file(path);
+    if (!folder.isValid() || !file.open(QIODevice::WriteOnly)
+        || file.write(bytes) != bytes.size()) {
+        report.note(QStringLiteral("cannot write the list for the whole-process comparison"));
+        return;
+    }
+    file.close();
+    const std::optional<double> ours
+        = measureCount(report, QStringLiteral("cli"),
+                       {cli, QStringLiteral("parse-m3u"), path, QStringLiteral("--count")});
+
+    const QString node = QStandardPaths::findExecutable(QStringLiteral("node"));
+    const QString peer = peerParserDirectory();
+    if (node.isEmpty() || peer.isEmpty()) {
+        report.note(QStringLiteral("node or iptv-playlist-parser is not installed; the "
+                                   "comparison with it is left out"));
+        return;
+    }
+    const QString script = QStringLiteral(
+        "const p = require(process.argv[2]); const fs = require('fs');"
+        "console.log(p.parse(fs.readFileSync(process.argv[1], 'utf8')).items.length);");
+    const std::optional<double> theirs = measureCount(
+        report, QStringLiteral("peer"), {node, QStringLiteral("-e"), script, path, peer});
+    if (!ours || !theirs)
+        return;
+    report.add(QStringLiteral("cli_times_faster_than_peer"), *theirs / *ours, QStringLiteral("x"));
+    report.note(QStringLiteral("whole processes on the same %1 MB file, median of 5 runs each; "
+                               "the peer is iptv-playlist-parser run by %2")
+                    .arg(double(bytes.size()) / (1024.0 * 1024.0), 0, 'f', 1)
+                    .arg(node));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -39,8 +124,19 @@ int main(int argc, char *argv[])
 
     std::vector<double> decodeMs;
     std::vector<double> parseMs;
+    std::vector<double> bytesParseMs;
     qsizetype parsed = 0;
     for (int run = 0; run < runs; ++run) {
+        QElapsedTimer bytesTimer;
+        bytesTimer.start();
+        const qsizetype fromBytes = PlaylistParser::parse(QByteArrayView(bytes), base).size();
+        bytesParseMs.push_back(double(bytesTimer.nsecsElapsed()) / 1e6);
+        if (fromBytes != entryCount) {
+            report.note(QStringLiteral("parsed %1 entries from the bytes, expected %2")
+                            .arg(fromBytes)
+                            .arg(entryCount));
+            return 1;
+        }
         QElapsedTimer timer;
         timer.start();
         const QString text = decodePlaylistText(bytes);
@@ -66,6 +162,8 @@ int main(int argc, char *argv[])
         held = allocatedBytes() - before;
     }
 
+    report.add(QStringLiteral("parse_from_bytes_ms"),
+               *std::min_element(bytesParseMs.begin(), bytesParseMs.end()), QStringLiteral("ms"));
     report.add(QStringLiteral("decode_ms"), bestDecode, QStringLiteral("ms"));
     report.add(QStringLiteral("parse_ms"), bestParse, QStringLiteral("ms"));
     report.add(QStringLiteral("decode_and_parse_ms"), bestDecode + bestParse, QStringLiteral("ms"));
@@ -78,6 +176,9 @@ int main(int argc, char *argv[])
     report.add(QStringLiteral("entries_megabytes"), double(held) / (1024.0 * 1024.0),
                QStringLiteral("MB"));
 
+    compareWholeProcesses(
+        report, bytes,
+        QFileInfo(QString::fromLocal8Bit(argv[0])).dir().filePath(QStringLiteral("lumo-cli")));
     const QString json = jsonPathFromArguments(argc, argv);
     if (!json.isEmpty() && !report.write(json)) {
         report.note(QStringLiteral("cannot write %1").arg(json));

@@ -60,3 +60,6 @@ private:
     // Shared: most entries have none, and those that do mostly share one set.
     std::shared_ptr<const StreamHeaders> m_headers;
 };
+
+// Moved as bytes when a list of channels grows: nothing in an entry points into itself.
+Q_DECLARE_TYPEINFO(PlaylistEntry, Q_RELOCATABLE_TYPE);

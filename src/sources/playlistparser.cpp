@@ -342,22 +342,23 @@ constexpr std::array<ByteKind, 256> byteKinds = [] {
 }();
 
 // The end of the piece starting at start: the next ASCII line break, or size. Tells whether the
-// piece is plain ASCII. Eight bytes at a time where none is a line break, a control character
-// or beyond ASCII, which is nearly everywhere.
+// piece is plain ASCII. Eight bytes at a time while none is below 0x0E (a line break, a tab,
+// NUL), which is nearly the whole line.
 qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &ascii)
 {
     constexpr quint64 ones = 0x0101010101010101ULL;
     constexpr quint64 highBits = 0x8080808080808080ULL;
-    ascii = true;
+    quint64 seen = 0;
     qsizetype at = start;
     while (at + 8 <= size) {
         quint64 word;
         std::memcpy(&word, data + at, sizeof word);
-        // Some byte is 0x80 or more, or below 0x0E (a line break, a tab, NUL...).
-        if ((word & highBits) || ((word - 0x0E * ones) & ~word & highBits))
+        if ((word - 0x0E * ones) & ~word & highBits)
             break;
+        seen |= word;
         at += 8;
     }
+    ascii = !(seen & highBits);
     for (; at < size; ++at) {
         const ByteKind kind = byteKinds[data[at]];
         if (kind == ByteKind::lineBreak)
@@ -395,7 +396,10 @@ Walk walkLines(QByteArrayView bytes, ByteEncoding encoding, Visit visit)
             if (encoding == ByteEncoding::latin1) {
                 buffer = QLatin1StringView(piece.data(), piece.size());
             } else if (end < size) {
-                buffer = utf8.decode(piece);
+                // Into the reused buffer: most lines are short and need no allocation.
+                buffer.resize(utf8.requiredSpace(piece.size()));
+                const QChar *const written = utf8.appendToBuffer(buffer.data(), piece);
+                buffer.truncate(written - buffer.constData());
                 if (utf8.hasError())
                     return Walk::notUtf8;
             } else {

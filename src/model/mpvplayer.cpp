@@ -129,6 +129,12 @@ QByteArray networkFileOptions(const StreamHeaders &headers)
     QList<QByteArray> options {
         fileOption(Option::demuxerLavfOptions,
                    fileOption("protocol_whitelist", MpvPlayer::networkProtocolWhitelist)),
+        // mpv keeps up to 150 MB ahead and 50 MB behind by default: a live channel watched for
+        // an evening would hold 200 MB of video nobody goes back to. Half a minute ahead is
+        // ample against stalls; 16 MB behind still allows a short step back in a film.
+        fileOption(Option::cacheSeconds, "30"),
+        fileOption(Option::demuxerMaxBytes, "48MiB"),
+        fileOption(Option::demuxerMaxBackBytes, "16MiB"),
     };
     if (!headers.userAgent.isEmpty())
         options.append(fileOption(Option::userAgent, headers.userAgent.toUtf8()));

@@ -392,6 +392,27 @@ private Q_SLOTS:
         QCOMPARE(m_model->title(), "Québec");
     }
 
+    void aNetworkStreamKeepsAFewTensOfSecondsInMemory()
+    {
+        // mpv's own defaults keep up to 200 MB of a stream that plays for hours.
+        m_model->openRemote(m_server.url(QStringLiteral("/live/index.m3u8")).toString(),
+                            QStringLiteral("Live"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.5, 15000);
+        qint64 ahead = 0;
+        qint64 behind = 0;
+        mpv_get_property(mpv().handle(), "demuxer-max-bytes", MPV_FORMAT_INT64, &ahead);
+        mpv_get_property(mpv().handle(), "demuxer-max-back-bytes", MPV_FORMAT_INT64, &behind);
+        QVERIFY2(ahead > 0 && ahead <= 48 * 1024 * 1024, QByteArray::number(ahead));
+        QVERIFY2(behind > 0 && behind <= 16 * 1024 * 1024, QByteArray::number(behind));
+        const double seconds = mpvDouble("cache-secs");
+        QVERIFY2(seconds >= 10 && seconds <= 60, QByteArray::number(seconds));
+        // A local file reads from the disk as it plays and keeps mpv's defaults.
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->duration() > 0, 10000);
+        mpv_get_property(mpv().handle(), "demuxer-max-bytes", MPV_FORMAT_INT64, &ahead);
+        QCOMPARE(ahead, qint64(150) * 1024 * 1024);
+    }
+
     void playlistFailures_data()
     {
         QTest::addColumn<QString>("address");

@@ -2,6 +2,7 @@
 // the mpv command on the same file; and how long the main thread is held while a 200,000-entry
 // playlist is downloaded, parsed and published.
 #include "benchreport.h"
+#include "eventloopwait.h"
 #include "mainthreadprobe.h"
 #include "syntheticplaylist.h"
 
@@ -41,20 +42,6 @@ double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values.empty() ? qQNaN() : values[values.size() / 2];
-}
-
-// Runs the event loop until done() is true or timeoutMs passes; false on time-out.
-template<typename Done>
-bool waitUntil(Done done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
-    }
-    return true;
 }
 
 bool makeMedia(const QString &path)

@@ -3,6 +3,7 @@
 // window of segments; a local server hands them out. Prints the memory every minute and its
 // growth after the first two. Options: --minutes N (default 3), --json PATH.
 #include "benchreport.h"
+#include "eventloopwait.h"
 
 #include "httpserver/localhttpserver.h"
 #include "model/mpvplayer.h"
@@ -35,19 +36,6 @@ double residentMegabytes()
             return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
     }
     return qQNaN();
-}
-
-template<typename Done>
-bool waitUntil(Done done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    }
-    return true;
 }
 
 int minutesFromArguments(int argc, char *argv[])

@@ -169,30 +169,32 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
                            setErrorMessage(playlistFailurePrefix + result.error);
                            return;
                        }
-                       publishPlaylist(result.entries, result.index, displayName, false);
+                       publishPlaylist(result, displayName, false);
                    });
 }
 
-void PlayerModel::publishPlaylist(const QList<PlaylistEntry> &entries,
-                                  std::shared_ptr<const ChannelIndex> index,
+void PlayerModel::publishPlaylist(const PlaylistLoadResult &result,
                                   const std::optional<QString> &displayName, bool fromLocalFile)
 {
-    if (!index)
-        index = std::make_shared<const ChannelIndex>(entries);
     m_playlistIsLocal = fromLocalFile;
-    replacePlaylist(entries, std::move(index));
+    // The loader builds the index; a result made without one is indexed here.
+    replacePlaylist(result.index ? result.index
+                                 : std::make_shared<const ChannelIndex>(result.entries));
     setIsLoading(false);
     setErrorMessage(QString());
     setTitle(displayName ? *displayName : QStringLiteral("IPTV Playlist"));
 }
 
-void PlayerModel::replacePlaylist(QList<PlaylistEntry> entries,
-                                  std::shared_ptr<const ChannelIndex> index)
+const QList<PlaylistEntry> &PlayerModel::playlist() const
 {
-    QList<PlaylistEntry> oldEntries = std::exchange(m_playlist, std::move(entries));
-    std::shared_ptr<const ChannelIndex> oldIndex = std::exchange(m_channelIndex, std::move(index));
+    return m_channelIndex->playlist();
+}
+
+void PlayerModel::replacePlaylist(std::shared_ptr<const ChannelIndex> index)
+{
+    std::shared_ptr<const ChannelIndex> old = std::exchange(m_channelIndex, std::move(index));
     Q_EMIT playlistChanged();
-    m_loader->release(std::move(oldEntries), std::move(oldIndex));
+    m_loader->release(std::move(old));
 }
 
 void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
@@ -216,7 +218,7 @@ void PlayerModel::importLocalM3U(const std::optional<QString> &displayName)
                                setErrorMessage(importFailurePrefix + result.error);
                                return;
                            }
-                           publishPlaylist(result.entries, result.index, displayName, true);
+                           publishPlaylist(result, displayName, true);
                        });
 }
 
@@ -235,8 +237,8 @@ void PlayerModel::clearNetworkStream()
 {
     m_remoteRequestID = QUuid::createUuid();
     m_loader->cancel();
-    if (!m_playlist.isEmpty())
-        replacePlaylist({}, std::make_shared<const ChannelIndex>());
+    if (!playlist().isEmpty())
+        replacePlaylist(std::make_shared<const ChannelIndex>());
     setErrorMessage(QString());
     setIsLoading(false);
     discardLastRemoteSource();

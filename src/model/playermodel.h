@@ -20,6 +20,7 @@
 class ChannelIndex;
 class PlayerInputMonitor;
 class PlaylistLoader;
+struct PlaylistLoadResult;
 class WebPlayerScripts;
 
 class PlayerModel final : public QObject
@@ -58,7 +59,7 @@ public:
     const QString &title() const { return m_title; }
     const QString &errorMessage() const { return m_errorMessage; }
     bool isLoading() const { return m_isLoading; }
-    const QList<PlaylistEntry> &playlist() const { return m_playlist; }
+    const QList<PlaylistEntry> &playlist() const;
     // The playlist prepared for the channel search and menus; never null.
     const std::shared_ptr<const ChannelIndex> &channelIndex() const { return m_channelIndex; }
     bool isPlaying() const { return m_isPlaying; }
@@ -178,12 +179,11 @@ private:
 
     void showYouTubeContent(const YouTubeContent &content, const std::optional<QString> &title);
     void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
-    void publishPlaylist(const QList<PlaylistEntry> &entries,
-                         std::shared_ptr<const ChannelIndex> index,
+    void publishPlaylist(const PlaylistLoadResult &result,
                          const std::optional<QString> &displayName, bool fromLocalFile);
     // Replaces the playlist; the old one is freed on the loader's thread once the views have
     // let go of it.
-    void replacePlaylist(QList<PlaylistEntry> entries, std::shared_ptr<const ChannelIndex> index);
+    void replacePlaylist(std::shared_ptr<const ChannelIndex> index);
     void startPlaying(const QUrl &url, const std::optional<QString> &displayName, bool isLiveStream,
                       const StreamHeaders &headers);
     // Abandons the remote download under way, if any: a newer choice replaced it.
@@ -200,8 +200,7 @@ private:
     QString m_title = noMediaTitle.toString();
     QString m_errorMessage;
     bool m_isLoading = false;
-    QList<PlaylistEntry> m_playlist;
-    std::shared_ptr<const ChannelIndex> m_channelIndex;
+    std::shared_ptr<const ChannelIndex> m_channelIndex; // holds the playlist
     bool m_playlistIsLocal = false; // the playlist was imported from a file
     bool m_isPlaying = false;
     double m_currentTime = 0;

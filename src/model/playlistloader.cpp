@@ -163,12 +163,7 @@ void PlaylistLoader::cancel()
     QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->cancel(); });
 }
 
-void PlaylistLoader::release(QList<PlaylistEntry> entries,
-                             std::shared_ptr<const ChannelIndex> index)
+void PlaylistLoader::release(std::shared_ptr<const ChannelIndex> index)
 {
-    QMetaObject::invokeMethod(m_worker,
-                              [entries = std::move(entries), index = std::move(index)]() mutable {
-                                  index.reset();
-                                  entries = {};
-                              });
+    QMetaObject::invokeMethod(m_worker, [index = std::move(index)]() mutable { index.reset(); });
 }

@@ -34,9 +34,9 @@ public:
     void loadFile(const QString &path, qint64 maxBytes, QObject *context, Done done);
     // Abandons the current download, if any, without a callback.
     void cancel();
-    // Frees a channel list and its index on the loader's thread; freeing 200,000 channels
-    // takes tens of milliseconds. The caller must hold no other reference to them.
-    void release(QList<PlaylistEntry> entries, std::shared_ptr<const ChannelIndex> index);
+    // Frees a channel list (held by its index) on the loader's thread; freeing 200,000
+    // channels takes tens of milliseconds. The caller must hold no other reference to it.
+    void release(std::shared_ptr<const ChannelIndex> index);
 
 private:
     class Worker;

@@ -1,24 +1,17 @@
 #include "playlistparser.h"
 
+#include "playlistlines.h"
 #include "urlparts.h"
 
 #include <QHash>
 #include <QRandomGenerator>
-#include <QStringDecoder>
 #include <QTextBoundaryFinder>
 #include <QVarLengthArray>
 
 #include <array>
-#include <cstring>
 #include <thread>
 
 namespace {
-
-// The newline characters that end a line: LF, VT, FF, CR, NEL, LINE and PARAGRAPH SEPARATOR.
-bool isNewline(char16_t c)
-{
-    return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
-}
 
 // Counts user-perceived characters; country codes are short, so this stays cheap.
 qsizetype characterCount(const QString &text)
@@ -319,153 +312,55 @@ void parseLines(Parser &parser, QStringView text)
     qsizetype start = 0;
     while (start < size) {
         qsizetype end = start;
-        while (end < size && !isNewline(data[end]))
+        while (end < size && !PlaylistLines::isLineBreak(data[end]))
             ++end;
         parseLine(parser, text.sliced(start, end - start));
         start = end + 1;
     }
 }
 
-// Reading bytes: lines are cut at ASCII line breaks first. Such a piece of valid UTF-8 is valid
-// UTF-8 by itself, and most pieces are plain ASCII, which needs no decoding at all.
-enum class ByteKind : quint8 { plain, lineBreak, notAscii };
-
-constexpr std::array<ByteKind, 256> byteKinds = [] {
-    std::array<ByteKind, 256> kinds {};
-    for (int byte = 0; byte < 256; ++byte) {
-        if (byte >= 0x0A && byte <= 0x0D)
-            kinds[size_t(byte)] = ByteKind::lineBreak;
-        else if (byte >= 0x80)
-            kinds[size_t(byte)] = ByteKind::notAscii;
-    }
-    return kinds;
-}();
-
-// The end of the piece starting at start: the next ASCII line break, or size. Tells whether the
-// piece is plain ASCII. Eight bytes at a time while none is below 0x0E (a line break, a tab,
-// NUL), which is nearly the whole line.
-qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &ascii)
-{
-    constexpr quint64 ones = 0x0101010101010101ULL;
-    constexpr quint64 highBits = 0x8080808080808080ULL;
-    quint64 seen = 0;
-    qsizetype at = start;
-    while (at + 8 <= size) {
-        quint64 word;
-        std::memcpy(&word, data + at, sizeof word);
-        if ((word - 0x0E * ones) & ~word & highBits)
-            break;
-        seen |= word;
-        at += 8;
-    }
-    ascii = !(seen & highBits);
-    for (; at < size; ++at) {
-        const ByteKind kind = byteKinds[data[at]];
-        if (kind == ByteKind::lineBreak)
-            return at;
-        if (kind == ByteKind::notAscii)
-            ascii = false;
-    }
-    return size;
-}
-
-enum class ByteEncoding { utf8, latin1 };
-enum class Walk { finished, stopped, notUtf8 };
-
-// Hands each line to visit(line, pieceStart, firstInPiece) as UTF-16, in a buffer reused from
-// line to line; visit returns false to stop. A piece between ASCII line breaks may decode to
-// several lines (NEL, LINE and PARAGRAPH SEPARATOR).
-template<typename Visit>
-Walk walkLines(QByteArrayView bytes, ByteEncoding encoding, Visit visit)
-{
-    const auto *const data = reinterpret_cast<const uchar *>(bytes.data());
-    const qsizetype size = bytes.size();
-    QStringDecoder utf8(QStringDecoder::Utf8,
-                        QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
-    QString buffer;
-    qsizetype start = 0;
-    while (start < size) {
-        bool ascii = true;
-        const qsizetype end = pieceEnd(data, start, size, ascii);
-        const QByteArrayView piece = bytes.sliced(start, end - start);
-        if (ascii) {
-            buffer = QLatin1StringView(piece.data(), piece.size());
-            if (!visit(QStringView(buffer), start, true))
-                return Walk::stopped;
-        } else {
-            if (encoding == ByteEncoding::latin1) {
-                buffer = QLatin1StringView(piece.data(), piece.size());
-            } else if (end < size) {
-                // Into the reused buffer: most lines are short and need no allocation.
-                buffer.resize(utf8.requiredSpace(piece.size()));
-                const QChar *const written = utf8.appendToBuffer(buffer.data(), piece);
-                buffer.truncate(written - buffer.constData());
-                if (utf8.hasError())
-                    return Walk::notUtf8;
-            } else {
-                // As when the whole text is decoded, a sequence cut short by the end is left
-                // out rather than taken for an error.
-                QStringDecoder last(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-                buffer = last.decode(piece);
-                if (last.hasError())
-                    return Walk::notUtf8;
-            }
-            const QStringView text(buffer);
-            qsizetype from = 0;
-            for (qsizetype at = 0; at <= text.size(); ++at) {
-                if (at < text.size() && !isNewline(text[at].unicode()))
-                    continue;
-                if (!visit(text.sliced(from, at - from), start, from == 0))
-                    return Walk::stopped;
-                from = at + 1;
-            }
-        }
-        start = end + 1;
-    }
-    return Walk::finished;
-}
-
 // The byte where the first #EXTINF line after position from that directly follows an address
 // line begins a piece, or -1; see extinfLineAfter.
-qsizetype extinfPieceAfter(QByteArrayView bytes, ByteEncoding encoding, qsizetype from)
+qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encoding, qsizetype from)
 {
     qsizetype start = from;
-    while (start < bytes.size() && byteKinds[uchar(bytes[start])] != ByteKind::lineBreak)
+    while (start < bytes.size() && !PlaylistLines::isAsciiLineBreak(uchar(bytes[start])))
         ++start;
     if (++start >= bytes.size())
         return -1;
     bool afterAddress = false;
     qsizetype found = -1;
-    walkLines(bytes.sliced(start), encoding,
-              [&](QStringView untrimmed, qsizetype pieceStart, bool firstInPiece) {
-                  const QStringView line = untrimmed.trimmed();
-                  if (firstInPiece && afterAddress && line.startsWith(u"#EXTINF:")) {
-                      found = start + pieceStart;
-                      return false;
-                  }
-                  if (!line.isEmpty())
-                      afterAddress = !line.startsWith(u'#');
-                  return true;
-              });
+    PlaylistLines::walk(bytes.sliced(start), encoding,
+                        [&](QStringView untrimmed, qsizetype pieceStart, bool firstInPiece) {
+                            const QStringView line = untrimmed.trimmed();
+                            if (firstInPiece && afterAddress && line.startsWith(u"#EXTINF:")) {
+                                found = start + pieceStart;
+                                return false;
+                            }
+                            if (!line.isEmpty())
+                                afterAddress = !line.startsWith(u'#');
+                            return true;
+                        });
     return found;
 }
 
 // Nothing when the bytes are read as UTF-8 and are not.
-std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes, ByteEncoding encoding,
-                                                   const QUrl &baseURL)
+std::optional<QList<PlaylistEntry>>
+parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL)
 {
     Parser parser(baseURL);
-    const Walk walk = walkLines(bytes, encoding, [&parser](QStringView line, qsizetype, bool) {
-        parseLine(parser, line);
-        return true;
-    });
-    if (walk == Walk::notUtf8)
+    const PlaylistLines::Walk walk
+        = PlaylistLines::walk(bytes, encoding, [&parser](QStringView line, qsizetype, bool) {
+              parseLine(parser, line);
+              return true;
+          });
+    if (walk == PlaylistLines::Walk::notUtf8)
         return std::nullopt;
     return parser.take();
 }
 
-std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes, ByteEncoding encoding,
-                                               const QUrl &baseURL)
+std::optional<QList<PlaylistEntry>>
+parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL)
 {
     constexpr qsizetype parallelFromBytes = 1 << 20;
     if (bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1) {
@@ -494,12 +389,12 @@ qsizetype extinfLineAfter(QStringView text, qsizetype from)
 {
     const char16_t *const data = text.utf16();
     qsizetype start = from;
-    while (start < text.size() && !isNewline(data[start]))
+    while (start < text.size() && !PlaylistLines::isLineBreak(data[start]))
         ++start;
     bool afterAddress = false;
     while (++start < text.size()) {
         qsizetype end = start;
-        while (end < text.size() && !isNewline(data[end]))
+        while (end < text.size() && !PlaylistLines::isLineBreak(data[end]))
             ++end;
         const QStringView line = text.sliced(start, end - start).trimmed();
         if (line.startsWith(u"#EXTINF:") && afterAddress)
@@ -545,9 +440,10 @@ QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &bas
     if (bytes.startsWith("\xEF\xBB\xBF"))
         bytes = bytes.sliced(3);
     if (std::optional<QList<PlaylistEntry>> entries
-        = parseBytes(bytes, ByteEncoding::utf8, baseURL))
+        = parseBytes(bytes, PlaylistLines::Encoding::utf8, baseURL))
         return std::move(*entries);
-    return parseBytes(bytes, ByteEncoding::latin1, baseURL).value_or(QList<PlaylistEntry>());
+    return parseBytes(bytes, PlaylistLines::Encoding::latin1, baseURL)
+        .value_or(QList<PlaylistEntry>());
 }
 
 std::optional<QString> PlaylistParser::attribute(QStringView name, QStringView line)

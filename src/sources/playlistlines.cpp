@@ -1,0 +1,107 @@
+#include "playlistlines.h"
+
+#include <QString>
+#include <QStringDecoder>
+
+#include <array>
+#include <cstring>
+
+namespace {
+
+// Lines are cut at ASCII line breaks first. Such a piece of valid UTF-8 is valid UTF-8 by
+// itself, and most pieces are plain ASCII, which needs no decoding at all.
+enum class ByteKind : quint8 { plain, lineBreak, notAscii };
+
+constexpr std::array<ByteKind, 256> byteKinds = [] {
+    std::array<ByteKind, 256> kinds {};
+    for (int byte = 0; byte < 256; ++byte) {
+        if (byte >= 0x0A && byte <= 0x0D)
+            kinds[size_t(byte)] = ByteKind::lineBreak;
+        else if (byte >= 0x80)
+            kinds[size_t(byte)] = ByteKind::notAscii;
+    }
+    return kinds;
+}();
+
+// The end of the piece starting at start: the next ASCII line break, or size. Tells whether the
+// piece is plain ASCII. Eight bytes at a time while none is below 0x0E (a line break, a tab,
+// NUL), which is nearly the whole line.
+qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &ascii)
+{
+    constexpr quint64 ones = 0x0101010101010101ULL;
+    constexpr quint64 highBits = 0x8080808080808080ULL;
+    quint64 seen = 0;
+    qsizetype at = start;
+    while (at + 8 <= size) {
+        quint64 word;
+        std::memcpy(&word, data + at, sizeof word);
+        if ((word - 0x0E * ones) & ~word & highBits)
+            break;
+        seen |= word;
+        at += 8;
+    }
+    ascii = !(seen & highBits);
+    for (; at < size; ++at) {
+        const ByteKind kind = byteKinds[data[at]];
+        if (kind == ByteKind::lineBreak)
+            return at;
+        if (kind == ByteKind::notAscii)
+            ascii = false;
+    }
+    return size;
+}
+
+} // namespace
+
+namespace PlaylistLines {
+
+Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
+{
+    const auto *const data = reinterpret_cast<const uchar *>(bytes.data());
+    const qsizetype size = bytes.size();
+    QStringDecoder utf8(QStringDecoder::Utf8,
+                        QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QString buffer; // reused from line to line
+    qsizetype start = 0;
+    while (start < size) {
+        bool ascii = true;
+        const qsizetype end = pieceEnd(data, start, size, ascii);
+        const QByteArrayView piece = bytes.sliced(start, end - start);
+        if (ascii) {
+            buffer = QLatin1StringView(piece.data(), piece.size());
+            if (!visit(QStringView(buffer), start, true))
+                return Walk::stopped;
+        } else {
+            if (encoding == Encoding::latin1) {
+                buffer = QLatin1StringView(piece.data(), piece.size());
+            } else if (end < size) {
+                // Into the reused buffer: most lines are short and need no allocation.
+                buffer.resize(utf8.requiredSpace(piece.size()));
+                const QChar *const written = utf8.appendToBuffer(buffer.data(), piece);
+                buffer.truncate(written - buffer.constData());
+                if (utf8.hasError())
+                    return Walk::notUtf8;
+            } else {
+                // As when the whole text is decoded, a sequence cut short by the end is left
+                // out rather than taken for an error.
+                QStringDecoder last(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+                buffer = last.decode(piece);
+                if (last.hasError())
+                    return Walk::notUtf8;
+            }
+            const QStringView text(buffer);
+            qsizetype from = 0;
+            for (qsizetype at = 0; at <= text.size(); ++at) {
+                if (at < text.size() && !isLineBreak(text[at].unicode()))
+                    continue;
+                if (!visit(text.sliced(from, at - from), start, from == 0))
+                    return Walk::stopped;
+                from = at + 1;
+            }
+        }
+        start = end + 1;
+    }
+    return Walk::finished;
+}
+
+} // namespace PlaylistLines

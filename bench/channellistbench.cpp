@@ -3,6 +3,7 @@
 // channel search, until the filtered list is drawn.
 
 #include "benchreport.h"
+#include "eventloopwait.h"
 #include "syntheticplaylist.h"
 
 #include "httpserver/localhttpserver.h"
@@ -34,19 +35,6 @@ double median(std::vector<double> values)
     return values.empty() ? 0 : values[values.size() / 2];
 }
 
-// Runs the event loop until done() holds, for at most timeoutMs.
-bool waitFor(const std::function<bool()> &done, int timeoutMs)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!done()) {
-        if (timer.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
-    return true;
-}
-
 struct Figures
 {
     std::vector<double> shownMs;
@@ -71,7 +59,8 @@ bool measure(PlayerModel &model, const QUrl &address, const QElapsedTimer &since
         model.clearNetworkStream();
         shownMs = -1;
         model.openRemote(address.toString(), std::nullopt);
-        if (!waitFor([&] { return shownMs >= 0; }, 120000) || model.playlist().size() != entryCount)
+        if (!waitUntil([&] { return shownMs >= 0; }, 120000)
+            || model.playlist().size() != entryCount)
             return false;
         figures.shownMs.push_back(shownMs);
     }

@@ -4,6 +4,7 @@
 #include "benchreport.h"
 #include "eventloopwait.h"
 #include "mainthreadprobe.h"
+#include "serverthread.h"
 #include "syntheticplaylist.h"
 
 #include "httpserver/localhttpserver.h"
@@ -19,7 +20,6 @@
 #include <QEventLoop>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QThread>
 #include <QTimer>
 #include <algorithm>
 #include <cstdio>
@@ -230,11 +230,7 @@ int main(int argc, char *argv[])
     LocalHttpServer server;
     const QByteArray playlist = makeSyntheticPlaylist(200'000);
     server.route(QStringLiteral("/big.m3u"), HttpResponse::text(playlist, "audio/x-mpegurl"));
-    QThread serverThread;
-    server.moveToThread(&serverThread);
-    serverThread.start();
-    QMetaObject::invokeMethod(
-        &server, [&server] { server.listen(); }, Qt::BlockingQueuedConnection);
+    const ServerThread serverThread(server);
     std::vector<double> stalls;
     std::vector<double> totals;
     // The channel list is drawn as it would be for a user who opened the playlist from the
@@ -278,12 +274,6 @@ int main(int argc, char *argv[])
                QStringLiteral("ms"));
     report.note(QStringLiteral("download over loopback, decode and parse on a worker, publish on "
                                "the main thread; median of 5 loads"));
-
-    QMetaObject::invokeMethod(
-        &server, [&server] { server.moveToThread(QCoreApplication::instance()->thread()); },
-        Qt::BlockingQueuedConnection);
-    serverThread.quit();
-    serverThread.wait();
 
     const QString json = jsonPathFromArguments(argc, argv);
     if (!json.isEmpty() && !report.write(json))

@@ -4,6 +4,7 @@
 // growth after the first two. Options: --minutes N (default 3), --json PATH.
 #include "benchreport.h"
 #include "eventloopwait.h"
+#include "serverthread.h"
 
 #include "httpserver/localhttpserver.h"
 #include "model/mpvplayer.h"
@@ -17,7 +18,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -108,11 +108,7 @@ int main(int argc, char *argv[])
     // The server answers from its own thread: handing out segments is not the player's work.
     LocalHttpServer server;
     server.serveDirectory(folder.path());
-    QThread serverThread;
-    server.moveToThread(&serverThread);
-    serverThread.start();
-    QMetaObject::invokeMethod(
-        &server, [&server] { server.listen(); }, Qt::BlockingQueuedConnection);
+    const ServerThread serverThread(server);
 
     PlayerModel model(std::make_unique<MpvPlayer>());
     PlayerWindow window(model);
@@ -155,11 +151,6 @@ int main(int argc, char *argv[])
 
     channel.terminate();
     channel.waitForFinished(5000);
-    QMetaObject::invokeMethod(
-        &server, [&server] { server.moveToThread(QCoreApplication::instance()->thread()); },
-        Qt::BlockingQueuedConnection);
-    serverThread.quit();
-    serverThread.wait();
 
     const QString json = jsonPathFromArguments(argc, argv);
     if (!json.isEmpty() && !report.write(json))

@@ -38,6 +38,39 @@ double residentMegabytes()
     return qQNaN();
 }
 
+// Resident memory by where it lives: the software OpenGL driver (LLVM and the DRI driver, which a
+// machine with a GPU driver does not load), malloc's heap and anonymous mappings, and the rest.
+struct ResidentShares
+{
+    double softwareGl = 0;
+    double anonymous = 0;
+    double other = 0;
+};
+
+ResidentShares residentShares()
+{
+    ResidentShares shares;
+    QFile maps(QStringLiteral("/proc/self/smaps"));
+    if (!maps.open(QIODevice::ReadOnly))
+        return shares;
+    double *current = &shares.other;
+    for (const QByteArray &line : maps.readAll().split('\n')) {
+        const QList<QByteArray> fields = line.simplified().split(' ');
+        if (fields.size() >= 5 && fields[0].contains('-') && !fields[0].endsWith(':')) {
+            const QByteArray path = fields.size() >= 6 ? fields[5] : QByteArray();
+            if (path.contains("libLLVM") || path.contains("/dri/") || path.contains("libgallium"))
+                current = &shares.softwareGl;
+            else if (path.isEmpty() || path == "[heap]")
+                current = &shares.anonymous;
+            else
+                current = &shares.other;
+        } else if (fields.size() >= 2 && fields[0] == "Rss:") {
+            *current += fields[1].toDouble() / 1024.0;
+        }
+    }
+    return shares;
+}
+
 int minutesFromArguments(int argc, char *argv[])
 {
     for (int i = 1; i + 1 < argc; ++i) {
@@ -135,6 +168,12 @@ int main(int argc, char *argv[])
         std::fflush(stdout);
     }
     const double played = model.currentTime();
+    const ResidentShares shares = residentShares();
+    report.add(QStringLiteral("rss_software_gl_mb"), shares.softwareGl, QStringLiteral("MB"));
+    report.add(QStringLiteral("rss_heap_and_anonymous_mb"), shares.anonymous, QStringLiteral("MB"));
+    report.add(QStringLiteral("rss_libraries_and_files_mb"), shares.other, QStringLiteral("MB"));
+    report.add(QStringLiteral("rss_without_software_gl_mb"), perMinute.back() - shares.softwareGl,
+               QStringLiteral("MB"));
     model.stop();
 
     report.add(QStringLiteral("rss_peak_mb"), *std::max_element(perMinute.begin(), perMinute.end()),

@@ -345,32 +345,46 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
 }
 
 // Nothing when the bytes are read as UTF-8 and are not.
-std::optional<QList<PlaylistEntry>>
-parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL)
+std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes,
+                                                   PlaylistLines::Encoding encoding,
+                                                   const QUrl &baseURL,
+                                                   const PlaylistParser::BytesRead &bytesRead)
 {
+    constexpr qsizetype reportEvery = 1 << 20;
     Parser parser(baseURL);
+    qsizetype reported = 0;
     const PlaylistLines::Walk walk
-        = PlaylistLines::walk(bytes, encoding, [&parser](QStringView line, qsizetype, bool) {
+        = PlaylistLines::walk(bytes, encoding, [&](QStringView line, qsizetype pieceStart, bool) {
+              // Everything before this piece is read.
+              if (bytesRead && pieceStart - reported >= reportEvery) {
+                  bytesRead(bytes.sliced(reported, pieceStart - reported));
+                  reported = pieceStart;
+              }
               parseLine(parser, line);
               return true;
           });
     if (walk == PlaylistLines::Walk::notUtf8)
         return std::nullopt;
+    if (bytesRead && reported < bytes.size())
+        bytesRead(bytes.sliced(reported));
     return parser.take();
 }
 
-std::optional<QList<PlaylistEntry>>
-parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL)
+std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes,
+                                               PlaylistLines::Encoding encoding,
+                                               const QUrl &baseURL,
+                                               const PlaylistParser::BytesRead &bytesRead)
 {
     constexpr qsizetype parallelFromBytes = 1 << 20;
     if (bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1) {
         const qsizetype split = extinfPieceAfter(bytes, encoding, bytes.size() / 2);
         if (split > 0) {
             std::optional<QList<PlaylistEntry>> second;
-            std::thread worker(
-                [&] { second = parseBytesPart(bytes.sliced(split), encoding, baseURL); });
+            std::thread worker([&] {
+                second = parseBytesPart(bytes.sliced(split), encoding, baseURL, bytesRead);
+            });
             std::optional<QList<PlaylistEntry>> first
-                = parseBytesPart(bytes.first(split), encoding, baseURL);
+                = parseBytesPart(bytes.first(split), encoding, baseURL, bytesRead);
             worker.join();
             if (!first || !second)
                 return std::nullopt;
@@ -379,7 +393,7 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &b
             return first;
         }
     }
-    return parseBytesPart(bytes, encoding, baseURL);
+    return parseBytesPart(bytes, encoding, baseURL, bytesRead);
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address
@@ -434,15 +448,19 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
     return parsePart(text, baseURL);
 }
 
-QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &baseURL)
+QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &baseURL,
+                                           const BytesRead &bytesRead)
 {
     // The UTF-8 mark is no text, and a Latin-1 reading drops it too (see decodePlaylistText).
-    if (bytes.startsWith("\xEF\xBB\xBF"))
+    if (bytes.startsWith("\xEF\xBB\xBF")) {
+        if (bytesRead)
+            bytesRead(bytes.first(3));
         bytes = bytes.sliced(3);
+    }
     if (std::optional<QList<PlaylistEntry>> entries
-        = parseBytes(bytes, PlaylistLines::Encoding::utf8, baseURL))
+        = parseBytes(bytes, PlaylistLines::Encoding::utf8, baseURL, bytesRead))
         return std::move(*entries);
-    return parseBytes(bytes, PlaylistLines::Encoding::latin1, baseURL)
+    return parseBytes(bytes, PlaylistLines::Encoding::latin1, baseURL, bytesRead)
         .value_or(QList<PlaylistEntry>());
 }
 

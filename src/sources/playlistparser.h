@@ -10,6 +10,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <optional>
 
 class PlaylistParser
@@ -17,9 +18,16 @@ class PlaylistParser
 public:
     // Relative addresses are resolved against baseURL, the playlist's own address.
     static QList<PlaylistEntry> parse(QStringView text, const QUrl &baseURL);
+    // Called with each stretch of the bytes once all its lines are read, a megabyte or so at a
+    // time, from the parsing threads and possibly from two at once: a caller that mapped a file
+    // can let go of those pages. The stretches are disjoint and cover the bytes; a list that
+    // turns out not to be UTF-8 is read again as Latin-1 and its stretches are reported again.
+    using BytesRead = std::function<void(QByteArrayView read)>;
+
     // The same from the playlist's bytes, read as decodePlaylistText reads them (UTF-8, else
     // Latin-1) but a line at a time, so the whole text is never held in UTF-16.
-    static QList<PlaylistEntry> parse(QByteArrayView bytes, const QUrl &baseURL);
+    static QList<PlaylistEntry> parse(QByteArrayView bytes, const QUrl &baseURL,
+                                      const BytesRead &bytesRead = {});
 
     // The trimmed value of name="..." in an #EXTINF line; the name is matched case-insensitively
     // anywhere in the line. Nothing when missing, unterminated or empty.

@@ -6,7 +6,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMutex>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -30,6 +33,25 @@ void compareBothWays(const QByteArray &bytes, const QUrl &base)
     const QStringList fromText = described(PlaylistParser::parse(decodePlaylistText(bytes), base));
     const QStringList fromBytes = described(PlaylistParser::parse(QByteArrayView(bytes), base));
     QCOMPARE(fromBytes, fromText);
+}
+
+// Big enough to be read in two parts at once, with every corpus quirk repeated.
+QByteArray largeCorpusList()
+{
+    const QDir corpus(QStringLiteral(LUMO_CORPUS_DIR "/m3u"));
+    QByteArray bytes;
+    while (bytes.size() < 4 * 1024 * 1024) {
+        for (const QString &name : corpus.entryList(QDir::Files)) {
+            QFile file(corpus.filePath(name));
+            if (!file.open(QIODevice::ReadOnly))
+                qFatal("cannot read %s", qPrintable(file.fileName()));
+            QByteArray body = file.readAll();
+            if (body.startsWith("\xEF\xBB\xBF"))
+                body.remove(0, 3);
+            bytes += body + "\n#EXTVLCOPT:http-user-agent=Part\xC2\x85";
+        }
+    }
+    return bytes;
 }
 
 } // namespace
@@ -109,22 +131,41 @@ private Q_SLOTS:
 
     void largeListsReadInParts()
     {
-        // Big enough to be read in two parts at once, with every corpus quirk repeated.
         QFETCH(QByteArray, tail);
-        const QDir corpus(QStringLiteral(LUMO_CORPUS_DIR "/m3u"));
-        QByteArray bytes;
-        while (bytes.size() < 4 * 1024 * 1024) {
-            for (const QString &name : corpus.entryList(QDir::Files)) {
-                QFile file(corpus.filePath(name));
-                QVERIFY(file.open(QIODevice::ReadOnly));
-                QByteArray body = file.readAll();
-                if (body.startsWith("\xEF\xBB\xBF"))
-                    body.remove(0, 3);
-                bytes += body + "\n#EXTVLCOPT:http-user-agent=Part\xC2\x85";
-            }
-        }
-        bytes += tail;
+        const QByteArray bytes = largeCorpusList() + tail;
         compareBothWays(bytes, QUrl(QStringLiteral("http://provider.example/list.m3u")));
+    }
+
+    void theParserReportsTheBytesItHasReadAsItGoes_data()
+    {
+        QTest::addColumn<QByteArray>("head");
+        QTest::newRow("UTF-8") << QByteArray();
+        QTest::newRow("UTF-8 with a byte-order mark") << QByteArray("\xEF\xBB\xBF");
+    }
+
+    void theParserReportsTheBytesItHasReadAsItGoes()
+    {
+        // A caller that mapped a file lets go of what is read; every byte is reported once.
+        QFETCH(QByteArray, head);
+        const QByteArray bytes = head + largeCorpusList();
+        const QUrl base(QStringLiteral("http://provider.example/list.m3u"));
+        QMutex mutex;
+        QList<std::pair<qsizetype, qsizetype>> spans;
+        const QList<PlaylistEntry> entries
+            = PlaylistParser::parse(QByteArrayView(bytes), base, [&](QByteArrayView read) {
+                  const QMutexLocker locker(&mutex);
+                  spans.append({read.data() - bytes.constData(), read.size()});
+              });
+        QCOMPARE(described(entries), described(PlaylistParser::parse(QByteArrayView(bytes), base)));
+        std::sort(spans.begin(), spans.end());
+        QVERIFY2(spans.size() >= 4, "the bytes are reported as they are read, not all at the end");
+        qsizetype next = 0;
+        for (const auto &[start, size] : spans) {
+            QCOMPARE(start, next);
+            QVERIFY(size > 0);
+            next = start + size;
+        }
+        QCOMPARE(next, bytes.size());
     }
 };
 

@@ -57,6 +57,7 @@ private Q_SLOTS:
     void parseResolvesAgainstTheFileByDefault();
     void parseCount();
     void parseLatin1();
+    void parseLargeLatin1ListReadAgainFromTheFile();
     void parseEmptyPlaylistFails();
     void parseMissingFileFails();
     void usageErrors();
@@ -176,6 +177,29 @@ void TestLumoCli::parseLatin1()
     QCOMPARE(result.exitCode, 0);
     QCOMPARE(QJsonDocument::fromJson(result.out).array()[0].toObject()[u"name"_qs].toString(),
              u"Café Télé"_qs);
+}
+
+void TestLumoCli::parseLargeLatin1ListReadAgainFromTheFile()
+{
+    // The parts read as UTF-8 are let go of as they are read; one Latin-1 byte at the end has
+    // the whole list read again, which must still see the file's bytes.
+    QTemporaryDir dir;
+    QByteArray bytes = "#EXTM3U\n";
+    int count = 0;
+    while (bytes.size() < 3 * 1024 * 1024) {
+        bytes += "#EXTINF:-1 group-title=\"News\",Channel " + QByteArray::number(count)
+            + "\nhttp://h/live/" + QByteArray::number(count) + ".ts\n";
+        ++count;
+    }
+    bytes += "#EXTINF:-1,Caf\xE9\nhttp://h/last.ts\n";
+    const Result result = runCli({u"parse-m3u"_qs, writeFile(dir, u"l.m3u"_qs, bytes)});
+    QCOMPARE(result.exitCode, 0);
+    const QJsonArray entries = QJsonDocument::fromJson(result.out).array();
+    QCOMPARE(entries.size(), count + 1);
+    QCOMPARE(entries[0].toObject()[u"name"_qs].toString(), u"Channel 0"_qs);
+    QCOMPARE(entries[count / 2].toObject()[u"url"_qs].toString(),
+             u"http://h/live/%1.ts"_qs.arg(count / 2));
+    QCOMPARE(entries[count].toObject()[u"name"_qs].toString(), u"Café"_qs);
 }
 
 void TestLumoCli::parseEmptyPlaylistFails()

@@ -11,6 +11,9 @@
 
 #include <cstdio>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 namespace {
 
 void writeErr(const QString &text)
@@ -29,6 +32,19 @@ QByteArray entryJson(const PlaylistEntry &entry)
         {QStringLiteral("groupTitle"), jsonOrNull(entry.groupTitle())},
         {QStringLiteral("countryCode"), jsonOrNull(entry.countryCode())},
     });
+}
+
+// Lets go of the pages of a mapped file whose lines are read, so that the file does not stay
+// resident beside the channels made from it. Pages the stretch only partly covers are kept;
+// pages read again later come back from the file.
+void releaseMappedPages(QByteArrayView read)
+{
+    static const auto pageSize = quintptr(sysconf(_SC_PAGESIZE));
+    const auto begin = quintptr(read.data());
+    const quintptr first = (begin + pageSize - 1) & ~(pageSize - 1);
+    const quintptr last = (begin + quintptr(read.size())) & ~(pageSize - 1);
+    if (last > first)
+        madvise(reinterpret_cast<void *>(first), last - first, MADV_DONTNEED);
 }
 
 } // namespace
@@ -84,7 +100,8 @@ int runParseCommand(const QStringList &arguments)
     }
 
     // Left to the process's end to free: freeing 200,000 channels one by one only costs time.
-    static const auto *const kept = new QList<PlaylistEntry>(PlaylistParser::parse(bytes, baseURL));
+    static const auto *const kept = new QList<PlaylistEntry>(PlaylistParser::parse(
+        bytes, baseURL, mapped ? PlaylistParser::BytesRead(releaseMappedPages) : nullptr));
     const QList<PlaylistEntry> &entries = *kept;
     if (entries.isEmpty()) {
         writeErr(playlistErrorDescription(PlaylistError::empty));

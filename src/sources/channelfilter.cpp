@@ -66,7 +66,7 @@ bool matches(const PlaylistEntry &entry, const ChannelFilter &filter, const QStr
     const std::optional<QString> group = entry.groupTitle();
     if (filter.category && group != filter.category)
         return false;
-    if (query.isEmpty() || entry.name().contains(query, Qt::CaseInsensitive))
+    if (query.isEmpty() || entry.nameView().contains(query, Qt::CaseInsensitive))
         return true;
     return group && group->contains(query, Qt::CaseInsensitive);
 }

@@ -35,9 +35,9 @@ int lookup(const std::optional<QString> &value, const QStringList &values)
 }
 
 // Writes text case-folded, one code unit for one; simple folding never changes the length.
-char16_t *foldInto(const QString &text, char16_t *out)
+char16_t *foldInto(QStringView text, char16_t *out)
 {
-    const char16_t *in = reinterpret_cast<const char16_t *>(text.constData());
+    const char16_t *in = text.utf16();
     const char16_t *const end = in + text.size();
     while (in != end) {
         const char16_t c = *in++;
@@ -69,7 +69,7 @@ ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     for (const PlaylistEntry &entry : playlist) {
         const std::optional<QString> group = entry.groupTitle();
         const std::optional<QString> country = entry.countryCode();
-        length += entry.name().size() + (group ? group->size() : 0) + 2;
+        length += entry.nameView().size() + (group ? group->size() : 0) + 2;
         m_category.push_back(group ? intern(*group, groupIDs, m_groups) : noValue);
         m_country.push_back(country ? intern(*country, countryIDs, m_countries) : noValue);
     }
@@ -80,7 +80,7 @@ ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     for (int row = 0; row < int(count); ++row) {
         const PlaylistEntry &entry = playlist.at(row);
         m_starts.push_back(int(out - begin));
-        out = foldInto(entry.name(), out);
+        out = foldInto(entry.nameView(), out);
         *out++ = groupMark;
         if (const int category = m_category[size_t(row)]; category >= 0)
             out = foldInto(m_groups.at(category), out);

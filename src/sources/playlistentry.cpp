@@ -2,6 +2,8 @@
 
 #include "urlparts.h"
 
+#include <cstring>
+
 namespace {
 
 QString nullIfAbsent(std::optional<QString> text)
@@ -21,38 +23,69 @@ std::optional<QString> absentIfNull(const QString &text)
 PlaylistEntry::PlaylistEntry(QUuid id, QString name, const QUrl &url,
                              const std::optional<QUrl> &logoURL, std::optional<QString> groupTitle,
                              std::optional<QString> countryCode)
-    : m_id(id)
-    , m_name(std::move(name))
-    , m_url(UrlParts::encoded(url))
-    , m_logoURL(logoURL ? UrlParts::encoded(*logoURL) : QByteArray())
-    , m_groupTitle(nullIfAbsent(std::move(groupTitle)))
-    , m_countryCode(nullIfAbsent(std::move(countryCode)))
-{ }
+    : PlaylistEntry(withTexts(id, name, UrlParts::encoded(url),
+                              logoURL ? std::optional<QByteArrayView>(UrlParts::encoded(*logoURL))
+                                      : std::nullopt))
+{
+    m_groupTitle = nullIfAbsent(std::move(groupTitle));
+    m_countryCode = nullIfAbsent(std::move(countryCode));
+}
 
-PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QString name, QByteArray encodedUrl,
-                                         QByteArray encodedLogoURL, QString groupTitle,
+PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
+                                         QByteArrayView encodedLogoURL, QString groupTitle,
                                          QString countryCode)
 {
-    PlaylistEntry entry;
-    entry.m_id = id;
-    entry.m_name = std::move(name);
-    entry.m_url = std::move(encodedUrl);
-    entry.m_logoURL = encodedLogoURL.isEmpty() ? QByteArray() : std::move(encodedLogoURL);
+    PlaylistEntry entry = withTexts(
+        id, name, encodedUrl,
+        encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL));
     entry.m_groupTitle = groupTitle.isEmpty() ? QString() : std::move(groupTitle);
     entry.m_countryCode = countryCode.isEmpty() ? QString() : std::move(countryCode);
     return entry;
 }
 
+PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayView url,
+                                       std::optional<QByteArrayView> logo)
+{
+    PlaylistEntry entry;
+    entry.m_id = id;
+    entry.m_nameSize = qint32(name.size());
+    const qsizetype nameBytes = name.size() * qsizetype(sizeof(char16_t));
+    entry.m_texts.resize(nameBytes + url.size() + (logo ? logo->size() : 0));
+    char *out = entry.m_texts.data();
+    std::memcpy(out, name.utf16(), size_t(nameBytes));
+    std::memcpy(out + nameBytes, url.data(), size_t(url.size()));
+    if (logo) {
+        entry.m_logoAt = qint32(nameBytes + url.size());
+        std::memcpy(out + entry.m_logoAt, logo->data(), size_t(logo->size()));
+    }
+    return entry;
+}
+
+QByteArrayView PlaylistEntry::encodedUrl() const
+{
+    const qsizetype end = m_logoAt >= 0 ? m_logoAt : m_texts.size();
+    return QByteArrayView(m_texts).sliced(urlAt(), end - urlAt());
+}
+
+QByteArrayView PlaylistEntry::encodedLogoURL() const
+{
+    if (m_logoAt < 0)
+        return {};
+    return QByteArrayView(m_texts).sliced(m_logoAt);
+}
+
 QUrl PlaylistEntry::url() const
 {
-    return QUrl::fromEncoded(m_url);
+    const QByteArrayView encoded = encodedUrl();
+    return QUrl::fromEncoded(QByteArray::fromRawData(encoded.data(), encoded.size()));
 }
 
 std::optional<QUrl> PlaylistEntry::logoURL() const
 {
-    if (m_logoURL.isNull())
+    if (m_logoAt < 0)
         return std::nullopt;
-    return QUrl::fromEncoded(m_logoURL);
+    const QByteArrayView encoded = encodedLogoURL();
+    return QUrl::fromEncoded(QByteArray::fromRawData(encoded.data(), encoded.size()));
 }
 
 std::optional<QString> PlaylistEntry::groupTitle() const
@@ -80,13 +113,9 @@ size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
 {
     QtPrivate::QHashCombine combine;
     seed = combine(seed, entry.m_id);
-    seed = combine(seed, entry.m_name);
-    seed = combine(seed, entry.m_url);
-    for (const QByteArray *bytes : {&entry.m_logoURL}) {
-        seed = combine(seed, !bytes->isNull());
-        if (!bytes->isNull())
-            seed = combine(seed, *bytes);
-    }
+    seed = combine(seed, entry.m_texts);
+    seed = combine(seed, entry.m_nameSize);
+    seed = combine(seed, entry.m_logoAt);
     for (const QString *text : {&entry.m_groupTitle, &entry.m_countryCode}) {
         seed = combine(seed, !text->isNull());
         if (!text->isNull())

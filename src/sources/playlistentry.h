@@ -6,7 +6,9 @@
 #include "streamheaders.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
+#include <QStringView>
 #include <QUrl>
 #include <QUuid>
 
@@ -21,13 +23,19 @@ public:
                   std::optional<QString> groupTitle, std::optional<QString> countryCode);
 
     // The same from addresses already in QUrl's fully encoded form; used by the parser, which
-    // keeps addresses as compact bytes so that huge playlists stay small in memory.
-    static PlaylistEntry fromEncoded(QUuid id, QString name, QByteArray encodedUrl,
-                                     QByteArray encodedLogoURL, QString groupTitle,
+    // keeps addresses as compact bytes so that huge playlists stay small in memory. An empty
+    // logo address is none.
+    static PlaylistEntry fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
+                                     QByteArrayView encodedLogoURL, QString groupTitle,
                                      QString countryCode);
 
     QUuid id() const { return m_id; }
-    const QString &name() const { return m_name; }
+    QString name() const { return nameView().toString(); }
+    // The name without a copy, valid while the entry is.
+    QStringView nameView() const
+    {
+        return QStringView(reinterpret_cast<const char16_t *>(m_texts.constData()), m_nameSize);
+    }
     QUrl url() const;
     std::optional<QUrl> logoURL() const;
     std::optional<QString> groupTitle() const;
@@ -36,14 +44,15 @@ public:
     const StreamHeaders &headers() const;
     void setHeaders(std::shared_ptr<const StreamHeaders> headers);
 
-    // The addresses as written into requests (percent-encoded).
-    const QByteArray &encodedUrl() const { return m_url; }
-    const QByteArray &encodedLogoURL() const { return m_logoURL; }
+    // The addresses as written into requests (percent-encoded), valid while the entry is; a
+    // null view when there is no logo.
+    QByteArrayView encodedUrl() const;
+    QByteArrayView encodedLogoURL() const;
 
     friend bool operator==(const PlaylistEntry &a, const PlaylistEntry &b)
     {
-        return a.m_id == b.m_id && a.m_name == b.m_name && a.m_url == b.m_url
-            && a.m_logoURL == b.m_logoURL && a.m_groupTitle == b.m_groupTitle
+        return a.m_id == b.m_id && a.m_nameSize == b.m_nameSize && a.m_logoAt == b.m_logoAt
+            && a.m_texts == b.m_texts && a.m_groupTitle == b.m_groupTitle
             && a.m_countryCode == b.m_countryCode;
     }
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
@@ -51,10 +60,16 @@ public:
 private:
     // Absent optional values are null (never empty) strings: the parser only keeps non-empty
     // groups, exactly two-character countries and non-empty logo addresses.
+    // One block for the name (UTF-16) and both addresses, in that order: a huge list makes one
+    // allocation per channel instead of three.
+    static PlaylistEntry withTexts(QUuid id, QStringView name, QByteArrayView url,
+                                   std::optional<QByteArrayView> logo);
+    qsizetype urlAt() const { return m_nameSize * qsizetype(sizeof(char16_t)); }
+
     QUuid m_id;
-    QString m_name;
-    QByteArray m_url;
-    QByteArray m_logoURL;
+    QByteArray m_texts;
+    qint32 m_nameSize = 0; // in UTF-16 code units
+    qint32 m_logoAt = -1; // where the logo address starts in m_texts; -1 for none
     QString m_groupTitle;
     QString m_countryCode;
     // Shared: most entries have none, and those that do mostly share one set.

@@ -258,9 +258,9 @@ public:
         QString name = std::move(m_pending.name);
         if (name.isEmpty())
             name = nameFromAddress(*address);
-        m_entries.append(PlaylistEntry::fromEncoded(
-            m_uuids.next(), std::move(name), std::move(*address), std::move(m_pending.logo),
-            std::move(m_pending.group), std::move(m_pending.country)));
+        m_entries.append(PlaylistEntry::fromEncoded(m_uuids.next(), name, *address, m_pending.logo,
+                                                    std::move(m_pending.group),
+                                                    std::move(m_pending.country)));
         m_pending = {};
         if (!m_pendingHeaders.isEmpty()) {
             if (!m_lastHeaders || *m_lastHeaders != m_pendingHeaders)

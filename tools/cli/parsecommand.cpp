@@ -23,7 +23,7 @@ void writeErr(const QString &text)
 
 QByteArray entryJson(const PlaylistEntry &entry)
 {
-    const QByteArray &logo = entry.encodedLogoURL();
+    const QByteArrayView logo = entry.encodedLogoURL();
     return toCompactJson({
         {QStringLiteral("name"), entry.name()},
         {QStringLiteral("url"), QString::fromLatin1(entry.encodedUrl())},

@@ -272,11 +272,9 @@ public:
 
     static constexpr QStringView vlcOptionPrefix = u"#EXTVLCOPT:";
 
-    QList<PlaylistEntry> take()
-    {
-        m_entries.squeeze();
-        return std::move(m_entries);
-    }
+    // Not squeezed: squeezing copies every entry into new memory, while the spare capacity of a
+    // big list is address space the process never touches.
+    QList<PlaylistEntry> take() { return std::move(m_entries); }
 
 private:
     QUrl m_baseURL;
@@ -388,7 +386,6 @@ std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes,
             worker.join();
             if (!first || !second)
                 return std::nullopt;
-            first->reserve(first->size() + second->size());
             first->append(std::move(*second));
             return first;
         }
@@ -440,7 +437,6 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
             std::thread worker([&] { second = parsePart(text.sliced(split), baseURL); });
             QList<PlaylistEntry> first = parsePart(text.first(split), baseURL);
             worker.join();
-            first.reserve(first.size() + second.size());
             first.append(std::move(second));
             return first;
         }

@@ -135,6 +135,9 @@ QByteArray networkFileOptions(const StreamHeaders &headers)
         fileOption(Option::cacheSeconds, "30"),
         fileOption(Option::demuxerMaxBytes, "48MiB"),
         fileOption(Option::demuxerMaxBackBytes, "16MiB"),
+        // mpv lends the unused space ahead to the part behind. A live stream is always near
+        // its end, so that would keep 64 MB of played video instead of 16.
+        fileOption(Option::demuxerDonateBuffer, "no"),
     };
     if (!headers.userAgent.isEmpty())
         options.append(fileOption(Option::userAgent, headers.userAgent.toUtf8()));

@@ -11,6 +11,11 @@ QString nullIfAbsent(std::optional<QString> text)
     return text && !text->isEmpty() ? std::move(*text) : QString();
 }
 
+QUrl urlFromEncoded(QByteArrayView encoded)
+{
+    return QUrl::fromEncoded(QByteArray::fromRawData(encoded.data(), encoded.size()));
+}
+
 std::optional<QString> absentIfNull(const QString &text)
 {
     if (text.isNull())
@@ -76,16 +81,14 @@ QByteArrayView PlaylistEntry::encodedLogoURL() const
 
 QUrl PlaylistEntry::url() const
 {
-    const QByteArrayView encoded = encodedUrl();
-    return QUrl::fromEncoded(QByteArray::fromRawData(encoded.data(), encoded.size()));
+    return urlFromEncoded(encodedUrl());
 }
 
 std::optional<QUrl> PlaylistEntry::logoURL() const
 {
     if (m_logoAt < 0)
         return std::nullopt;
-    const QByteArrayView encoded = encodedLogoURL();
-    return QUrl::fromEncoded(QByteArray::fromRawData(encoded.data(), encoded.size()));
+    return urlFromEncoded(encodedLogoURL());
 }
 
 std::optional<QString> PlaylistEntry::groupTitle() const

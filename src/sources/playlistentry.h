@@ -58,14 +58,14 @@ public:
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
 
 private:
-    // Absent optional values are null (never empty) strings: the parser only keeps non-empty
-    // groups, exactly two-character countries and non-empty logo addresses.
-    // One block for the name (UTF-16) and both addresses, in that order: a huge list makes one
-    // allocation per channel instead of three.
     static PlaylistEntry withTexts(QUuid id, QStringView name, QByteArrayView url,
                                    std::optional<QByteArrayView> logo);
     qsizetype urlAt() const { return m_nameSize * qsizetype(sizeof(char16_t)); }
 
+    // Absent optional values are null (never empty) strings: the parser only keeps non-empty
+    // groups, exactly two-character countries and non-empty logo addresses.
+    // One block for the name (UTF-16) and both addresses, in that order: a huge list makes one
+    // allocation per channel instead of three.
     QUuid m_id;
     QByteArray m_texts;
     qint32 m_nameSize = 0; // in UTF-16 code units

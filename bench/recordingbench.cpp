@@ -11,6 +11,7 @@
 #include "recording/capturegeometry.h"
 #include "recording/playerrecordingcontroller.h"
 #include "recording/recordingnames.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -57,7 +58,10 @@ Run recordWithPlayer(RecordingStage &stage, const char *preset, int seconds, con
     recorder.setEncoderPreset(preset);
     recorder.setSaveFileChooser(
         [path](QWidget *, const PlayerRecordingController::SaveRequest &) { return path; });
-    QApplication::setActiveWindow(stage.window());
+    if (!WindowActivation::activate(stage.window())) {
+        run.error = QStringLiteral("the player window did not become active");
+        return run;
+    }
     recorder.startRecording(PlayerRecordingQuality::hd);
     if (!QTest::qWaitFor([&] { return recorder.state() == PlayerRecordingState::recording; },
                          20'000)) {

@@ -26,6 +26,8 @@ inline constexpr const char *demuxerDonateBuffer = "demuxer-donate-buffer";
 inline constexpr const char *audioClientName = "audio-client-name";
 inline constexpr const char *hardwareDecoding = "hwdec";
 inline constexpr const char *panscan = "panscan";
+inline constexpr const char *scale = "scale";
+inline constexpr const char *downscale = "dscale";
 inline constexpr const char *loadUnsafePlaylists = "load-unsafe-playlists";
 inline constexpr const char *videoTimingOffset = "video-timing-offset";
 // Per-file options of a network item.
@@ -50,7 +52,13 @@ inline constexpr const char *mute = "mute";
 inline constexpr const char *hardwareDecoderInUse = "hwdec-current";
 } // namespace Property
 
+// Commands, sent with named arguments.
 namespace Command {
+inline constexpr const char *name = "name";
+inline constexpr const char *url = "url";
+inline constexpr const char *flags = "flags";
+inline constexpr const char *options = "options";
+inline constexpr const char *target = "target";
 inline constexpr const char *loadFile = "loadfile";
 inline constexpr const char *replace = "replace";
 inline constexpr const char *stop = "stop";

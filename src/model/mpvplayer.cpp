@@ -1,6 +1,7 @@
 #include "mpvplayer.h"
 
 #include "mpvnames.h"
+#include "mpvnode.h"
 
 #include <QByteArray>
 #include <QMetaObject>
@@ -46,13 +47,13 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         {Option::idle, "yes"},
         {Option::keepOpen, "yes"},
         // Nothing from the user's mpv set-up, terminal or key bindings leaks into the app.
-        {Option::config, "no"},
-        {Option::terminal, "no"},
-        {Option::inputDefaultBindings, "no"},
-        {Option::inputVoKeyboard, "no"},
-        {Option::osc, "no"},
+        {Option::config, QByteArray("no")},
+        {Option::terminal, QByteArray("no")},
+        {Option::inputDefaultBindings, QByteArray("no")},
+        {Option::inputVoKeyboard, QByteArray("no")},
+        {Option::osc, QByteArray("no")},
         // Video-service pages play in the embedded web player, never through youtube-dl.
-        {Option::youtubeDl, "no"},
+        {Option::youtubeDl, QByteArray("no")},
         // The GPU decodes where mpv knows its interop to be reliable (VA-API, NVDEC,
         // VideoToolbox), the CPU elsewhere. Recording and smart reframe read what was drawn, so
         // they work the same either way.
@@ -60,12 +61,17 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         // The picture fills whatever area a view has it drawn into, cropping what overflows
         // (aspect-fill); the views choose that area for each display mode.
         {Option::panscan, "1"},
+        // mpv 0.36 and later default to scalers that draw black or striped pictures on software
+        // OpenGL (llvmpipe, in virtual machines and without a GPU driver); bilinear, 0.35's
+        // default, draws correctly on every OpenGL the player meets.
+        {Option::scale, "bilinear"},
+        {Option::downscale, "bilinear"},
         {Option::audioClientName, "LumoMediaPlayer"},
         // The view renders on the interface thread: mpv must hand over a frame at once instead
         // of waiting up to 50 ms for the moment to show it (mpv's advice for such embedders).
         {Option::videoTimingOffset, "0"},
         // A playlist mpv expands by itself never leads to files or special protocols.
-        {Option::loadUnsafePlaylists, "no"},
+        {Option::loadUnsafePlaylists, QByteArray("no")},
         // Network choices:
         // - a server that stops sending is given up after 20 s (mpv's default is 60), the same
         //   patience as for playlists, so a dead stream ends with a notice instead of waiting;
@@ -106,16 +112,24 @@ MpvPlayer::~MpvPlayer()
     Q_EMIT aboutToDestroyHandle();
 }
 
-bool MpvPlayer::command(std::vector<const char *> args, quint64 replyTo)
+bool MpvPlayer::command(const QVariantMap &arguments, quint64 replyTo)
 {
-    args.push_back(nullptr);
-    return mpv_command_async(m_handle.get(), replyTo, args.data()) >= 0;
+    // Named arguments keep their meaning when mpv adds positional ones (0.38 put an index before
+    // loadfile's options), and their values need no quoting. mpv copies the node before
+    // returning.
+    MpvNode node(arguments);
+    return mpv_command_node_async(m_handle.get(), replyTo, node.get()) >= 0;
 }
 
 namespace {
 
-// One "key=value" of a per-file option list, the value quoted by its length so that commas,
-// equals signs and quotes in it stay part of it.
+QString argument(const char *name)
+{
+    return QLatin1StringView(name);
+}
+
+// One "key=value" of an option whose value is a list, the value quoted by its length so that
+// commas, equals signs and quotes in it stay part of it.
 QByteArray fileOption(QByteArrayView key, QByteArrayView value)
 {
     return key.toByteArray() + "=%" + QByteArray::number(value.size()) + '%' + value.toByteArray();
@@ -124,26 +138,27 @@ QByteArray fileOption(QByteArrayView key, QByteArrayView value)
 // The options a network item is loaded with: its request headers, and the only protocols its
 // demuxer may open on its behalf (an HLS index naming file: or other local addresses as
 // segments is refused).
-QByteArray networkFileOptions(const StreamHeaders &headers)
+QVariantMap networkFileOptions(const StreamHeaders &headers)
 {
-    QList<QByteArray> options {
-        fileOption(Option::demuxerLavfOptions,
-                   fileOption("protocol_whitelist", MpvPlayer::networkProtocolWhitelist)),
+    QVariantMap options {
+        // A list inside an option's value keeps its own quoting.
+        {argument(Option::demuxerLavfOptions),
+         fileOption("protocol_whitelist", MpvPlayer::networkProtocolWhitelist)},
         // mpv keeps up to 150 MB ahead and 50 MB behind by default: a live channel watched for
         // an evening would hold 200 MB of video nobody goes back to. Half a minute ahead is
         // ample against stalls; 16 MB behind still allows a short step back in a film.
-        fileOption(Option::cacheSeconds, "30"),
-        fileOption(Option::demuxerMaxBytes, "48MiB"),
-        fileOption(Option::demuxerMaxBackBytes, "16MiB"),
+        {argument(Option::cacheSeconds), QByteArray("30")},
+        {argument(Option::demuxerMaxBytes), QByteArray("48MiB")},
+        {argument(Option::demuxerMaxBackBytes), QByteArray("16MiB")},
         // mpv lends the unused space ahead to the part behind. A live stream is always near
         // its end, so that would keep 64 MB of played video instead of 16.
-        fileOption(Option::demuxerDonateBuffer, "no"),
+        {argument(Option::demuxerDonateBuffer), QByteArray("no")},
     };
     if (!headers.userAgent.isEmpty())
-        options.append(fileOption(Option::userAgent, headers.userAgent.toUtf8()));
+        options.insert(argument(Option::userAgent), headers.userAgent);
     if (!headers.referrer.isEmpty())
-        options.append(fileOption(Option::referrer, headers.referrer.toUtf8()));
-    return options.join(',');
+        options.insert(argument(Option::referrer), headers.referrer);
+    return options;
 }
 
 } // namespace
@@ -160,20 +175,21 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
         // A local file goes as a path so that mpv never reads a file: address through FFmpeg.
         const QByteArray target
             = url->isLocalFile() ? url->toLocalFile().toUtf8() : url->toEncoded();
-        const QByteArray options = url->isLocalFile() ? QByteArray() : networkFileOptions(headers);
-        std::vector<const char *> load {Command::loadFile, target.constData(), Command::replace};
-        if (!options.isEmpty())
-            load.push_back(options.constData());
+        QVariantMap load {{argument(Command::name), QByteArray(Command::loadFile)},
+                          {argument(Command::url), target},
+                          {argument(Command::flags), QByteArray(Command::replace)}};
+        if (!url->isLocalFile())
+            load.insert(argument(Command::options), networkFileOptions(headers));
         m_awaitedLoad = ++m_lastReplyID;
         setHasItem(true);
-        if (!command(std::move(load), m_awaitedLoad)) {
+        if (!command(load, m_awaitedLoad)) {
             // mpv refused the command as given: the item ends before it began.
             m_awaitedLoad = 0;
             handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, MPV_ERROR_INVALID_PARAMETER, -1);
         }
     } else {
         m_awaitedLoad = 0;
-        command({Command::stop});
+        command({{argument(Command::name), QByteArray(Command::stop)}});
         setHasItem(false);
     }
     updateWaiting();
@@ -199,7 +215,9 @@ void MpvPlayer::seekExactly(double seconds)
 {
     const QByteArray target = QByteArray::number(seconds, 'f', 6);
     m_position = seconds;
-    command({Command::seek, target.constData(), Command::seekAbsoluteExact});
+    command({{argument(Command::name), QByteArray(Command::seek)},
+             {argument(Command::target), target},
+             {argument(Command::flags), QByteArray(Command::seekAbsoluteExact)}});
 }
 
 void MpvPlayer::setVolume(double fraction)

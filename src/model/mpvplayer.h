@@ -4,8 +4,8 @@
 // mpv's events on the main thread. Video is drawn by a render context made on handle().
 #include "mediaplayer.h"
 #include <QList>
+#include <QVariantMap>
 #include <memory>
-#include <vector>
 
 struct mpv_handle;
 struct mpv_event;
@@ -69,7 +69,7 @@ private:
     void handleEvent(const mpv_event &event);
     void handleProperty(const char *name, int format, void *data);
     // False when mpv refused the command outright.
-    bool command(std::vector<const char *> args, quint64 replyTo = 0);
+    bool command(const QVariantMap &arguments, quint64 replyTo = 0);
     void handleLoadReply(const mpv_event &event);
     void handleEnd(qint64 entryID, int reason, int error, qint64 insertedID);
     bool isCurrentItemStarted() const { return m_awaitedLoad == 0 && m_currentStarted; }

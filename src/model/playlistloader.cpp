@@ -1,6 +1,7 @@
 #include "playlistloader.h"
 
 #include <QNetworkAccessManager>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -66,7 +67,11 @@ namespace {
 void lowerThisThreadsPriority()
 {
 #if defined(Q_OS_LINUX)
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), PlaylistLoader::backgroundNiceValue);
+    const auto thread = static_cast<id_t>(gettid());
+    errno = 0;
+    const int inherited = getpriority(PRIO_PROCESS, thread);
+    if (errno == 0)
+        setpriority(PRIO_PROCESS, thread, PlaylistLoader::backgroundNice(inherited));
 #endif
 }
 

@@ -8,6 +8,7 @@
 #include "playlistload.h"
 #include <QObject>
 #include <QThread>
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -18,7 +19,13 @@ class PlaylistLoader final : public QObject
 public:
     using Done = std::function<void(const PlaylistLoadResult &)>;
     // The loader's threads yield to the interface thread by this much (a nice value).
-    static constexpr int backgroundNiceValue = 10;
+    static constexpr int backgroundNiceIncrement = 10;
+    // The nice value of a loader thread started from a thread of nice value inherited: lower
+    // by the increment, within Linux's range, so a player started with nice stays behind.
+    static constexpr int backgroundNice(int inherited)
+    {
+        return std::min(inherited + backgroundNiceIncrement, 19);
+    }
     // Reads and loads a local playlist of at most maxBytes; may block for as long as the file
     // system does.
     using FileReader = std::function<PlaylistLoadResult(const QString &path, qint64 maxBytes)>;

@@ -33,21 +33,31 @@ std::optional<QString> firstQueryValue(const QList<UrlParts::QueryItem> &items, 
 
 } // namespace
 
-YouTubeContent::YouTubeContent(std::optional<QString> videoID, std::optional<QString> playlistID)
+YouTubeContent::YouTubeContent(QString videoID, QString playlistID)
     : m_videoID(std::move(videoID))
     , m_playlistID(std::move(playlistID))
 { }
 
-std::optional<YouTubeContent> YouTubeContent::make(std::optional<QString> videoID,
-                                                   std::optional<QString> playlistID)
+std::optional<YouTubeContent> YouTubeContent::make(const std::optional<QString> &videoID,
+                                                   const std::optional<QString> &playlistID)
 {
-    if (videoID && videoID->isEmpty())
-        videoID.reset();
-    if (playlistID && playlistID->isEmpty())
-        playlistID.reset();
-    if (!videoID && !playlistID)
+    // Taken as plain strings, an empty one standing for none: moving optional strings through
+    // here made GCC 14 see an uninitialised read that is not there (-Wmaybe-uninitialized).
+    QString video = videoID.value_or(QString());
+    QString playlist = playlistID.value_or(QString());
+    if (video.isEmpty() && playlist.isEmpty())
         return std::nullopt;
-    return YouTubeContent(std::move(videoID), std::move(playlistID));
+    return YouTubeContent(std::move(video), std::move(playlist));
+}
+
+std::optional<QString> YouTubeContent::videoID() const
+{
+    return m_videoID.isEmpty() ? std::nullopt : std::optional(m_videoID);
+}
+
+std::optional<QString> YouTubeContent::playlistID() const
+{
+    return m_playlistID.isEmpty() ? std::nullopt : std::optional(m_playlistID);
 }
 
 std::optional<YouTubeContent> YouTubeContent::fromUrl(const QUrl &url)
@@ -86,17 +96,12 @@ std::optional<YouTubeContent> YouTubeContent::fromUrl(const QUrl &url)
 
 QString YouTubeContent::id() const
 {
-    return m_videoID.value_or(QString()) + u'|' + m_playlistID.value_or(QString());
+    return m_videoID + u'|' + m_playlistID;
 }
 
 size_t qHash(const YouTubeContent &content, size_t seed) noexcept
 {
     QtPrivate::QHashCombine combine;
-    seed = combine(seed, content.m_videoID.has_value());
-    if (content.m_videoID)
-        seed = combine(seed, *content.m_videoID);
-    seed = combine(seed, content.m_playlistID.has_value());
-    if (content.m_playlistID)
-        seed = combine(seed, *content.m_playlistID);
-    return seed;
+    seed = combine(seed, content.m_videoID);
+    return combine(seed, content.m_playlistID);
 }

@@ -21,11 +21,11 @@ public:
     static std::optional<YouTubeContent> fromUrl(const QUrl &url);
 
     // At least one identifier must be present and neither may be empty.
-    static std::optional<YouTubeContent> make(std::optional<QString> videoID,
-                                              std::optional<QString> playlistID);
+    static std::optional<YouTubeContent> make(const std::optional<QString> &videoID,
+                                              const std::optional<QString> &playlistID);
 
-    const std::optional<QString> &videoID() const { return m_videoID; }
-    const std::optional<QString> &playlistID() const { return m_playlistID; }
+    std::optional<QString> videoID() const;
+    std::optional<QString> playlistID() const;
 
     // Identity for lists: "<videoID>|<playlistID>", an absent identifier written as empty text.
     QString id() const;
@@ -34,8 +34,8 @@ public:
     friend size_t qHash(const YouTubeContent &content, size_t seed) noexcept;
 
 private:
-    YouTubeContent(std::optional<QString> videoID, std::optional<QString> playlistID);
+    YouTubeContent(QString videoID, QString playlistID);
 
-    std::optional<QString> m_videoID;
-    std::optional<QString> m_playlistID;
+    QString m_videoID; // empty when there is none
+    QString m_playlistID; // empty when there is none
 };

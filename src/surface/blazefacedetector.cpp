@@ -25,6 +25,25 @@ int BlazeFaceDetector::inputSize(Model model)
     return model == Model::front ? 128 : 256;
 }
 
+namespace {
+
+// Runs the network once on a blank picture; false when OpenCV cannot run it.
+bool runsOnBlank(cv::dnn::Net &net, const std::vector<cv::String> &outputs, int size)
+{
+    const int shape[] {1, size, size, 3};
+    cv::Mat blank(4, shape, CV_32F, cv::Scalar::all(-1));
+    std::vector<cv::Mat> results;
+    try {
+        net.setInput(blank);
+        net.forward(results, outputs);
+    } catch (const cv::Exception &) {
+        return false;
+    }
+    return results.size() == outputs.size();
+}
+
+} // namespace
+
 BlazeFaceDetector::BlazeFaceDetector(const QString &modelDirectory, Model model, Tiling tiling)
     : m_model(model)
     , m_tiling(tiling)
@@ -43,6 +62,16 @@ BlazeFaceDetector::BlazeFaceDetector(const QString &modelDirectory, Model model,
         std::sort(network->outputs.begin(), network->outputs.end());
         if (network->outputs.size() != 4)
             return;
+        // OpenCV 4.10 fuses the networks' channel padding into the pooling beside it and then
+        // refuses its own result in forward(); unfused, both networks run as on OpenCV 4.6.
+        if (!runsOnBlank(network->net, network->outputs, inputSize(model))) {
+            network->net.enableFusion(false);
+            if (!runsOnBlank(network->net, network->outputs, inputSize(model))) {
+                qWarning("face detection: OpenCV %s cannot run %s; using another detector",
+                         CV_VERSION, qPrintable(fileName(model)));
+                return;
+            }
+        }
         m_network = std::move(network);
     } catch (const cv::Exception &) {
         // A damaged file: the caller falls back to another detector.

@@ -1,5 +1,7 @@
 #include "mpvrendercontext.h"
 
+#include "mpvframetime.h"
+
 #include <QOpenGLContext>
 #include <mpv/render_gl.h>
 
@@ -11,6 +13,7 @@ void MpvRenderContext::Deleter::operator()(mpv_render_context *context) const
 MpvRenderContext::MpvRenderContext(mpv_handle *handle, std::function<void()> onUpdate)
     : m_onUpdate(std::move(onUpdate))
     , m_handle(handle)
+    , m_clientApiVersion(mpv_client_api_version())
 {
     mpv_opengl_init_params glInit {};
     glInit.get_proc_address = [](void *, const char *name) -> void * {
@@ -69,9 +72,12 @@ std::optional<std::chrono::steady_clock::time_point> MpvRenderContext::nextFrame
         || !(info.flags & MPV_RENDER_FRAME_INFO_PRESENT) || info.target_time <= 0)
         return std::nullopt;
     // mpv's clock is the monotonic clock with its own zero: carried over through now.
+    // mpv_get_time_us exists in every version; the target's unit depends on the version.
     const auto now = std::chrono::steady_clock::now();
-    const int64_t mpvNow = mpv_get_time_us(m_handle);
-    return now + std::chrono::microseconds(info.target_time - mpvNow);
+    const std::chrono::nanoseconds mpvNow = std::chrono::microseconds(mpv_get_time_us(m_handle));
+    const std::chrono::nanoseconds target
+        = MpvFrameTime::toDuration(info.target_time, m_clientApiVersion);
+    return now + std::chrono::duration_cast<std::chrono::steady_clock::duration>(target - mpvNow);
 }
 
 void MpvRenderContext::reportSwap()

@@ -39,4 +39,5 @@ private:
     std::unique_ptr<mpv_render_context, Deleter> m_context;
     std::function<void()> m_onUpdate;
     mpv_handle *m_handle = nullptr;
+    unsigned long m_clientApiVersion = 0; // of the libmpv in use, which sets the time unit
 };

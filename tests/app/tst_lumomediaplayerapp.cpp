@@ -19,6 +19,7 @@
 #include "ui/toastoverlay.h"
 #include "webplayer/youtubehostingview.h"
 #include "webplayer/youtubeplayerregistry.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QDir>
@@ -242,7 +243,7 @@ private Q_SLOTS:
         QSignalSpy frames(app.window().hostingView(), &PlayerHostingView::frameDrawn);
         app.start({m_media.filePath(QStringLiteral("clip.mp4"))});
         QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
-        QApplication::setActiveWindow(&app.window());
+        QVERIFY(WindowActivation::activate(&app.window()));
         QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 3, 15000);
         ContentView *content = app.window().contentView();
         PlayerRecordingController *recorder = content->recordingController();

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -24,6 +25,30 @@ QString run(const QString &program, const QStringList &arguments, int timeoutMs 
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
         return program + " failed: " + output.right(2000);
     return {};
+}
+
+// What appstreamcli validate said about a file, one "LEVEL tag" per issue ("W
+// url-homepage-missing").
+QStringList appstreamIssues(const QString &metainfo)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start("appstreamcli", {"validate", "--no-net", metainfo});
+    if (!process.waitForFinished(60'000))
+        return {"appstreamcli did not finish"};
+    const QString output = QString::fromUtf8(process.readAll());
+    // "W: org.example.App:12: tag-name" (the position may be "~")
+    static const QRegularExpression issue(QStringLiteral("^([EW]): [^:]+:[^:]*: (\\S+)"),
+                                          QRegularExpression::MultilineOption);
+    QStringList issues;
+    for (auto it = issue.globalMatch(output); it.hasNext();) {
+        const QRegularExpressionMatch match = it.next();
+        issues.append(match.captured(1) + u' ' + match.captured(2));
+    }
+    if (issues.isEmpty()
+        && (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0))
+        issues.append("appstreamcli failed: " + output.right(2000));
+    return issues;
 }
 
 } // namespace
@@ -81,11 +106,12 @@ private Q_SLOTS:
         const QString entry = run("desktop-file-validate",
                                   {m_root + "/usr/share/applications/LumoMediaPlayer.desktop"});
         QVERIFY2(entry.isEmpty(), qPrintable(entry));
-        const QString metainfo = run(
-            "appstreamcli",
-            {"validate", "--no-net",
-             m_root + "/usr/share/metainfo/org.lumomediaplayer.LumoMediaPlayer.metainfo.xml"});
-        QVERIFY2(metainfo.isEmpty(), qPrintable(metainfo));
+        QStringList issues = appstreamIssues(
+            m_root + "/usr/share/metainfo/org.lumomediaplayer.LumoMediaPlayer.metainfo.xml");
+        // The player has no web site to name; appstream 1.0 warns about that, and about nothing
+        // else.
+        issues.removeOne(QStringLiteral("W url-homepage-missing"));
+        QVERIFY2(issues.isEmpty(), qPrintable(issues.join(u'\n')));
     }
 
     void theInstalledProgramPlaysAFile()

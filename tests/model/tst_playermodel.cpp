@@ -416,6 +416,18 @@ private Q_SLOTS:
         QCOMPARE(ahead, qint64(150) * 1024 * 1024);
     }
 
+    void scalersDrawOnSoftwareOpenGL()
+    {
+        // mpv 0.36 and later default to scalers that draw black or striped pictures on
+        // software OpenGL (llvmpipe: virtual machines, Xvfb); bilinear draws on every OpenGL.
+        for (const char *name : {"scale", "dscale"}) {
+            char *value = mpv_get_property_string(mpv().handle(), name);
+            const QByteArray scaler(value);
+            mpv_free(value);
+            QCOMPARE(scaler, QByteArrayLiteral("bilinear"));
+        }
+    }
+
     void playlistFailures_data()
     {
         QTest::addColumn<QString>("address");

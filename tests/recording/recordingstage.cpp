@@ -1,6 +1,7 @@
 #include "recordingstage.h"
 
 #include "surface/playersurfaceregistry.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -37,7 +38,8 @@ bool RecordingStage::play(const QString &file)
     m_window->show();
     if (!QTest::qWaitForWindowExposed(m_window.get()))
         return false;
-    QApplication::setActiveWindow(m_window.get());
+    if (!WindowActivation::activate(m_window.get()))
+        return false;
     QSignalSpy frames(m_view, &PlayerHostingView::frameDrawn);
     m_player->replaceCurrentItem(QUrl::fromLocalFile(file));
     m_player->play();

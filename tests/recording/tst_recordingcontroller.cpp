@@ -6,6 +6,7 @@
 #include "recordingstage.h"
 #include "surface/playersurfaceregistry.h"
 #include "testmedia.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QFile>
@@ -378,7 +379,7 @@ private Q_SLOTS:
         QVERIFY(m_requests.isEmpty());
         PlayerSurfaceRegistry::shared().setSurface(m_stage->view());
         m_recorder->setErrorMessage(std::nullopt);
-        QApplication::setActiveWindow(nullptr);
+        QVERIFY(WindowActivation::deactivateAll());
         m_recorder->startRecording(PlayerRecordingQuality::normal);
         QCOMPARE(m_recorder->errorMessage(), "The player surface is not available.");
     }

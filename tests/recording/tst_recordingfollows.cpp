@@ -7,6 +7,7 @@
 #include "recordingstage.h"
 #include "surface/playersurfaceregistry.h"
 #include "testmedia.h"
+#include "windowactivation.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -117,7 +118,7 @@ private Q_SLOTS:
         QVERIFY(second->play(m_yellow));
         // The first view is the player's when the recording starts.
         PlayerSurfaceRegistry::shared().setSurface(first.view());
-        QApplication::setActiveWindow(first.window());
+        QVERIFY(WindowActivation::activate(first.window()));
         const QString path = m_dir.filePath("follows.mp4");
         const QString failure
             = record(path,

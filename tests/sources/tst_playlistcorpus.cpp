@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString corpusPath(const QString &name)
@@ -90,23 +92,23 @@ void TestPlaylistCorpus::everyFileParses()
 
 void TestPlaylistCorpus::crlfFile()
 {
-    const QList<PlaylistEntry> entries = parseCorpusFile(u"iptv-org_iptv__streams_us.m3u"_qs);
-    QCOMPARE(entries.first().name(), u"6 Wise Tv (720p)"_qs);
-    QCOMPARE(entries.first().url(), QUrl(u"https://live.enhdtv.com:8081/8150/index.m3u8"_qs));
-    QCOMPARE(entries.first().countryCode(), u"US"_qs);
+    const QList<PlaylistEntry> entries = parseCorpusFile(u"iptv-org_iptv__streams_us.m3u"_s);
+    QCOMPARE(entries.first().name(), u"6 Wise Tv (720p)"_s);
+    QCOMPARE(entries.first().url(), QUrl(u"https://live.enhdtv.com:8081/8150/index.m3u8"_s));
+    QCOMPARE(entries.first().countryCode(), u"US"_s);
 }
 
 void TestPlaylistCorpus::byteOrderMarkFile()
 {
-    const QList<PlaylistEntry> entries = parseCorpusFile(u"Dimonovich_TV__RADIO.m3u"_qs);
+    const QList<PlaylistEntry> entries = parseCorpusFile(u"Dimonovich_TV__RADIO.m3u"_s);
     for (const PlaylistEntry &entry : entries)
         QVERIFY(!entry.name().contains(u"EXTM3U"));
 }
 
 void TestPlaylistCorpus::relativeIndexResolvesAgainstItsAddress()
 {
-    const QUrl base(u"https://iptv-org.github.io/iptv/index.m3u"_qs);
-    const QList<PlaylistEntry> entries = parseCorpusFile(u"iptv-org_iptv__index.m3u"_qs, base);
+    const QUrl base(u"https://iptv-org.github.io/iptv/index.m3u"_s);
+    const QList<PlaylistEntry> entries = parseCorpusFile(u"iptv-org_iptv__index.m3u"_s, base);
     QCOMPARE(entries.size(), 161);
     for (const PlaylistEntry &entry : entries) {
         QVERIFY(entry.url().toString().startsWith(u"https://iptv-org.github.io/iptv/channels/"));
@@ -116,12 +118,12 @@ void TestPlaylistCorpus::relativeIndexResolvesAgainstItsAddress()
 
 void TestPlaylistCorpus::ipv6Addresses()
 {
-    const QList<PlaylistEntry> entries = parseCorpusFile(u"fanmingming_live__tv_m3u_ipv6.m3u"_qs);
+    const QList<PlaylistEntry> entries = parseCorpusFile(u"fanmingming_live__tv_m3u_ipv6.m3u"_s);
     QCOMPARE(entries.size(), 411);
-    QCOMPARE(entries.first().name(), u"CCTV-1"_qs);
-    QCOMPARE(entries.first().url().host(), u"2409:8087:3869:8021:1001::e5"_qs);
+    QCOMPARE(entries.first().name(), u"CCTV-1"_s);
+    QCOMPARE(entries.first().url().host(), u"2409:8087:3869:8021:1001::e5"_s);
     QCOMPARE(entries.first().url().port(), 6610);
-    QCOMPARE(entries.first().groupTitle(), u"央视"_qs);
+    QCOMPARE(entries.first().groupTitle(), u"央视"_s);
 }
 
 void TestPlaylistCorpus::strayQuoteLineIsSkipped()
@@ -129,7 +131,7 @@ void TestPlaylistCorpus::strayQuoteLineIsSkipped()
     // "\"http://..." cannot be an address (a relative path's first segment may not hold ":"),
     // so its channel's details go to the next address line instead of being lost.
     const QList<PlaylistEntry> entries
-        = parseCorpusFile(u"fanmingming_live__radio_m3u_index.m3u"_qs);
+        = parseCorpusFile(u"fanmingming_live__radio_m3u_index.m3u"_s);
     for (const PlaylistEntry &entry : entries)
         QVERIFY(!entry.encodedUrl().contains("%22http"));
 }
@@ -140,7 +142,7 @@ void TestPlaylistCorpus::placeholderLinesAreRelativeAddresses()
     // a placeholder such as "[NO PUBLIC STREAM]" is a relative address like any other: the
     // channel stays listed and reports its failure when played.
     const QList<PlaylistEntry> entries
-        = parseCorpusFile(u"Free-TV_IPTV__playlist.m3u8"_qs, QUrl(u"http://h/playlist.m3u8"_qs));
+        = parseCorpusFile(u"Free-TV_IPTV__playlist.m3u8"_s, QUrl(u"http://h/playlist.m3u8"_s));
     const auto placeholders = std::count_if(entries.cbegin(), entries.cend(), [](const auto &e) {
         return e.encodedUrl() == "http://h/[NO%20PUBLIC%20STREAM]";
     });
@@ -149,7 +151,7 @@ void TestPlaylistCorpus::placeholderLinesAreRelativeAddresses()
 
 void TestPlaylistCorpus::plainListWithoutDirectives()
 {
-    const QList<PlaylistEntry> entries = parseCorpusFile(u"mirgags_piPlayer__playlist.m3u"_qs);
+    const QList<PlaylistEntry> entries = parseCorpusFile(u"mirgags_piPlayer__playlist.m3u"_s);
     QCOMPARE(entries.size(), 3);
     QVERIFY(entries[0].url().isLocalFile());
     QVERIFY(entries[0].url().toLocalFile().startsWith(u"/mnt/external/"));
@@ -158,7 +160,7 @@ void TestPlaylistCorpus::plainListWithoutDirectives()
 
 void TestPlaylistCorpus::spaceBeforeCommaAndNoAttributes()
 {
-    const QList<PlaylistEntry> entries = parseCorpusFile(u"Dimonovich_TV__.m3u"_qs);
+    const QList<PlaylistEntry> entries = parseCorpusFile(u"Dimonovich_TV__.m3u"_s);
     QCOMPARE(entries.size(), 180);
     for (const PlaylistEntry &entry : entries)
         QVERIFY(!entry.name().startsWith(u"#EXTINF"));

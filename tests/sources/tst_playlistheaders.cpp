@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QUrl base(QStringLiteral("http://lists.example/tv/index.m3u"));
@@ -26,7 +28,7 @@ private Q_SLOTS:
         const QList<PlaylistEntry> entries
             = parse(u"#EXTM3U\r\n#EXTINF:-1,One\r\n#EXTVLCOPT:http-user-agent=ExoPlayer2/2.37\r\n"
                     "#EXTVLCOPT:http-referrer=https://site.example/page\r\n"
-                    "http://h/one.m3u8\r\n#EXTINF:-1,Two\r\nhttp://h/two.m3u8\r\n"_qs);
+                    "http://h/one.m3u8\r\n#EXTINF:-1,Two\r\nhttp://h/two.m3u8\r\n"_s);
         QCOMPARE(entries.size(), 2);
         QCOMPARE(entries[0].headers().userAgent, "ExoPlayer2/2.37");
         QCOMPARE(entries[0].headers().referrer, "https://site.example/page");
@@ -38,7 +40,7 @@ private Q_SLOTS:
     void optionsBeforeTheExtinfLineCount()
     {
         const QList<PlaylistEntry> entries
-            = parse(u"#EXTVLCOPT:http-user-agent=Agent 1.0\n#EXTINF:-1,One\nhttp://h/one.ts\n"_qs);
+            = parse(u"#EXTVLCOPT:http-user-agent=Agent 1.0\n#EXTINF:-1,One\nhttp://h/one.ts\n"_s);
         QCOMPARE(entries.size(), 1);
         QCOMPARE(entries[0].name(), "One");
         QCOMPARE(entries[0].headers().userAgent, "Agent 1.0");
@@ -50,7 +52,7 @@ private Q_SLOTS:
             = parse(u"#EXTINF:-1 http-user-agent=\"Mozilla/5.0 (X11)\" "
                     "http-referrer=\"http://r.example/\" group-title=\"News\",One\nhttp://h/1.ts\n"
                     "#EXTINF:-1 http-user-agent=\"Quoted\",Two\n"
-                    "#EXTVLCOPT:http-user-agent=Line wins\nhttp://h/2.ts\n"_qs);
+                    "#EXTVLCOPT:http-user-agent=Line wins\nhttp://h/2.ts\n"_s);
         QCOMPARE(entries.size(), 2);
         QCOMPARE(entries[0].headers().userAgent, "Mozilla/5.0 (X11)");
         QCOMPARE(entries[0].headers().referrer, "http://r.example/");
@@ -63,7 +65,7 @@ private Q_SLOTS:
         const QList<PlaylistEntry> entries
             = parse(u"#EXTINF:-1,One\n#EXTVLCOPT:network-caching=1000\n"
                     "#EXTVLCOPT:http-user-agent=\n#EXTVLCOPT:HTTP-REFERRER=http://r/\n"
-                    "http://h/1.ts\n"_qs);
+                    "http://h/1.ts\n"_s);
         QCOMPARE(entries.size(), 1);
         QVERIFY(entries[0].headers().userAgent.isNull());
         QCOMPARE(entries[0].headers().referrer, "http://r/");
@@ -73,7 +75,7 @@ private Q_SLOTS:
     {
         // Over a million characters: read in two parts at once, which must not separate
         // headers from the address they precede.
-        QString text = u"#EXTM3U\n"_qs;
+        QString text = u"#EXTM3U\n"_s;
         constexpr int count = 30'000;
         for (int i = 0; i < count; ++i)
             text += QStringLiteral("#EXTVLCOPT:http-user-agent=Agent %1\n#EXTINF:-1,Name %1\n"
@@ -89,7 +91,7 @@ private Q_SLOTS:
     void headersLeaveEqualityAlone()
     {
         const QList<PlaylistEntry> entries
-            = parse(u"#EXTINF:-1,One\n#EXTVLCOPT:http-user-agent=A\nhttp://h/1.ts\n"_qs);
+            = parse(u"#EXTINF:-1,One\n#EXTVLCOPT:http-user-agent=A\nhttp://h/1.ts\n"_s);
         const PlaylistEntry &entry = entries[0];
         const PlaylistEntry plain(entry.id(), entry.name(), entry.url(), entry.logoURL(),
                                   entry.groupTitle(), entry.countryCode());

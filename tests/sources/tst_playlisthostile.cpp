@@ -9,6 +9,8 @@
 
 #include <malloc.h>
 
+using namespace Qt::StringLiterals;
+
 #if defined(__SANITIZE_ADDRESS__)
 #define LUMO_ASAN 1
 #elif defined(__has_feature)
@@ -100,7 +102,7 @@ void TestPlaylistHostile::fiftyMegabyteAddressLine()
     line += QString(length, u'a');
     const QList<PlaylistEntry> entries = PlaylistParser::parse(line, base);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Big"_qs);
+    QCOMPARE(entries[0].name(), u"Big"_s);
     QCOMPARE(entries[0].encodedUrl().size(), length + 17);
 }
 
@@ -121,7 +123,7 @@ void TestPlaylistHostile::nulBytes()
     const QList<PlaylistEntry> entries = PlaylistParser::parse(decodePlaylistText(bytes), base);
     // Each run of NULs is a line that is not a directive, so it is a (relative) address.
     QCOMPARE(entries.size(), 3);
-    QCOMPARE(entries[1].name(), u"A"_qs);
+    QCOMPARE(entries[1].name(), u"A"_s);
 }
 
 void TestPlaylistHostile::invalidUtf8Bytes()
@@ -141,8 +143,8 @@ void TestPlaylistHostile::hundredThousandCharacterExtinf()
     line += QStringLiteral("\" group-title=\"G\",Long\nhttp://h/a.ts");
     const QList<PlaylistEntry> entries = PlaylistParser::parse(line, base);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Long"_qs);
-    QCOMPARE(entries[0].groupTitle(), u"G"_qs);
+    QCOMPARE(entries[0].name(), u"Long"_s);
+    QCOMPARE(entries[0].groupTitle(), u"G"_s);
     QCOMPARE(entries[0].encodedLogoURL().size(), 100009);
 }
 
@@ -150,16 +152,16 @@ void TestPlaylistHostile::unterminatedQuotes()
 {
     const QList<PlaylistEntry> entries = PlaylistParser::parse(
         u"#EXTINF:-1 tvg-logo=\"http://h/l.png group-title=\"G,Name\nhttp://h/a.ts\n"
-        "#EXTINF:-1 tvg-name=\"unclosed\nhttp://h/b.ts"_qs,
+        "#EXTINF:-1 tvg-name=\"unclosed\nhttp://h/b.ts"_s,
         base);
     QCOMPARE(entries.size(), 2);
     // The logo value runs to the next quote (its space is percent-encoded); the group search
     // finds the text inside the logo value, whose quote is never closed, so there is no group;
     // the name is what follows the first comma.
-    QCOMPARE(entries[0].logoURL(), QUrl(u"http://h/l.png%20group-title="_qs));
+    QCOMPARE(entries[0].logoURL(), QUrl(u"http://h/l.png%20group-title="_s));
     QCOMPARE(entries[0].groupTitle(), std::nullopt);
-    QCOMPARE(entries[0].name(), u"Name"_qs);
-    QCOMPARE(entries[1].name(), u"#EXTINF:-1 tvg-name=\"unclosed"_qs);
+    QCOMPARE(entries[0].name(), u"Name"_s);
+    QCOMPARE(entries[1].name(), u"#EXTINF:-1 tvg-name=\"unclosed"_s);
 }
 
 void TestPlaylistHostile::tenThousandCommas()

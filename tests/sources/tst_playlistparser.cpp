@@ -4,6 +4,8 @@
 #include <QSet>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QUrl base(QStringLiteral("http://lists.example/tv/index.m3u"));
@@ -59,17 +61,17 @@ private Q_SLOTS:
 
 void TestPlaylistParser::headerOnlyGivesNoEntry()
 {
-    QVERIFY(parse(u"#EXTM3U"_qs).isEmpty());
-    QVERIFY(parse(u"#EXTM3U\n"_qs).isEmpty());
+    QVERIFY(parse(u"#EXTM3U"_s).isEmpty());
+    QVERIFY(parse(u"#EXTM3U\n"_s).isEmpty());
     QVERIFY(parse(QString()).isEmpty());
 }
 
 void TestPlaylistParser::addressWithoutExtinfIsNamedByItsLastPathComponent()
 {
-    const QList<PlaylistEntry> entries = parse(u"http://h/live/news%20one.ts"_qs);
+    const QList<PlaylistEntry> entries = parse(u"http://h/live/news%20one.ts"_s);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"news one"_qs);
-    QCOMPARE(entries[0].url(), QUrl(u"http://h/live/news%20one.ts"_qs));
+    QCOMPARE(entries[0].name(), u"news one"_s);
+    QCOMPARE(entries[0].url(), QUrl(u"http://h/live/news%20one.ts"_s));
     QCOMPARE(entries[0].logoURL(), std::nullopt);
     QCOMPARE(entries[0].groupTitle(), std::nullopt);
     QCOMPARE(entries[0].countryCode(), std::nullopt);
@@ -77,80 +79,80 @@ void TestPlaylistParser::addressWithoutExtinfIsNamedByItsLastPathComponent()
 
 void TestPlaylistParser::addressWithoutPathIsNamedByItsHost()
 {
-    QCOMPARE(parse(u"http://h/"_qs).value(0).name(), u"h"_qs);
-    QCOMPARE(parse(u"http://h"_qs).value(0).name(), u"h"_qs);
-    QCOMPARE(parse(u"http://[::1]:8080/"_qs).value(0).name(), u"::1"_qs);
+    QCOMPARE(parse(u"http://h/"_s).value(0).name(), u"h"_s);
+    QCOMPARE(parse(u"http://h"_s).value(0).name(), u"h"_s);
+    QCOMPARE(parse(u"http://[::1]:8080/"_s).value(0).name(), u"::1"_s);
 }
 
 void TestPlaylistParser::addressWithUndecodableComponentIsNamedByItsHost()
 {
     // %FF is not UTF-8, so the component cannot be decoded.
-    QCOMPARE(parse(u"http://h/a%FF.ts"_qs).value(0).name(), u"h"_qs);
+    QCOMPARE(parse(u"http://h/a%FF.ts"_s).value(0).name(), u"h"_s);
 }
 
 void TestPlaylistParser::addressWithoutComponentOrHostIsNamedStream()
 {
     const QList<PlaylistEntry> entries
-        = PlaylistParser::parse(u"mailto:"_qs, QUrl(u"http://h/x.m3u"_qs));
+        = PlaylistParser::parse(u"mailto:"_s, QUrl(u"http://h/x.m3u"_s));
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Stream"_qs);
+    QCOMPARE(entries[0].name(), u"Stream"_s);
 }
 
 void TestPlaylistParser::emptyTitleFallsBackToTvgName()
 {
-    const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\",\nhttp://h/x.ts"_qs);
+    const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\",\nhttp://h/x.ts"_s);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"A"_qs);
+    QCOMPARE(entries[0].name(), u"A"_s);
     const QList<PlaylistEntry> blankTitle
-        = parse(u"#EXTINF:-1 tvg-name=\"A\",   \nhttp://h/x.ts"_qs);
-    QCOMPARE(blankTitle.value(0).name(), u"A"_qs);
+        = parse(u"#EXTINF:-1 tvg-name=\"A\",   \nhttp://h/x.ts"_s);
+    QCOMPARE(blankTitle.value(0).name(), u"A"_s);
 }
 
 void TestPlaylistParser::titleKeepsFurtherCommas()
 {
-    const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\",B, C\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).name(), u"B, C"_qs);
+    const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\",B, C\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).name(), u"B, C"_s);
 }
 
 void TestPlaylistParser::titleWithoutCommaIsTheWholeLine()
 {
-    const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\"\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).name(), u"#EXTINF:-1 tvg-name=\"A\""_qs);
+    const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\"\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).name(), u"#EXTINF:-1 tvg-name=\"A\""_s);
 }
 
 void TestPlaylistParser::titleIsTrimmed()
 {
-    QCOMPARE(parse(u"#EXTINF:-1,\t News \t\nhttp://h/x.ts"_qs).value(0).name(), u"News"_qs);
+    QCOMPARE(parse(u"#EXTINF:-1,\t News \t\nhttp://h/x.ts"_s).value(0).name(), u"News"_s);
 }
 
 void TestPlaylistParser::emptyTvgCountryFallsBackToTvgID()
 {
     const QList<PlaylistEntry> entries
-        = parse(u"#EXTINF:-1 tvg-id=\"x.de\" tvg-country=\"\",X\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).countryCode(), u"DE"_qs);
+        = parse(u"#EXTINF:-1 tvg-id=\"x.de\" tvg-country=\"\",X\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).countryCode(), u"DE"_s);
 }
 
 void TestPlaylistParser::tvgCountryBeatsCountry()
 {
     const QList<PlaylistEntry> entries = parse(
-        u"#EXTINF:-1 country=\"fr\" tvg-country=\"us;ca\" tvg-id=\"a.de\",X\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).countryCode(), u"US"_qs);
+        u"#EXTINF:-1 country=\"fr\" tvg-country=\"us;ca\" tvg-id=\"a.de\",X\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).countryCode(), u"US"_s);
 }
 
 void TestPlaylistParser::countryAttributeIsUsedWhenTvgCountryIsMissing()
 {
     const QList<PlaylistEntry> entries
-        = parse(u"#EXTINF:-1 country=\" fr\" tvg-id=\"a.de\",X\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).countryCode(), u"FR"_qs);
+        = parse(u"#EXTINF:-1 country=\" fr\" tvg-id=\"a.de\",X\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).countryCode(), u"FR"_s);
 }
 
 void TestPlaylistParser::unusableCountryFallsBackToTvgID()
 {
     const QList<PlaylistEntry> entries
-        = parse(u"#EXTINF:-1 tvg-country=\"USA\" tvg-id=\"cnn.us\",X\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).countryCode(), u"US"_qs);
+        = parse(u"#EXTINF:-1 tvg-country=\"USA\" tvg-id=\"cnn.us\",X\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).countryCode(), u"US"_s);
     const QList<PlaylistEntry> none
-        = parse(u"#EXTINF:-1 tvg-country=\"USA\" tvg-id=\"news.abc\",X\nhttp://h/x.ts"_qs);
+        = parse(u"#EXTINF:-1 tvg-country=\"USA\" tvg-id=\"news.abc\",X\nhttp://h/x.ts"_s);
     QCOMPARE(none.value(0).countryCode(), std::nullopt);
 }
 
@@ -158,38 +160,37 @@ void TestPlaylistParser::attributesInCapitalsAreFound()
 {
     const QList<PlaylistEntry> entries = parse(
         u"#EXTINF:-1 TVG-LOGO=\"http://h/logo.png\" GROUP-TITLE=\"News\" TVG-COUNTRY=\"gb\",X\n"
-        "http://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).logoURL(), QUrl(u"http://h/logo.png"_qs));
-    QCOMPARE(entries.value(0).groupTitle(), u"News"_qs);
-    QCOMPARE(entries.value(0).countryCode(), u"GB"_qs);
+        "http://h/x.ts"_s);
+    QCOMPARE(entries.value(0).logoURL(), QUrl(u"http://h/logo.png"_s));
+    QCOMPARE(entries.value(0).groupTitle(), u"News"_s);
+    QCOMPARE(entries.value(0).countryCode(), u"GB"_s);
 }
 
 void TestPlaylistParser::logoMustBeAbsolute()
 {
-    QCOMPARE(parse(u"#EXTINF:-1 tvg-logo=\"logo.png\",X\nhttp://h/x.ts"_qs).value(0).logoURL(),
+    QCOMPARE(parse(u"#EXTINF:-1 tvg-logo=\"logo.png\",X\nhttp://h/x.ts"_s).value(0).logoURL(),
              std::nullopt);
-    QCOMPARE(parse(u"#EXTINF:-1 tvg-logo=\"http://bad host/l.png\",X\nhttp://h/x.ts"_qs)
+    QCOMPARE(parse(u"#EXTINF:-1 tvg-logo=\"http://bad host/l.png\",X\nhttp://h/x.ts"_s)
                  .value(0)
                  .logoURL(),
              std::nullopt);
     QCOMPARE(
-        parse(u"#EXTINF:-1 tvg-logo=\"https://h/a b.png\",X\nhttp://h/x.ts"_qs).value(0).logoURL(),
-        QUrl(u"https://h/a%20b.png"_qs));
+        parse(u"#EXTINF:-1 tvg-logo=\"https://h/a b.png\",X\nhttp://h/x.ts"_s).value(0).logoURL(),
+        QUrl(u"https://h/a%20b.png"_s));
 }
 
 void TestPlaylistParser::groupTitle()
 {
-    QCOMPARE(
-        parse(u"#EXTINF:-1 group-title=\" Sports \",X\nhttp://h/x.ts"_qs).value(0).groupTitle(),
-        u"Sports"_qs);
-    QCOMPARE(parse(u"#EXTINF:-1 group-title=\"\",X\nhttp://h/x.ts"_qs).value(0).groupTitle(),
+    QCOMPARE(parse(u"#EXTINF:-1 group-title=\" Sports \",X\nhttp://h/x.ts"_s).value(0).groupTitle(),
+             u"Sports"_s);
+    QCOMPARE(parse(u"#EXTINF:-1 group-title=\"\",X\nhttp://h/x.ts"_s).value(0).groupTitle(),
              std::nullopt);
 }
 
 void TestPlaylistParser::sameAddressTwiceGivesTwoEntries()
 {
     const QList<PlaylistEntry> entries
-        = parse(u"#EXTINF:-1,A\nhttp://h/x.ts\n#EXTINF:-1,A\nhttp://h/x.ts\n"_qs);
+        = parse(u"#EXTINF:-1,A\nhttp://h/x.ts\n#EXTINF:-1,A\nhttp://h/x.ts\n"_s);
     QCOMPARE(entries.size(), 2);
     QVERIFY(entries[0].id() != entries[1].id());
     QVERIFY(entries[0] != entries[1]);
@@ -199,42 +200,42 @@ void TestPlaylistParser::sameAddressTwiceGivesTwoEntries()
 
 void TestPlaylistParser::extinfWithoutColonIsIgnored()
 {
-    const QList<PlaylistEntry> entries = parse(u"#EXTINF -1,Named\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).name(), u"x"_qs);
+    const QList<PlaylistEntry> entries = parse(u"#EXTINF -1,Named\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).name(), u"x"_s);
 }
 
 void TestPlaylistParser::lowerCaseExtinfIsIgnored()
 {
-    const QList<PlaylistEntry> entries = parse(u"#extinf:-1,Named\nhttp://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).name(), u"x"_qs);
+    const QList<PlaylistEntry> entries = parse(u"#extinf:-1,Named\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.value(0).name(), u"x"_s);
 }
 
 void TestPlaylistParser::otherDirectivesKeepThePendingRecord()
 {
     const QList<PlaylistEntry> entries
         = parse(u"#EXTINF:-1 group-title=\"G\",Named\n#EXTVLCOPT:http-user-agent=x\n#EXTGRP:Other\n"
-                "http://h/x.ts"_qs);
-    QCOMPARE(entries.value(0).name(), u"Named"_qs);
-    QCOMPARE(entries.value(0).groupTitle(), u"G"_qs);
+                "http://h/x.ts"_s);
+    QCOMPARE(entries.value(0).name(), u"Named"_s);
+    QCOMPARE(entries.value(0).groupTitle(), u"G"_s);
 }
 
 void TestPlaylistParser::invalidAddressKeepsThePendingRecord()
 {
     const QList<PlaylistEntry> entries
         = parse(u"#EXTINF:-1 group-title=\"G\",Named\nhttp://bad host/x\nhttp://h:99999/\n"
-                "http://h/x.ts\n"_qs);
+                "http://h/x.ts\n"_s);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Named"_qs);
-    QCOMPARE(entries[0].groupTitle(), u"G"_qs);
+    QCOMPARE(entries[0].name(), u"Named"_s);
+    QCOMPARE(entries[0].groupTitle(), u"G"_s);
 }
 
 void TestPlaylistParser::laterExtinfReplacesTheWholePendingRecord()
 {
     const QList<PlaylistEntry> entries = parse(
         u"#EXTINF:-1 group-title=\"G\" tvg-logo=\"http://h/l.png\" tvg-country=\"US\",First\n"
-        "#EXTINF:-1,Second\nhttp://h/x.ts"_qs);
+        "#EXTINF:-1,Second\nhttp://h/x.ts"_s);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Second"_qs);
+    QCOMPARE(entries[0].name(), u"Second"_s);
     QCOMPARE(entries[0].groupTitle(), std::nullopt);
     QCOMPARE(entries[0].logoURL(), std::nullopt);
     QCOMPARE(entries[0].countryCode(), std::nullopt);
@@ -243,38 +244,38 @@ void TestPlaylistParser::laterExtinfReplacesTheWholePendingRecord()
 void TestPlaylistParser::pendingRecordIsClearedAfterAnAddress()
 {
     const QList<PlaylistEntry> entries
-        = parse(u"#EXTINF:-1 group-title=\"G\",Named\nhttp://h/a.ts\nhttp://h/b.ts"_qs);
+        = parse(u"#EXTINF:-1 group-title=\"G\",Named\nhttp://h/a.ts\nhttp://h/b.ts"_s);
     QCOMPARE(entries.size(), 2);
-    QCOMPARE(entries[1].name(), u"b"_qs);
+    QCOMPARE(entries[1].name(), u"b"_s);
     QCOMPARE(entries[1].groupTitle(), std::nullopt);
 }
 
 void TestPlaylistParser::relativeAddressesResolveAgainstThePlaylist()
 {
     const QList<PlaylistEntry> entries
-        = parse(u"ch1/index.m3u8\n../x.ts\n/abs.ts\n//cdn.example/y.ts\nhttps://other/z.ts"_qs);
+        = parse(u"ch1/index.m3u8\n../x.ts\n/abs.ts\n//cdn.example/y.ts\nhttps://other/z.ts"_s);
     QCOMPARE(entries.size(), 5);
-    QCOMPARE(entries[0].url(), QUrl(u"http://lists.example/tv/ch1/index.m3u8"_qs));
-    QCOMPARE(entries[0].name(), u"index"_qs);
-    QCOMPARE(entries[1].url(), QUrl(u"http://lists.example/x.ts"_qs));
-    QCOMPARE(entries[2].url(), QUrl(u"http://lists.example/abs.ts"_qs));
-    QCOMPARE(entries[3].url(), QUrl(u"http://cdn.example/y.ts"_qs));
-    QCOMPARE(entries[4].url(), QUrl(u"https://other/z.ts"_qs));
+    QCOMPARE(entries[0].url(), QUrl(u"http://lists.example/tv/ch1/index.m3u8"_s));
+    QCOMPARE(entries[0].name(), u"index"_s);
+    QCOMPARE(entries[1].url(), QUrl(u"http://lists.example/x.ts"_s));
+    QCOMPARE(entries[2].url(), QUrl(u"http://lists.example/abs.ts"_s));
+    QCOMPARE(entries[3].url(), QUrl(u"http://cdn.example/y.ts"_s));
+    QCOMPARE(entries[4].url(), QUrl(u"https://other/z.ts"_s));
 }
 
 void TestPlaylistParser::lineEndings_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::newRow("LF") << u"#EXTINF:-1,A\nhttp://h/a.ts\n#EXTINF:-1,B\nhttp://h/b.ts"_qs;
+    QTest::newRow("LF") << u"#EXTINF:-1,A\nhttp://h/a.ts\n#EXTINF:-1,B\nhttp://h/b.ts"_s;
     QTest::newRow("CRLF")
-        << u"#EXTINF:-1,A\r\nhttp://h/a.ts\r\n#EXTINF:-1,B\r\nhttp://h/b.ts\r\n"_qs;
-    QTest::newRow("CR") << u"#EXTINF:-1,A\rhttp://h/a.ts\r#EXTINF:-1,B\rhttp://h/b.ts\r"_qs;
+        << u"#EXTINF:-1,A\r\nhttp://h/a.ts\r\n#EXTINF:-1,B\r\nhttp://h/b.ts\r\n"_s;
+    QTest::newRow("CR") << u"#EXTINF:-1,A\rhttp://h/a.ts\r#EXTINF:-1,B\rhttp://h/b.ts\r"_s;
     QTest::newRow("NEL and separators")
-        << u"#EXTINF:-1,A\u0085http://h/a.ts\u2028#EXTINF:-1,B\u2029http://h/b.ts"_qs;
+        << u"#EXTINF:-1,A\u0085http://h/a.ts\u2028#EXTINF:-1,B\u2029http://h/b.ts"_s;
     QTest::newRow("vertical tab and form feed")
-        << u"#EXTINF:-1,A\vhttp://h/a.ts\f#EXTINF:-1,B\nhttp://h/b.ts"_qs;
+        << u"#EXTINF:-1,A\vhttp://h/a.ts\f#EXTINF:-1,B\nhttp://h/b.ts"_s;
     QTest::newRow("blank lines between")
-        << u"\n\n#EXTINF:-1,A\n\n\nhttp://h/a.ts\n \n#EXTINF:-1,B\nhttp://h/b.ts\n\n"_qs;
+        << u"\n\n#EXTINF:-1,A\n\n\nhttp://h/a.ts\n \n#EXTINF:-1,B\nhttp://h/b.ts\n\n"_s;
 }
 
 void TestPlaylistParser::lineEndings()
@@ -282,18 +283,18 @@ void TestPlaylistParser::lineEndings()
     QFETCH(QString, text);
     const QList<PlaylistEntry> entries = parse(text);
     QCOMPARE(entries.size(), 2);
-    QCOMPARE(entries[0].name(), u"A"_qs);
-    QCOMPARE(entries[0].url(), QUrl(u"http://h/a.ts"_qs));
-    QCOMPARE(entries[1].name(), u"B"_qs);
-    QCOMPARE(entries[1].url(), QUrl(u"http://h/b.ts"_qs));
+    QCOMPARE(entries[0].name(), u"A"_s);
+    QCOMPARE(entries[0].url(), QUrl(u"http://h/a.ts"_s));
+    QCOMPARE(entries[1].name(), u"B"_s);
+    QCOMPARE(entries[1].url(), QUrl(u"http://h/b.ts"_s));
 }
 
 void TestPlaylistParser::linesAreTrimmed()
 {
-    const QList<PlaylistEntry> entries = parse(u"  \t#EXTINF:-1,A  \n\t http://h/a.ts  "_qs);
+    const QList<PlaylistEntry> entries = parse(u"  \t#EXTINF:-1,A  \n\t http://h/a.ts  "_s);
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"A"_qs);
-    QCOMPARE(entries[0].url(), QUrl(u"http://h/a.ts"_qs));
+    QCOMPARE(entries[0].name(), u"A"_s);
+    QCOMPARE(entries[0].url(), QUrl(u"http://h/a.ts"_s));
 }
 
 void TestPlaylistParser::attribute_data()
@@ -404,21 +405,20 @@ void TestPlaylistParser::inferredCountryCode()
 void TestPlaylistParser::entryEqualityAndHashingTakeAllFields()
 {
     const QUuid id = QUuid::createUuid();
-    const QUrl url(u"http://h/x.ts"_qs);
-    const PlaylistEntry a(id, u"A"_qs, url, QUrl(u"http://h/l.png"_qs), u"G"_qs, u"US"_qs);
-    const PlaylistEntry same(id, u"A"_qs, url, QUrl(u"http://h/l.png"_qs), u"G"_qs, u"US"_qs);
+    const QUrl url(u"http://h/x.ts"_s);
+    const PlaylistEntry a(id, u"A"_s, url, QUrl(u"http://h/l.png"_s), u"G"_s, u"US"_s);
+    const PlaylistEntry same(id, u"A"_s, url, QUrl(u"http://h/l.png"_s), u"G"_s, u"US"_s);
     QCOMPARE(a, same);
     QCOMPARE(qHash(a, 0), qHash(same, 0));
 
     const QList<PlaylistEntry> different {
-        PlaylistEntry(QUuid::createUuid(), u"A"_qs, url, QUrl(u"http://h/l.png"_qs), u"G"_qs,
-                      u"US"_qs),
-        PlaylistEntry(id, u"B"_qs, url, QUrl(u"http://h/l.png"_qs), u"G"_qs, u"US"_qs),
-        PlaylistEntry(id, u"A"_qs, QUrl(u"http://h/y.ts"_qs), QUrl(u"http://h/l.png"_qs), u"G"_qs,
-                      u"US"_qs),
-        PlaylistEntry(id, u"A"_qs, url, std::nullopt, u"G"_qs, u"US"_qs),
-        PlaylistEntry(id, u"A"_qs, url, QUrl(u"http://h/l.png"_qs), std::nullopt, u"US"_qs),
-        PlaylistEntry(id, u"A"_qs, url, QUrl(u"http://h/l.png"_qs), u"G"_qs, std::nullopt),
+        PlaylistEntry(QUuid::createUuid(), u"A"_s, url, QUrl(u"http://h/l.png"_s), u"G"_s, u"US"_s),
+        PlaylistEntry(id, u"B"_s, url, QUrl(u"http://h/l.png"_s), u"G"_s, u"US"_s),
+        PlaylistEntry(id, u"A"_s, QUrl(u"http://h/y.ts"_s), QUrl(u"http://h/l.png"_s), u"G"_s,
+                      u"US"_s),
+        PlaylistEntry(id, u"A"_s, url, std::nullopt, u"G"_s, u"US"_s),
+        PlaylistEntry(id, u"A"_s, url, QUrl(u"http://h/l.png"_s), std::nullopt, u"US"_s),
+        PlaylistEntry(id, u"A"_s, url, QUrl(u"http://h/l.png"_s), u"G"_s, std::nullopt),
     };
     QSet<PlaylistEntry> set {a};
     for (const PlaylistEntry &entry : different) {
@@ -429,16 +429,16 @@ void TestPlaylistParser::entryEqualityAndHashingTakeAllFields()
 
     // Absent fields read back as absent, present ones as given.
     QCOMPARE(different[3].logoURL(), std::nullopt);
-    QCOMPARE(a.logoURL(), QUrl(u"http://h/l.png"_qs));
+    QCOMPARE(a.logoURL(), QUrl(u"http://h/l.png"_s));
     QCOMPARE(different[5].countryCode(), std::nullopt);
 }
 
 void TestPlaylistParser::errorTexts()
 {
     QCOMPARE(playlistErrorDescription(PlaylistError::invalidEncoding),
-             u"The playlist text could not be read."_qs);
+             u"The playlist text could not be read."_s);
     QCOMPARE(playlistErrorDescription(PlaylistError::empty),
-             u"No playable address was found in the playlist."_qs);
+             u"No playable address was found in the playlist."_s);
 }
 
 QTEST_GUILESS_MAIN(TestPlaylistParser)

@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class TestPlaylistText : public QObject
 {
     Q_OBJECT
@@ -19,7 +21,7 @@ private Q_SLOTS:
 void TestPlaylistText::utf8IsDecoded()
 {
     QCOMPARE(decodePlaylistText(QByteArray("#EXTINF:-1,\xD0\x9D\xD0\xA2\xD0\x92 \xE4\xB8\xAD")),
-             u"#EXTINF:-1,НТВ 中"_qs);
+             u"#EXTINF:-1,НТВ 中"_s);
 }
 
 void TestPlaylistText::byteOrderMarkIsDropped()
@@ -27,7 +29,7 @@ void TestPlaylistText::byteOrderMarkIsDropped()
     const QString text = decodePlaylistText(QByteArray("\xEF\xBB\xBF#EXTM3U\nhttp://h/a.ts\n"));
     QVERIFY(text.startsWith(u"#EXTM3U"));
     // Kept, the mark would turn the header into an address line.
-    QCOMPARE(PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_qs)).size(), 1);
+    QCOMPARE(PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_s)).size(), 1);
 }
 
 void TestPlaylistText::invalidUtf8FallsBackToLatin1WithAccentsIntact()
@@ -36,9 +38,9 @@ void TestPlaylistText::invalidUtf8FallsBackToLatin1WithAccentsIntact()
     const QByteArray latin1("#EXTINF:-1,T\xE9l\xE9 Caf\xE9\nhttp://h/a.ts\n");
     const QString text = decodePlaylistText(latin1);
     QVERIFY(text.contains(u"Télé Café"));
-    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_qs));
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_s));
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Télé Café"_qs);
+    QCOMPARE(entries[0].name(), u"Télé Café"_s);
 }
 
 void TestPlaylistText::byteOrderMarkIsDroppedBeforeTheLatin1Fallback()
@@ -47,9 +49,9 @@ void TestPlaylistText::byteOrderMarkIsDroppedBeforeTheLatin1Fallback()
     const QByteArray bytes("\xEF\xBB\xBF#EXTM3U\n#EXTINF:-1,Caf\xE9\nhttp://h/a.ts\n");
     const QString text = decodePlaylistText(bytes);
     QVERIFY(text.startsWith(u"#EXTM3U"));
-    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_qs));
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_s));
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), u"Café"_qs);
+    QCOMPARE(entries[0].name(), u"Café"_s);
 }
 
 void TestPlaylistText::nulBytesAreKept()
@@ -57,9 +59,9 @@ void TestPlaylistText::nulBytesAreKept()
     const QByteArray bytes("#EXTINF:-1,A\0B\nhttp://h/a.ts\n", 29);
     const QString text = decodePlaylistText(bytes);
     QCOMPARE(text.size(), 29);
-    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_qs));
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(text, QUrl(u"http://h/x.m3u"_s));
     QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries[0].name(), QString(u"A\0B"_qs));
+    QCOMPARE(entries[0].name(), QString(u"A\0B"_s));
 }
 
 void TestPlaylistText::emptyBytesGiveEmptyText()

@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace SourceAddress;
 
 Q_DECLARE_METATYPE(SourceAddress::SourceKind)
@@ -48,7 +50,7 @@ void TestSourceAddress::normalizedRemoteAddress_data()
     QTest::newRow("newlines and tabs") << "\n\t http://a/b \r\n"
                                        << "http://a/b";
     QTest::newRow("non-breaking and ideographic spaces")
-        << u"\u00A0http://a/b\u3000"_qs << "http://a/b";
+        << u"\u00A0http://a/b\u3000"_s << "http://a/b";
     QTest::newRow("no scheme added") << "example.com/live.m3u8"
                                      << "example.com/live.m3u8";
     QTest::newRow("markdown is case-sensitive text") << "[a] (b)"

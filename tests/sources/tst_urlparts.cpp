@@ -4,6 +4,8 @@
 #include <QRegularExpression>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace UrlParts;
 
 class TestUrlParts : public QObject
@@ -109,13 +111,13 @@ void TestUrlParts::removingPercentEncoding_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<std::optional<QString>>("decoded");
-    QTest::newRow("none") << "abc" << std::optional<QString>(u"abc"_qs);
-    QTest::newRow("space") << "news%20one" << std::optional<QString>(u"news one"_qs);
-    QTest::newRow("utf-8") << "%E4%B8%AD%E6%96%87" << std::optional<QString>(u"中文"_qs);
+    QTest::newRow("none") << "abc" << std::optional<QString>(u"abc"_s);
+    QTest::newRow("space") << "news%20one" << std::optional<QString>(u"news one"_s);
+    QTest::newRow("utf-8") << "%E4%B8%AD%E6%96%87" << std::optional<QString>(u"中文"_s);
     QTest::newRow("bad hex") << "a%ZZ" << std::optional<QString>();
     QTest::newRow("cut short") << "a%2" << std::optional<QString>();
     QTest::newRow("not utf-8") << "a%FF" << std::optional<QString>();
-    QTest::newRow("plus stays") << "a+b" << std::optional<QString>(u"a+b"_qs);
+    QTest::newRow("plus stays") << "a+b" << std::optional<QString>(u"a+b"_s);
 }
 
 void TestUrlParts::removingPercentEncoding()
@@ -129,14 +131,14 @@ void TestUrlParts::queryItemsWithoutValue()
 {
     const QList<QueryItem> items = queryItems(*parse(u"http://h/x?flag&v=&list=PL1"));
     const QList<QueryItem> expected {
-        {u"flag"_qs, std::nullopt}, {u"v"_qs, u""_qs}, {u"list"_qs, u"PL1"_qs}};
+        {u"flag"_s, std::nullopt}, {u"v"_s, u""_s}, {u"list"_s, u"PL1"_s}};
     QCOMPARE(items, expected);
 }
 
 void TestUrlParts::queryItemsDecodeButKeepPlus()
 {
     const QList<QueryItem> items = queryItems(*parse(u"http://h/x?name=a+b%20c&k%3D1=2"));
-    const QList<QueryItem> expected {{u"name"_qs, u"a+b c"_qs}, {u"k=1"_qs, u"2"_qs}};
+    const QList<QueryItem> expected {{u"name"_s, u"a+b c"_s}, {u"k=1"_s, u"2"_s}};
     QCOMPARE(items, expected);
 }
 
@@ -150,7 +152,7 @@ void TestUrlParts::resolvesRelativeAddresses_data()
 {
     QTest::addColumn<QString>("relative");
     QTest::addColumn<QString>("resolved");
-    const QString base = u"http://h.example/lists/tv/index.m3u?token=1"_qs;
+    const QString base = u"http://h.example/lists/tv/index.m3u?token=1"_s;
     QTest::newRow("sibling folder") << "ch1/index.m3u8"
                                     << "http://h.example/lists/tv/ch1/index.m3u8";
     QTest::newRow("parent") << "../x.ts"
@@ -169,7 +171,7 @@ void TestUrlParts::resolvesRelativeAddresses()
 {
     QFETCH(QString, relative);
     QFETCH(QString, resolved);
-    const QUrl base(u"http://h.example/lists/tv/index.m3u?token=1"_qs);
+    const QUrl base(u"http://h.example/lists/tv/index.m3u?token=1"_s);
     const std::optional<QUrl> url = parse(relative, base);
     QVERIFY(url);
     QCOMPARE(QString::fromLatin1(url->toEncoded()), resolved);
@@ -178,7 +180,7 @@ void TestUrlParts::resolvesRelativeAddresses()
 void TestUrlParts::absoluteAddressIsKeptAsWritten()
 {
     // Dot segments of an absolute address are not removed, as Foundation keeps them.
-    const std::optional<QUrl> url = parse(u"http://other/a/../b.ts", QUrl(u"http://h/x.m3u"_qs));
+    const std::optional<QUrl> url = parse(u"http://other/a/../b.ts", QUrl(u"http://h/x.m3u"_s));
     QVERIFY(url);
     QCOMPARE(url->toEncoded(), QByteArray("http://other/a/../b.ts"));
 }
@@ -189,16 +191,16 @@ void TestUrlParts::hostsAreLowerCased()
     // hosts compares them lower-cased, so the difference never decides anything.
     const std::optional<QUrl> url = parse(u"HTTP://WWW.Example.COM/Path/File.TS");
     QVERIFY(url);
-    QCOMPARE(url->host(), u"www.example.com"_qs);
-    QCOMPARE(url->scheme(), u"http"_qs);
-    QCOMPARE(url->path(), u"/Path/File.TS"_qs);
+    QCOMPARE(url->host(), u"www.example.com"_s);
+    QCOMPARE(url->scheme(), u"http"_s);
+    QCOMPARE(url->path(), u"/Path/File.TS"_s);
 }
 
 void TestUrlParts::ipv6HostsAndPorts()
 {
     const std::optional<QUrl> url = parse(u"http://[2409:8087:1::e5]:6610/PLTV/index.m3u8");
     QVERIFY(url);
-    QCOMPARE(url->host(), u"2409:8087:1::e5"_qs);
+    QCOMPARE(url->host(), u"2409:8087:1::e5"_s);
     QCOMPARE(url->port(), 6610);
     QCOMPARE(url->toEncoded(), QByteArray("http://[2409:8087:1::e5]:6610/PLTV/index.m3u8"));
     const std::optional<QUrl> resolved = parse(u"next.ts", *url);
@@ -241,13 +243,13 @@ void TestUrlParts::rejectsWhatCannotBeAnAddress()
 {
     QFETCH(QString, text);
     QVERIFY(!parse(text));
-    QVERIFY(!parse(text, QUrl(u"http://base/list.m3u"_qs)));
+    QVERIFY(!parse(text, QUrl(u"http://base/list.m3u"_s)));
 }
 
 void TestUrlParts::pathComponentsSkipRootAndEmptySegments()
 {
     QCOMPARE(pathComponents(*parse(u"http://h/channel//x/live/ID/")),
-             QStringList({u"channel"_qs, u"x"_qs, u"live"_qs, u"ID"_qs}));
+             QStringList({u"channel"_s, u"x"_s, u"live"_s, u"ID"_s}));
     QVERIFY(pathComponents(*parse(u"http://h/")).isEmpty());
 }
 
@@ -308,7 +310,7 @@ void TestUrlParts::everyCorpusAddressIsEncodedAsQUrlDoes()
         QFile file(info.filePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QStringList lines
-            = QString::fromUtf8(file.readAll()).split(QRegularExpression(u"[\\r\\n]"_qs));
+            = QString::fromUtf8(file.readAll()).split(QRegularExpression(u"[\\r\\n]"_s));
         for (const QString &line : lines) {
             // Address lines, and every quoted value (logos among them).
             QStringList candidates {line.trimmed()};

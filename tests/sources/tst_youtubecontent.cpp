@@ -5,6 +5,8 @@
 #include <QSet>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class TestYouTubeContent : public QObject
 {
     Q_OBJECT
@@ -104,26 +106,26 @@ void TestYouTubeContent::recognition()
 
 void TestYouTubeContent::idJoinsBothIdentifiers()
 {
-    QCOMPARE(YouTubeContent::make(u"abc"_qs, std::nullopt)->id(), u"abc|"_qs);
-    QCOMPARE(YouTubeContent::make(std::nullopt, u"PLx"_qs)->id(), u"|PLx"_qs);
-    QCOMPARE(YouTubeContent::make(u"abc"_qs, u"PLx"_qs)->id(), u"abc|PLx"_qs);
+    QCOMPARE(YouTubeContent::make(u"abc"_s, std::nullopt)->id(), u"abc|"_s);
+    QCOMPARE(YouTubeContent::make(std::nullopt, u"PLx"_s)->id(), u"|PLx"_s);
+    QCOMPARE(YouTubeContent::make(u"abc"_s, u"PLx"_s)->id(), u"abc|PLx"_s);
     const auto listOnly
-        = YouTubeContent::fromUrl(QUrl(u"https://www.youtube.com/watch?list=PLx"_qs));
-    QCOMPARE(listOnly->id(), u"|PLx"_qs);
+        = YouTubeContent::fromUrl(QUrl(u"https://www.youtube.com/watch?list=PLx"_s));
+    QCOMPARE(listOnly->id(), u"|PLx"_s);
 }
 
 void TestYouTubeContent::equalityAndHashingTakeBothFields()
 {
-    const YouTubeContent a = *YouTubeContent::make(u"v"_qs, u"p"_qs);
-    const YouTubeContent same = *YouTubeContent::make(u"v"_qs, u"p"_qs);
-    const YouTubeContent otherList = *YouTubeContent::make(u"v"_qs, u"q"_qs);
-    const YouTubeContent videoOnly = *YouTubeContent::make(u"v"_qs, std::nullopt);
+    const YouTubeContent a = *YouTubeContent::make(u"v"_s, u"p"_s);
+    const YouTubeContent same = *YouTubeContent::make(u"v"_s, u"p"_s);
+    const YouTubeContent otherList = *YouTubeContent::make(u"v"_s, u"q"_s);
+    const YouTubeContent videoOnly = *YouTubeContent::make(u"v"_s, std::nullopt);
     QCOMPARE(a, same);
     QCOMPARE(qHash(a, 0), qHash(same, 0));
     QVERIFY(a != otherList);
     QVERIFY(a != videoOnly);
     // Absent and present-but-different identifiers hash apart.
-    const YouTubeContent swapped = *YouTubeContent::make(u"p"_qs, u"v"_qs);
+    const YouTubeContent swapped = *YouTubeContent::make(u"p"_s, u"v"_s);
     QVERIFY(a != swapped);
     const QSet<YouTubeContent> set {a, same, otherList, videoOnly, swapped};
     QCOMPARE(set.size(), 4);
@@ -132,26 +134,26 @@ void TestYouTubeContent::equalityAndHashingTakeBothFields()
 void TestYouTubeContent::neverBuiltEmpty()
 {
     QVERIFY(!YouTubeContent::make(std::nullopt, std::nullopt));
-    QVERIFY(!YouTubeContent::make(u""_qs, u""_qs));
-    QCOMPARE(YouTubeContent::make(u""_qs, u"L"_qs)->videoID(), std::nullopt);
+    QVERIFY(!YouTubeContent::make(u""_s, u""_s));
+    QCOMPARE(YouTubeContent::make(u""_s, u"L"_s)->videoID(), std::nullopt);
 }
 
 void TestYouTubeContent::lastPlayableSourceCases()
 {
     const LastPlayableSource media
-        = LastPlayableMedia {QUrl(u"file:///tmp/a.mp4"_qs), u"a.mp4"_qs, false};
+        = LastPlayableMedia {QUrl(u"file:///tmp/a.mp4"_s), u"a.mp4"_s, false};
     const LastPlayableSource video
-        = LastPlayableYouTube {*YouTubeContent::make(u"abc"_qs, std::nullopt), u"Clip"_qs};
+        = LastPlayableYouTube {*YouTubeContent::make(u"abc"_s, std::nullopt), u"Clip"_s};
     QVERIFY(std::holds_alternative<LastPlayableMedia>(media));
     QVERIFY(std::holds_alternative<LastPlayableYouTube>(video));
-    QCOMPARE(std::get<LastPlayableYouTube>(video).content.id(), u"abc|"_qs);
+    QCOMPARE(std::get<LastPlayableYouTube>(video).content.id(), u"abc|"_s);
     QVERIFY(media != video);
-    QVERIFY(media
-            == LastPlayableSource(
-                LastPlayableMedia {QUrl(u"file:///tmp/a.mp4"_qs), u"a.mp4"_qs, false}));
-    QVERIFY(media
-            != LastPlayableSource(
-                LastPlayableMedia {QUrl(u"file:///tmp/a.mp4"_qs), u"a.mp4"_qs, true}));
+    QVERIFY(
+        media
+        == LastPlayableSource(LastPlayableMedia {QUrl(u"file:///tmp/a.mp4"_s), u"a.mp4"_s, false}));
+    QVERIFY(
+        media
+        != LastPlayableSource(LastPlayableMedia {QUrl(u"file:///tmp/a.mp4"_s), u"a.mp4"_s, true}));
 }
 
 QTEST_GUILESS_MAIN(TestYouTubeContent)

@@ -19,6 +19,21 @@ bool runFfmpeg(const QStringList &arguments)
     }
     return true;
 }
+
+// FFmpeg 6 and later ignore a written rotate tag and set the turn with -display_rotation, an
+// input option FFmpeg 5 does not have.
+bool ffmpegHasDisplayRotation()
+{
+    static const bool has = [] {
+        QProcess ffmpeg;
+        ffmpeg.start(
+            QStringLiteral("ffmpeg"),
+            {QStringLiteral("-hide_banner"), QStringLiteral("-h"), QStringLiteral("full")});
+        ffmpeg.waitForFinished(30'000);
+        return ffmpeg.readAllStandardOutput().contains("-display_rotation");
+    }();
+    return has;
+}
 } // namespace
 
 bool makeClip(const QString &path, double seconds, QSize size, int fps, bool withAudio)
@@ -138,6 +153,10 @@ bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size
 
 bool makeRotated(const QString &source, const QString &path, int degrees)
 {
+    // The tag turns clockwise, -display_rotation counter-clockwise.
+    if (ffmpegHasDisplayRotation())
+        return runFfmpeg(
+            {"-display_rotation", QString::number(-degrees), "-i", source, "-c", "copy", path});
     return runFfmpeg({"-i", source, "-c", "copy", "-metadata:s:v",
                       QStringLiteral("rotate=%1").arg(degrees), path});
 }

@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Result
@@ -77,44 +79,43 @@ void TestLumoCli::classifyKeysInOrder()
 
 void TestLumoCli::classifyYouTube()
 {
-    const QJsonObject object = classify(u" <https://www.YouTube.com/watch?v=abc&list=PL1> "_qs);
-    QCOMPARE(object[u"kind"_qs].toString(), u"youtube"_qs);
-    QCOMPARE(object[u"normalized"_qs].toString(),
-             u"https://www.YouTube.com/watch?v=abc&list=PL1"_qs);
-    QCOMPARE(object[u"videoID"_qs].toString(), u"abc"_qs);
-    QCOMPARE(object[u"playlistID"_qs].toString(), u"PL1"_qs);
-    QCOMPARE(object[u"id"_qs].toString(), u"abc|PL1"_qs);
-    QVERIFY(object[u"isLiveStream"_qs].isNull());
-    QVERIFY(object[u"error"_qs].isNull());
+    const QJsonObject object = classify(u" <https://www.YouTube.com/watch?v=abc&list=PL1> "_s);
+    QCOMPARE(object[u"kind"_s].toString(), u"youtube"_s);
+    QCOMPARE(object[u"normalized"_s].toString(), u"https://www.YouTube.com/watch?v=abc&list=PL1"_s);
+    QCOMPARE(object[u"videoID"_s].toString(), u"abc"_s);
+    QCOMPARE(object[u"playlistID"_s].toString(), u"PL1"_s);
+    QCOMPARE(object[u"id"_s].toString(), u"abc|PL1"_s);
+    QVERIFY(object[u"isLiveStream"_s].isNull());
+    QVERIFY(object[u"error"_s].isNull());
 
-    const QJsonObject listOnly = classify(u"https://www.youtube.com/watch?list=PLx"_qs);
-    QVERIFY(listOnly[u"videoID"_qs].isNull());
-    QCOMPARE(listOnly[u"id"_qs].toString(), u"|PLx"_qs);
+    const QJsonObject listOnly = classify(u"https://www.youtube.com/watch?list=PLx"_s);
+    QVERIFY(listOnly[u"videoID"_s].isNull());
+    QCOMPARE(listOnly[u"id"_s].toString(), u"|PLx"_s);
 }
 
 void TestLumoCli::classifyPlaylist()
 {
-    const QJsonObject object = classify(u"http://h/get.php?username=a&password=b&type=m3u_plus"_qs);
-    QCOMPARE(object[u"kind"_qs].toString(), u"playlist"_qs);
-    QVERIFY(object[u"videoID"_qs].isNull());
-    QVERIFY(object[u"error"_qs].isNull());
+    const QJsonObject object = classify(u"http://h/get.php?username=a&password=b&type=m3u_plus"_s);
+    QCOMPARE(object[u"kind"_s].toString(), u"playlist"_s);
+    QVERIFY(object[u"videoID"_s].isNull());
+    QVERIFY(object[u"error"_s].isNull());
 }
 
 void TestLumoCli::classifyStream()
 {
-    const QJsonObject object = classify(u"[News](http://a/b.m3u8)"_qs);
-    QCOMPARE(object[u"kind"_qs].toString(), u"stream"_qs);
-    QCOMPARE(object[u"normalized"_qs].toString(), u"http://a/b.m3u8"_qs);
-    QCOMPARE(object[u"isLiveStream"_qs].toBool(), true);
+    const QJsonObject object = classify(u"[News](http://a/b.m3u8)"_s);
+    QCOMPARE(object[u"kind"_s].toString(), u"stream"_s);
+    QCOMPARE(object[u"normalized"_s].toString(), u"http://a/b.m3u8"_s);
+    QCOMPARE(object[u"isLiveStream"_s].toBool(), true);
 }
 
 void TestLumoCli::classifyInvalid()
 {
-    for (const QString &text : {u"ftp://h/x"_qs, u"example.com"_qs, u""_qs}) {
+    for (const QString &text : {u"ftp://h/x"_s, u"example.com"_s, u""_s}) {
         const QJsonObject object = classify(text);
-        QCOMPARE(object[u"kind"_qs].toString(), u"invalid"_qs);
-        QCOMPARE(object[u"error"_qs].toString(), u"Enter a valid HTTP or HTTPS address."_qs);
-        QCOMPARE(object[u"input"_qs].toString(), text);
+        QCOMPARE(object[u"kind"_s].toString(), u"invalid"_s);
+        QCOMPARE(object[u"error"_s].toString(), u"Enter a valid HTTP or HTTPS address."_s);
+        QCOMPARE(object[u"input"_s].toString(), text);
     }
 }
 
@@ -122,38 +123,38 @@ void TestLumoCli::parsePrintsEntriesInFileOrder()
 {
     QTemporaryDir dir;
     const QString path = writeFile(
-        dir, u"list.m3u"_qs,
+        dir, u"list.m3u"_s,
         "#EXTM3U\r\n#EXTINF:-1 tvg-id=\"a.us\" tvg-logo=\"http://h/a.png\" group-title=\"News\","
         "Alpha\r\nch1/index.m3u8\r\nhttp://h/live/news%20one.ts\r\n");
     const Result result
-        = runCli({u"parse-m3u"_qs, path, u"--base"_qs, u"http://lists.example/tv/list.m3u"_qs});
+        = runCli({u"parse-m3u"_s, path, u"--base"_s, u"http://lists.example/tv/list.m3u"_s});
     QCOMPARE(result.exitCode, 0);
     const QJsonArray entries = QJsonDocument::fromJson(result.out).array();
     QCOMPARE(entries.size(), 2);
     const QJsonObject first = entries[0].toObject();
-    QCOMPARE(first[u"name"_qs].toString(), u"Alpha"_qs);
-    QCOMPARE(first[u"url"_qs].toString(), u"http://lists.example/tv/ch1/index.m3u8"_qs);
-    QCOMPARE(first[u"logoURL"_qs].toString(), u"http://h/a.png"_qs);
-    QCOMPARE(first[u"groupTitle"_qs].toString(), u"News"_qs);
-    QCOMPARE(first[u"countryCode"_qs].toString(), u"US"_qs);
-    QVERIFY(!first.contains(u"id"_qs));
+    QCOMPARE(first[u"name"_s].toString(), u"Alpha"_s);
+    QCOMPARE(first[u"url"_s].toString(), u"http://lists.example/tv/ch1/index.m3u8"_s);
+    QCOMPARE(first[u"logoURL"_s].toString(), u"http://h/a.png"_s);
+    QCOMPARE(first[u"groupTitle"_s].toString(), u"News"_s);
+    QCOMPARE(first[u"countryCode"_s].toString(), u"US"_s);
+    QVERIFY(!first.contains(u"id"_s));
     const QJsonObject second = entries[1].toObject();
-    QCOMPARE(second[u"name"_qs].toString(), u"news one"_qs);
-    QVERIFY(second[u"logoURL"_qs].isNull());
-    QVERIFY(second[u"groupTitle"_qs].isNull());
-    QVERIFY(second[u"countryCode"_qs].isNull());
+    QCOMPARE(second[u"name"_s].toString(), u"news one"_s);
+    QVERIFY(second[u"logoURL"_s].isNull());
+    QVERIFY(second[u"groupTitle"_s].isNull());
+    QVERIFY(second[u"countryCode"_s].isNull());
     QVERIFY(result.out.startsWith("[\n{\"name\":"));
 }
 
 void TestLumoCli::parseResolvesAgainstTheFileByDefault()
 {
     QTemporaryDir dir;
-    const QString path = writeFile(dir, u"list.m3u"_qs, "#EXTINF:-1,Local\nclips/a.mp4\n");
-    const Result result = runCli({u"parse-m3u"_qs, path});
+    const QString path = writeFile(dir, u"list.m3u"_s, "#EXTINF:-1,Local\nclips/a.mp4\n");
+    const Result result = runCli({u"parse-m3u"_s, path});
     QCOMPARE(result.exitCode, 0);
     const QJsonObject entry = QJsonDocument::fromJson(result.out).array()[0].toObject();
-    QCOMPARE(entry[u"url"_qs].toString(),
-             QUrl::fromLocalFile(dir.filePath(u"clips/a.mp4"_qs)).toString());
+    QCOMPARE(entry[u"url"_s].toString(),
+             QUrl::fromLocalFile(dir.filePath(u"clips/a.mp4"_s)).toString());
 }
 
 void TestLumoCli::parseCount()
@@ -162,8 +163,7 @@ void TestLumoCli::parseCount()
     QByteArray bytes = "#EXTM3U\n";
     for (int i = 0; i < 250; ++i)
         bytes += "#EXTINF:-1,C\nhttp://h/" + QByteArray::number(i) + ".ts\n";
-    const Result result
-        = runCli({u"parse-m3u"_qs, writeFile(dir, u"l.m3u"_qs, bytes), u"--count"_qs});
+    const Result result = runCli({u"parse-m3u"_s, writeFile(dir, u"l.m3u"_s, bytes), u"--count"_s});
     QCOMPARE(result.exitCode, 0);
     QCOMPARE(result.out, QByteArray("250\n"));
 }
@@ -172,11 +172,11 @@ void TestLumoCli::parseLatin1()
 {
     QTemporaryDir dir;
     const QString path
-        = writeFile(dir, u"l.m3u"_qs, "#EXTINF:-1,Caf\xE9 T\xE9l\xE9\nhttp://h/a.ts\n");
-    const Result result = runCli({u"parse-m3u"_qs, path});
+        = writeFile(dir, u"l.m3u"_s, "#EXTINF:-1,Caf\xE9 T\xE9l\xE9\nhttp://h/a.ts\n");
+    const Result result = runCli({u"parse-m3u"_s, path});
     QCOMPARE(result.exitCode, 0);
-    QCOMPARE(QJsonDocument::fromJson(result.out).array()[0].toObject()[u"name"_qs].toString(),
-             u"Café Télé"_qs);
+    QCOMPARE(QJsonDocument::fromJson(result.out).array()[0].toObject()[u"name"_s].toString(),
+             u"Café Télé"_s);
 }
 
 void TestLumoCli::parseLargeLatin1ListReadAgainFromTheFile()
@@ -192,14 +192,14 @@ void TestLumoCli::parseLargeLatin1ListReadAgainFromTheFile()
         ++count;
     }
     bytes += "#EXTINF:-1,Caf\xE9\nhttp://h/last.ts\n";
-    const Result result = runCli({u"parse-m3u"_qs, writeFile(dir, u"l.m3u"_qs, bytes)});
+    const Result result = runCli({u"parse-m3u"_s, writeFile(dir, u"l.m3u"_s, bytes)});
     QCOMPARE(result.exitCode, 0);
     const QJsonArray entries = QJsonDocument::fromJson(result.out).array();
     QCOMPARE(entries.size(), count + 1);
-    QCOMPARE(entries[0].toObject()[u"name"_qs].toString(), u"Channel 0"_qs);
-    QCOMPARE(entries[count / 2].toObject()[u"url"_qs].toString(),
-             u"http://h/live/%1.ts"_qs.arg(count / 2));
-    QCOMPARE(entries[count].toObject()[u"name"_qs].toString(), u"Café"_qs);
+    QCOMPARE(entries[0].toObject()[u"name"_s].toString(), u"Channel 0"_s);
+    QCOMPARE(entries[count / 2].toObject()[u"url"_s].toString(),
+             u"http://h/live/%1.ts"_s.arg(count / 2));
+    QCOMPARE(entries[count].toObject()[u"name"_s].toString(), u"Café"_s);
 }
 
 void TestLumoCli::parseEmptyPlaylistFails()
@@ -207,7 +207,7 @@ void TestLumoCli::parseEmptyPlaylistFails()
     QTemporaryDir dir;
     for (const QByteArray &bytes :
          {QByteArray(), QByteArray("#EXTM3U\n"), QByteArray("\n\n\r\n")}) {
-        const Result result = runCli({u"parse-m3u"_qs, writeFile(dir, u"e.m3u"_qs, bytes)});
+        const Result result = runCli({u"parse-m3u"_s, writeFile(dir, u"e.m3u"_s, bytes)});
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.out.isEmpty());
         QCOMPARE(result.err, QByteArray("No playable address was found in the playlist.\n"));
@@ -216,7 +216,7 @@ void TestLumoCli::parseEmptyPlaylistFails()
 
 void TestLumoCli::parseMissingFileFails()
 {
-    const Result result = runCli({u"parse-m3u"_qs, u"/nonexistent/list.m3u"_qs});
+    const Result result = runCli({u"parse-m3u"_s, u"/nonexistent/list.m3u"_s});
     QCOMPARE(result.exitCode, 1);
     QVERIFY(result.err.contains("/nonexistent/list.m3u"));
 }
@@ -224,25 +224,25 @@ void TestLumoCli::parseMissingFileFails()
 void TestLumoCli::usageErrors()
 {
     QCOMPARE(runCli({}).exitCode, 2);
-    QCOMPARE(runCli({u"frobnicate"_qs}).exitCode, 2);
-    QCOMPARE(runCli({u"classify"_qs}).exitCode, 2);
-    QCOMPARE(runCli({u"parse-m3u"_qs}).exitCode, 2);
+    QCOMPARE(runCli({u"frobnicate"_s}).exitCode, 2);
+    QCOMPARE(runCli({u"classify"_s}).exitCode, 2);
+    QCOMPARE(runCli({u"parse-m3u"_s}).exitCode, 2);
     QTemporaryDir dir;
-    const QString path = writeFile(dir, u"l.m3u"_qs, "http://h/a.ts\n");
-    QCOMPARE(runCli({u"parse-m3u"_qs, path, u"--base"_qs}).exitCode, 2);
-    QCOMPARE(runCli({u"parse-m3u"_qs, path, u"--base"_qs, u"relative/x"_qs}).exitCode, 2);
+    const QString path = writeFile(dir, u"l.m3u"_s, "http://h/a.ts\n");
+    QCOMPARE(runCli({u"parse-m3u"_s, path, u"--base"_s}).exitCode, 2);
+    QCOMPARE(runCli({u"parse-m3u"_s, path, u"--base"_s, u"relative/x"_s}).exitCode, 2);
 }
 
 void TestLumoCli::pagePrintsTheWebPlayerPage()
 {
-    const Result result = runCli({u"page"_qs, u"https://www.youtube.com/watch?v=dQw4w9WgXcQ"_qs});
+    const Result result = runCli({u"page"_s, u"https://www.youtube.com/watch?v=dQw4w9WgXcQ"_s});
     QCOMPARE(result.exitCode, 0);
     QFile expected(QStringLiteral(LUMO_SOURCE_DIR "/tests/webplayer/fixtures/video-page.html"));
     QVERIFY(expected.open(QIODevice::ReadOnly));
     QCOMPARE(result.out, expected.readAll());
 
-    const Result other = runCli({u"page"_qs, u"https://youtu.be/abc?list=PLx"_qs, u"--origin"_qs,
-                                 u"https://player.example.net/"_qs});
+    const Result other = runCli({u"page"_s, u"https://youtu.be/abc?list=PLx"_s, u"--origin"_s,
+                                 u"https://player.example.net/"_s});
     QCOMPARE(other.exitCode, 0);
     QVERIFY(other.out.contains("origin: \"https:\\/\\/player.example.net\"\n"));
     QVERIFY(other.out.contains("var videoID = \"abc\";\n      var playlistID = \"PLx\";\n"));
@@ -250,12 +250,12 @@ void TestLumoCli::pagePrintsTheWebPlayerPage()
 
 void TestLumoCli::pageRejectsOtherAddressesAndInsecureOrigins()
 {
-    const Result stream = runCli({u"page"_qs, u"http://h/live.m3u8"_qs});
+    const Result stream = runCli({u"page"_s, u"http://h/live.m3u8"_s});
     QCOMPARE(stream.exitCode, 1);
     QVERIFY(stream.err.contains("not a video-service address"));
     QVERIFY(stream.out.isEmpty());
     const Result insecure
-        = runCli({u"page"_qs, u"https://youtu.be/abc"_qs, u"--origin"_qs, u"http://h"_qs});
+        = runCli({u"page"_s, u"https://youtu.be/abc"_s, u"--origin"_s, u"http://h"_s});
     QCOMPARE(insecure.exitCode, 2);
     QVERIFY(insecure.err.contains("https origin"));
 }

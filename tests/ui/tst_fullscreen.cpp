@@ -15,6 +15,7 @@
 #include "ui/playerwindow.h"
 #include "ui/recordcontrol.h"
 #include "ui/recordingalerts.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -74,7 +75,7 @@ private:
     {
         m_window->showFullScreen();
         QTRY_VERIFY(content()->isFullScreen());
-        QApplication::setActiveWindow(m_window.get());
+        QVERIFY(WindowActivation::activate(m_window.get()));
         QTest::qWait(50);
     }
     void startPlaying()
@@ -90,7 +91,7 @@ private Q_SLOTS:
         m_window = std::make_unique<PlayerWindow>(*m_model);
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        QApplication::setActiveWindow(m_window.get());
+        QVERIFY(WindowActivation::activate(m_window.get()));
         m_recorder.setState(PlayerRecordingState::idle);
         presenter()->setDelays(controlsDelay, pointerDelay);
     }
@@ -126,7 +127,7 @@ private Q_SLOTS:
     {
         m_window->showMaximized();
         QTRY_VERIFY(m_window->windowState() & Qt::WindowMaximized);
-        QApplication::setActiveWindow(m_window.get());
+        QVERIFY(WindowActivation::activate(m_window.get()));
 
         // The control bar's button, in and out.
         ControlButton *fullScreen = nullptr;
@@ -281,14 +282,14 @@ private Q_SLOTS:
         // Not the key window: the movement arms nothing.
         content()->setShowSidebar(false, 0);
         QTest::qWait(50);
-        QApplication::setActiveWindow(nullptr);
+        QVERIFY(WindowActivation::deactivateAll());
         movePointer(overPicture());
         QVERIFY(!presenter()->isPointerHidePending());
         // The window lost the key while waiting: the pointer stays.
-        QApplication::setActiveWindow(m_window.get());
+        QVERIFY(WindowActivation::activate(m_window.get()));
         movePointer(overPicture());
         QVERIFY(presenter()->isPointerHidePending());
-        QApplication::setActiveWindow(nullptr);
+        QVERIFY(WindowActivation::deactivateAll());
         QTest::qWait(pointerDelay * 2);
         QVERIFY(!presenter()->isPointerHidden());
     }

@@ -5,6 +5,7 @@
 #include "scriptedmediaplayer.h"
 #include "ui/nametoggle.h"
 #include "ui/networkpanel.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -48,7 +49,7 @@ private Q_SLOTS:
         m_panel->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_panel.get()));
         // No window manager activates windows under the test display.
-        QApplication::setActiveWindow(m_panel.get());
+        QVERIFY(WindowActivation::activate(m_panel.get()));
     }
 
     void cleanup()

@@ -7,6 +7,7 @@
 #include "ui/controlbutton.h"
 #include "ui/playercontrolbar.h"
 #include "ui/recordcontrol.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -297,10 +298,10 @@ private Q_SLOTS:
     void theFullScreenButtonTogglesTheActiveWindow()
     {
         ControlButton *fullScreen = button(QStringLiteral("Enter full screen"));
-        QApplication::setActiveWindow(nullptr);
+        QVERIFY(WindowActivation::deactivateAll());
         QTest::mouseClick(fullScreen, Qt::LeftButton);
         QVERIFY(!m_bar->isFullScreen());
-        QApplication::setActiveWindow(m_bar.get());
+        QVERIFY(WindowActivation::activate(m_bar.get()));
         QTest::mouseClick(fullScreen, Qt::LeftButton);
         QTRY_VERIFY(m_bar->isFullScreen());
         QTest::mouseClick(fullScreen, Qt::LeftButton);

@@ -13,6 +13,7 @@
 #include "ui/playerwindow.h"
 #include "ui/toastoverlay.h"
 #include "ui/windowtitlesetter.h"
+#include "windowactivation.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -82,7 +83,7 @@ private Q_SLOTS:
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         // No window manager activates windows under the test display.
-        QApplication::setActiveWindow(m_window.get());
+        QVERIFY(WindowActivation::activate(m_window.get()));
     }
 
     void cleanup()

@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 YouTubeContent content(std::optional<QString> video, std::optional<QString> playlist)
 {
@@ -36,13 +38,13 @@ private Q_SLOTS:
         QFile expected(QStringLiteral(LUMO_SOURCE_DIR "/tests/webplayer/fixtures/video-page.html"));
         QVERIFY(expected.open(QIODevice::ReadOnly));
         const QByteArray page
-            = YouTubePage::html(content(u"dQw4w9WgXcQ"_qs, std::nullopt), origin).toUtf8();
+            = YouTubePage::html(content(u"dQw4w9WgXcQ"_s, std::nullopt), origin).toUtf8();
         QCOMPARE(page, expected.readAll());
     }
 
     void theHeadSetsTheReferrerPolicyViewportAndBlackFullSizeStyle()
     {
-        const QString page = YouTubePage::html(content(u"abc"_qs, std::nullopt), origin);
+        const QString page = YouTubePage::html(content(u"abc"_s, std::nullopt), origin);
         QVERIFY(page.startsWith(u"<!doctype html>\n"));
         QVERIFY(
             page.contains(u"<meta name=\"referrer\" content=\"strict-origin-when-cross-origin\">"));
@@ -56,7 +58,7 @@ private Q_SLOTS:
 
     void theBodyHoldsThePlayerElementThenTheServiceScriptThenThePageScript()
     {
-        const QString page = YouTubePage::html(content(u"abc"_qs, std::nullopt), origin);
+        const QString page = YouTubePage::html(content(u"abc"_s, std::nullopt), origin);
         const qsizetype element = page.indexOf(u"<div id=\"player\"></div>");
         const qsizetype api
             = page.indexOf(u"<script src=\"https://www.youtube.com/iframe_api\"></script>");
@@ -69,7 +71,7 @@ private Q_SLOTS:
 
     void thePlayerIsMadeWithItsVariablesAndOptions()
     {
-        const QString page = YouTubePage::html(content(u"abc"_qs, std::nullopt), origin);
+        const QString page = YouTubePage::html(content(u"abc"_s, std::nullopt), origin);
         QVERIFY(page.contains(u"function onYouTubeIframeAPIReady() {"));
         QVERIFY(page.contains(u"autoplay: 1,\n        controls: 1,\n        playsinline: 1,\n"
                               u"        rel: 0,\n        enablejsapi: 1,\n"
@@ -86,7 +88,7 @@ private Q_SLOTS:
 
     void theFourCommandFunctionsAreDefined()
     {
-        const QString page = YouTubePage::html(content(u"abc"_qs, std::nullopt), origin);
+        const QString page = YouTubePage::html(content(u"abc"_s, std::nullopt), origin);
         QVERIFY(page.contains(u"if (player.getPlayerState() === YT.PlayerState.PLAYING) {\n"
                               u"        player.pauseVideo();\n      } else {\n"
                               u"        player.playVideo();"));
@@ -105,13 +107,13 @@ private Q_SLOTS:
 
     void aPlaylistOnlyPageHasNoVideo()
     {
-        const QString page = YouTubePage::html(content(std::nullopt, u"PLx"_qs), origin);
+        const QString page = YouTubePage::html(content(std::nullopt, u"PLx"_s), origin);
         QVERIFY(page.contains(u"var videoID = null;\n      var playlistID = \"PLx\";\n"));
     }
 
     void bothIdentifiersGoIntoThePage()
     {
-        const QString page = YouTubePage::html(content(u"v1"_qs, u"PL2"_qs), origin);
+        const QString page = YouTubePage::html(content(u"v1"_s, u"PL2"_s), origin);
         QVERIFY(page.contains(u"var videoID = \"v1\";\n      var playlistID = \"PL2\";\n"));
     }
 
@@ -119,17 +121,17 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("identifier");
         QTest::addColumn<QString>("literal");
-        QTest::newRow("quote") << u"a\"b"_qs << u"\"a\\\"b\""_qs;
-        QTest::newRow("single quote") << u"a'b"_qs << u"\"a'b\""_qs;
-        QTest::newRow("backslash") << u"a\\b"_qs << u"\"a\\\\b\""_qs;
+        QTest::newRow("quote") << u"a\"b"_s << u"\"a\\\"b\""_s;
+        QTest::newRow("single quote") << u"a'b"_s << u"\"a'b\""_s;
+        QTest::newRow("backslash") << u"a\\b"_s << u"\"a\\\\b\""_s;
         QTest::newRow("end of script")
-            << u"</script><b>"_qs << u"\"\\u003C\\/script\\u003E\\u003Cb\\u003E\""_qs;
-        QTest::newRow("comment opener") << u"<!--x"_qs << u"\"\\u003C!--x\""_qs;
-        QTest::newRow("ampersand") << u"a&b"_qs << u"\"a\\u0026b\""_qs;
+            << u"</script><b>"_s << u"\"\\u003C\\/script\\u003E\\u003Cb\\u003E\""_s;
+        QTest::newRow("comment opener") << u"<!--x"_s << u"\"\\u003C!--x\""_s;
+        QTest::newRow("ampersand") << u"a&b"_s << u"\"a\\u0026b\""_s;
         QTest::newRow("line separators")
-            << QString::fromUtf16(u"a\u2028b\u2029c") << u"\"a\\u2028b\\u2029c\""_qs;
+            << QString::fromUtf16(u"a\u2028b\u2029c") << u"\"a\\u2028b\\u2029c\""_s;
         QTest::newRow("controls") << QString::fromUtf16(u"\n\r\t\b\f\x01\x1f")
-                                  << u"\"\\n\\r\\t\\b\\f\\u0001\\u001F\""_qs;
+                                  << u"\"\\n\\r\\t\\b\\f\\u0001\\u001F\""_s;
         QTest::newRow("non-ASCII") << QString::fromUtf16(u"caf\u00e9 \u6f22 \U0001F600")
                                    << QString::fromUtf16(u"\"caf\u00e9 \u6f22 \U0001F600\"");
     }
@@ -140,8 +142,8 @@ private Q_SLOTS:
         QCOMPARE(YouTubePage::javascriptString(identifier), literal);
         QCOMPARE(parsedBack(literal), identifier);
         const QString page = YouTubePage::html(content(identifier, identifier), origin);
-        QVERIFY(page.contains(u"var videoID = "_qs + literal + u";\n      var playlistID = "_qs
-                              + literal + u";\n"_qs));
+        QVERIFY(page.contains(u"var videoID = "_s + literal + u";\n      var playlistID = "_s
+                              + literal + u";\n"_s));
         // Nothing in an identifier can end the script element early.
         QCOMPARE(page.count(u"</script>"), 2);
     }
@@ -150,7 +152,7 @@ private Q_SLOTS:
     {
         QCOMPARE(YouTubePage::javascriptString(std::nullopt), u"null");
         QCOMPARE(YouTubePage::javascriptString(QString(QChar(0xD800))), u"null");
-        QCOMPARE(YouTubePage::javascriptString(u"a"_qs + QChar(0xDC00)), u"null");
+        QCOMPARE(YouTubePage::javascriptString(u"a"_s + QChar(0xDC00)), u"null");
         QCOMPARE(YouTubePage::javascriptString(QString()), u"\"\"");
     }
 
@@ -158,19 +160,18 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("origin");
-        QTest::newRow("plain") << u"https://example.org"_qs << u"https://example.org"_qs;
-        QTest::newRow("trailing slash") << u"https://example.org/"_qs << u"https://example.org"_qs;
-        QTest::newRow("upper case") << u"HTTPS://Example.ORG/"_qs << u"https://example.org"_qs;
-        QTest::newRow("port") << u"https://example.org:8443"_qs << u"https://example.org:8443"_qs;
-        QTest::newRow("default port")
-            << u"https://example.org:443/"_qs << u"https://example.org"_qs;
-        QTest::newRow("http") << u"http://example.org"_qs << QString();
-        QTest::newRow("path") << u"https://example.org/player"_qs << QString();
-        QTest::newRow("query") << u"https://example.org/?a=1"_qs << QString();
-        QTest::newRow("fragment") << u"https://example.org/#x"_qs << QString();
-        QTest::newRow("user") << u"https://me@example.org"_qs << QString();
-        QTest::newRow("no host") << u"https:///"_qs << QString();
-        QTest::newRow("words") << u"not an origin"_qs << QString();
+        QTest::newRow("plain") << u"https://example.org"_s << u"https://example.org"_s;
+        QTest::newRow("trailing slash") << u"https://example.org/"_s << u"https://example.org"_s;
+        QTest::newRow("upper case") << u"HTTPS://Example.ORG/"_s << u"https://example.org"_s;
+        QTest::newRow("port") << u"https://example.org:8443"_s << u"https://example.org:8443"_s;
+        QTest::newRow("default port") << u"https://example.org:443/"_s << u"https://example.org"_s;
+        QTest::newRow("http") << u"http://example.org"_s << QString();
+        QTest::newRow("path") << u"https://example.org/player"_s << QString();
+        QTest::newRow("query") << u"https://example.org/?a=1"_s << QString();
+        QTest::newRow("fragment") << u"https://example.org/#x"_s << QString();
+        QTest::newRow("user") << u"https://me@example.org"_s << QString();
+        QTest::newRow("no host") << u"https:///"_s << QString();
+        QTest::newRow("words") << u"not an origin"_s << QString();
         QTest::newRow("empty") << QString() << QString();
     }
     void theOriginMustBeAnHttpsOrigin()
@@ -194,9 +195,9 @@ private Q_SLOTS:
 
     void theBaseAddressIsTheOriginWithATrailingSlash()
     {
-        QCOMPARE(YouTubePage::baseUrl(origin), QUrl(u"https://lumomediaplayer.app/"_qs));
+        QCOMPARE(YouTubePage::baseUrl(origin), QUrl(u"https://lumomediaplayer.app/"_s));
         const QString page
-            = YouTubePage::html(content(u"abc"_qs, std::nullopt), u"https://player.example.net"_qs);
+            = YouTubePage::html(content(u"abc"_s, std::nullopt), u"https://player.example.net"_s);
         QVERIFY(page.contains(u"origin: \"https:\\/\\/player.example.net\"\n"));
     }
 };

@@ -14,6 +14,8 @@
 #include <QTest>
 #include <QWebEngineProfile>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QString unavailable = QStringLiteral("Could not load the YouTube player.");
@@ -48,10 +50,10 @@ private Q_SLOTS:
     {
         QFile script(QStringLiteral(LUMO_SOURCE_DIR "/tests/webplayer/fixtures/iframe_api.js"));
         QVERIFY(script.open(QIODevice::ReadOnly));
-        m_server.route(u"/iframe_api"_qs, HttpResponse::text(script.readAll(), "text/javascript"));
+        m_server.route(u"/iframe_api"_s, HttpResponse::text(script.readAll(), "text/javascript"));
         // Loads and sets up its namespace, but never calls back: as when the service's own
         // player script never arrives.
-        m_server.route(u"/silent.js"_qs,
+        m_server.route(u"/silent.js"_s,
                        HttpResponse::text("window.YT = { loading: 1 };\n", "text/javascript"));
         QVERIFY(m_server.listen());
         QWebEngineProfile::defaultProfile()->setUrlRequestInterceptor(&m_redirect);

@@ -1,8 +1,9 @@
 #include "mpvnode.h"
 
 MpvNode::MpvNode(const QVariant &value)
-    : m_root(make(value))
-{ }
+{
+    m_root = make(value);
+}
 
 char *MpvNode::keep(QByteArray text)
 {

@@ -21,10 +21,10 @@ private:
     mpv_node make(const QVariant &value);
     char *keep(QByteArray text);
 
-    mpv_node m_root {};
     // Deques never move what they already hold, so the pointers into them stay valid.
     std::deque<QByteArray> m_strings;
     std::deque<std::vector<mpv_node>> m_values;
     std::deque<std::vector<char *>> m_keys;
     std::deque<mpv_node_list> m_lists;
+    mpv_node m_root {}; // last: made from the storage above
 };

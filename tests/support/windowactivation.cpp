@@ -20,7 +20,9 @@ bool WindowActivation::deactivateAll()
         return widget;
     }();
     elsewhere->show();
-    if (!QTest::qWaitForWindowExposed(elsewhere))
+    if (!QTest::qWaitForWindowExposed(elsewhere) || !activate(elsewhere))
         return false;
-    return activate(elsewhere);
+    // Hiding the active window leaves the input focus with no window of the application.
+    elsewhere->hide();
+    return QTest::qWaitFor([] { return QApplication::activeWindow() == nullptr; }, 5000);
 }

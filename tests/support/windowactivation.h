@@ -7,7 +7,8 @@ namespace WindowActivation {
 
 // Makes window's top-level window the active one; false when it did not become active in 5 s.
 bool activate(QWidget *window);
-// Leaves none of the test's windows active, by activating a small window of its own.
+// Leaves none of the test's windows active: a small window of its own takes the focus and
+// goes away with it.
 bool deactivateAll();
 
 } // namespace WindowActivation

@@ -51,31 +51,34 @@ BlazeFaceDetector::BlazeFaceDetector(const QString &modelDirectory, Model model,
     const QString path = QDir(modelDirectory).filePath(fileName(model));
     if (!QFile::exists(path))
         return;
-    try {
-        auto network = std::make_unique<Network>();
-        network->net = cv::dnn::readNetFromONNX(QFile::encodeName(path).toStdString());
-        if (network->net.empty())
-            return;
-        // The networks' four outputs: scores of the 16 x 16 map, of the 8 x 8 map, then the
-        // boxes of each.
-        network->outputs = network->net.getUnconnectedOutLayersNames();
-        std::sort(network->outputs.begin(), network->outputs.end());
-        if (network->outputs.size() != 4)
-            return;
-        // OpenCV 4.10 fuses the networks' channel padding into the pooling beside it and then
-        // refuses its own result in forward(); unfused, both networks run as on OpenCV 4.6.
-        if (!runsOnBlank(network->net, network->outputs, inputSize(model))) {
-            network->net.enableFusion(false);
-            if (!runsOnBlank(network->net, network->outputs, inputSize(model))) {
-                qWarning("face detection: OpenCV %s cannot run %s; using another detector",
-                         CV_VERSION, qPrintable(fileName(model)));
+    const std::string file = QFile::encodeName(path).toStdString();
+    // OpenCV 4.10 fuses the networks' channel padding into the pooling beside it and then
+    // refuses its own result in forward(); unfused, both networks run as on OpenCV 4.6. A net
+    // whose forward() failed is left half-prepared, so the unfused one is read afresh.
+    for (const bool fused : {true, false}) {
+        try {
+            auto network = std::make_unique<Network>();
+            network->net = cv::dnn::readNetFromONNX(file);
+            if (network->net.empty())
+                return;
+            // The networks' four outputs: scores of the 16 x 16 map, of the 8 x 8 map, then the
+            // boxes of each.
+            network->outputs = network->net.getUnconnectedOutLayersNames();
+            std::sort(network->outputs.begin(), network->outputs.end());
+            if (network->outputs.size() != 4)
+                return;
+            network->net.enableFusion(fused);
+            if (runsOnBlank(network->net, network->outputs, inputSize(model))) {
+                m_network = std::move(network);
                 return;
             }
+        } catch (const cv::Exception &) {
+            // A damaged file: the caller falls back to another detector.
+            return;
         }
-        m_network = std::move(network);
-    } catch (const cv::Exception &) {
-        // A damaged file: the caller falls back to another detector.
     }
+    qWarning("face detection: OpenCV %s cannot run %s; using another detector", CV_VERSION,
+             qPrintable(fileName(model)));
 }
 
 BlazeFaceDetector::~BlazeFaceDetector() = default;

@@ -96,7 +96,16 @@ private:
                 15000))
             return false;
         m_player->pause();
-        return true;
+        // mpv may still show a frame it had queued when the pause came (0.40 does, 0.35 rarely),
+        // and x264 draws each frame of a still scene a little differently: wait until no new
+        // frame comes, so that the pictures compared are of one frame.
+        for (int quiet = 0; quiet < 40; ++quiet) {
+            frames.clear();
+            QTest::qWait(150);
+            if (frames.isEmpty())
+                return true;
+        }
+        return false;
     }
 
     QImage picture(const QString &screenshotName = {})

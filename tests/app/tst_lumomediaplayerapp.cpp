@@ -3,6 +3,7 @@
 #include "httpserver/localhttpserver.h"
 #include "mediaprobe.h"
 #include "model/playermodel.h"
+#include "pagescript.h"
 #include "recording/capturegeometry.h"
 #include "recording/mp4finisher.h"
 #include "recording/playerrecordingcontroller.h"
@@ -167,9 +168,7 @@ private Q_SLOTS:
         // The model's commands reach the page. Offline the service's script fails to load, but
         // the page and its functions are there; the test replaces one to see it called.
         const auto pageSays = [web](const QString &script) {
-            QVariant answer;
-            web->page()->runJavaScript(script, [&](const QVariant &value) { answer = value; });
-            return QTest::qWaitFor([&] { return answer.isValid(); }, 5000) && answer.toBool();
+            return PageScript::evaluate(web->page(), script, 5000).value_or(false).toBool();
         };
         QTRY_VERIFY_WITH_TIMEOUT(pageSays(QStringLiteral("document.readyState === 'complete' && "
                                                          "typeof lumoToggle === 'function'")),

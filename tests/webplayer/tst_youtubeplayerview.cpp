@@ -5,6 +5,7 @@
 #include "httpserver/localhttpserver.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
+#include "pagescript.h"
 #include "scriptedmediaplayer.h"
 #include "surface/playerhostingview.h"
 #include "surface/playersurface.h"
@@ -34,15 +35,7 @@ YouTubeContent content(std::optional<QString> video, std::optional<QString> play
 // The value of a script in the page, waiting for the answer; invalid when none came.
 QVariant evaluated(QWebEngineView *view, const QString &script)
 {
-    QVariant result;
-    bool answered = false;
-    view->page()->runJavaScript(script, [&](const QVariant &value) {
-        result = value;
-        answered = true;
-    });
-    if (!QTest::qWaitFor([&] { return answered; }, 10000))
-        return {};
-    return result;
+    return PageScript::evaluate(view->page(), script).value_or(QVariant());
 }
 
 QString calls(QWebEngineView *view)

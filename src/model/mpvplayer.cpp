@@ -47,13 +47,13 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         {Option::idle, "yes"},
         {Option::keepOpen, "yes"},
         // Nothing from the user's mpv set-up, terminal or key bindings leaks into the app.
-        {Option::config, QByteArray("no")},
-        {Option::terminal, QByteArray("no")},
-        {Option::inputDefaultBindings, QByteArray("no")},
-        {Option::inputVoKeyboard, QByteArray("no")},
-        {Option::osc, QByteArray("no")},
+        {Option::config, "no"},
+        {Option::terminal, "no"},
+        {Option::inputDefaultBindings, "no"},
+        {Option::inputVoKeyboard, "no"},
+        {Option::osc, "no"},
         // Video-service pages play in the embedded web player, never through youtube-dl.
-        {Option::youtubeDl, QByteArray("no")},
+        {Option::youtubeDl, "no"},
         // The GPU decodes where mpv knows its interop to be reliable (VA-API, NVDEC,
         // VideoToolbox), the CPU elsewhere. Recording and smart reframe read what was drawn, so
         // they work the same either way.
@@ -71,7 +71,7 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         // of waiting up to 50 ms for the moment to show it (mpv's advice for such embedders).
         {Option::videoTimingOffset, "0"},
         // A playlist mpv expands by itself never leads to files or special protocols.
-        {Option::loadUnsafePlaylists, QByteArray("no")},
+        {Option::loadUnsafePlaylists, "no"},
         // Network choices:
         // - a server that stops sending is given up after 20 s (mpv's default is 60), the same
         //   patience as for playlists, so a dead stream ends with a notice instead of waiting;

@@ -74,9 +74,10 @@ bool LumoMediaPlayerApp::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched != QCoreApplication::instance() || event->type() != QEvent::FileOpen)
         return QObject::eventFilter(watched, event);
-    // Played as a dropped file is: named after its last path component, never live.
+    // Played as a dropped file is: a local file only, named after its last path component, never
+    // live. Anything else could be an address mpv reads itself.
     const QUrl url = static_cast<QFileOpenEvent *>(event)->url();
-    if (url.isValid()) {
+    if (url.isValid() && url.isLocalFile() && url.host().isEmpty()) {
         m_window->show();
         m_window->raise();
         m_window->activateWindow();

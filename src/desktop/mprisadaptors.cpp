@@ -22,9 +22,22 @@ QString MprisRootAdaptor::desktopEntry() const
     return QStringLiteral("LumoMediaPlayer");
 }
 
+namespace {
+
+const QString fileScheme = QStringLiteral("file");
+
+// What OpenUri takes, and so what the desktop is told it may send.
+const QStringList &uriSchemes()
+{
+    static const QStringList schemes {fileScheme, QStringLiteral("http"), QStringLiteral("https")};
+    return schemes;
+}
+
+} // namespace
+
 QStringList MprisRootAdaptor::supportedUriSchemes() const
 {
-    return {QStringLiteral("file"), QStringLiteral("http"), QStringLiteral("https")};
+    return uriSchemes();
 }
 
 QStringList MprisRootAdaptor::supportedMimeTypes() const
@@ -135,8 +148,21 @@ void MprisPlayerAdaptor::SetPosition(const QDBusObjectPath &track, qlonglong pos
 
 void MprisPlayerAdaptor::OpenUri(const QString &uri)
 {
-    // As a dropped file: named after the last part of its path, never live.
-    const QUrl url(uri);
-    if (url.isValid() && !url.scheme().isEmpty())
-        m_service->model().play(url, url.fileName(), false);
+    // Any program on the session bus may call this: mpv must never see an address it would
+    // read itself (edl://, av://lavfi: can load libraries into the player).
+    const QUrl url(uri, QUrl::StrictMode);
+    const QString scheme = url.scheme().toLower();
+    if (url.isValid() && uriSchemes().contains(scheme)) {
+        if (scheme != fileScheme) {
+            m_service->model().openRemote(uri, std::nullopt);
+            return;
+        }
+        if (url.isLocalFile() && url.host().isEmpty()) {
+            // As a dropped file: named after the last part of its path, never live.
+            m_service->model().play(url, url.fileName(), false);
+            return;
+        }
+    }
+    m_service->refuseCurrentCall(
+        QStringLiteral("Only local files and http or https addresses are opened."));
 }

@@ -82,6 +82,8 @@ public Q_SLOTS:
     void Play();
     void Seek(qlonglong offset);
     void SetPosition(const QDBusObjectPath &track, qlonglong position);
+    // Plays a local file: address as a dropped file, and opens an http or https address as if
+    // typed; anything else (addresses mpv would read itself) is refused with NotSupported.
     void OpenUri(const QString &uri);
 
 Q_SIGNALS:

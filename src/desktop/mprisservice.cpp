@@ -114,3 +114,9 @@ void MprisService::announce(const char *interface, const QVariantMap &changed)
     signal << QString::fromLatin1(interface) << changed << QStringList();
     m_bus.send(signal);
 }
+
+void MprisService::refuseCurrentCall(const QString &message) const
+{
+    if (calledFromDBus())
+        sendErrorReply(QDBusError::NotSupported, message);
+}

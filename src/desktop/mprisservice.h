@@ -3,13 +3,15 @@
 // sound menus and other remote controls drive the player model through it, and follow its
 // state through PropertiesChanged.
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QObject>
 #include <QVariantMap>
 #include <functional>
 
 class PlayerModel;
 
-class MprisService final : public QObject
+// The bus object the adaptors are attached to, and so the one Qt gives the context of a call.
+class MprisService final : public QObject, protected QDBusContext
 {
     Q_OBJECT
 
@@ -31,6 +33,8 @@ public:
     bool isRegistered() const { return m_registered; }
 
     PlayerModel &model() const { return m_model; }
+    // Answers the method call being delivered with org.freedesktop.DBus.Error.NotSupported.
+    void refuseCurrentCall(const QString &message) const;
     const WindowActions &actions() const { return m_actions; }
 
     // The Player interface's state, as the bus reads it.

@@ -116,6 +116,22 @@ private Q_SLOTS:
         QVERIFY(!app.model().isLiveStream());
     }
 
+    void aRequestToOpenAnythingButALocalFileIsIgnored()
+    {
+        LumoMediaPlayerApp app;
+        app.start({});
+        QVERIFY(QTest::qWaitForWindowExposed(&app.window()));
+        // mpv would read these itself: an FFmpeg filter graph, a web address.
+        for (const QString &address :
+             {QStringLiteral("av://lavfi:sine"), QStringLiteral("http://127.0.0.1:9/clip.mp4")}) {
+            QFileOpenEvent request {QUrl(address)};
+            QCoreApplication::sendEvent(qApp, &request);
+        }
+        QTest::qWait(1000);
+        QVERIFY(!app.model().player().hasItem());
+        QCOMPARE(app.model().title(), "No Media Selected");
+    }
+
     void theEmptyStateInvitesToOpenMedia()
     {
         LumoMediaPlayerApp app;

@@ -15,6 +15,8 @@
 #include <QDBusPendingCall>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -222,6 +224,48 @@ private Q_SLOTS:
         QTRY_VERIFY(!desktop().interface()->isServiceRegistered(service).value());
         m_service = std::make_unique<MprisService>(*m_model, MprisService::WindowActions {});
         QVERIFY(m_service->isRegistered());
+    }
+
+    void openUriTakesOnlyFilesAndWebAddresses_data()
+    {
+        QTest::addColumn<QString>("uri");
+        const QString probe = QStringLiteral(LUMO_PROBE_LIBRARY);
+        const QString clip = m_media.filePath("video.mp4");
+        // mpv reads these itself: an edit list whose part is an FFmpeg filter graph, and the
+        // graph alone; its ladspa filter loads any library it is given.
+        QTest::newRow("edit list") << "edl://" + clip + ";file=av://lavfi:ladspa=file=" + probe;
+        QTest::newRow("filter graph") << "av://lavfi:ladspa=file=" + probe;
+        QTest::newRow("lavfi source") << QStringLiteral("av://lavfi:sine");
+        QTest::newRow("no scheme") << clip;
+        QTest::newRow("ftp") << QStringLiteral("ftp://files.example/clip.mp4");
+        QTest::newRow("file on a host") << QStringLiteral("file://otherhost/clip.mp4");
+    }
+
+    void openUriTakesOnlyFilesAndWebAddresses()
+    {
+        QFETCH(QString, uri);
+        const QString marker = m_media.filePath("probe-loaded");
+        qputenv("LUMO_PROBE_MARKER", QFile::encodeName(marker));
+        QVERIFY(QFileInfo(QStringLiteral(LUMO_PROBE_LIBRARY)).isFile());
+        m_model->stop();
+        const QDBusMessage reply = call(player, QStringLiteral("OpenUri"), {uri});
+        QCOMPARE(reply.type(), QDBusMessage::ErrorMessage);
+        QCOMPARE(reply.errorName(), "org.freedesktop.DBus.Error.NotSupported");
+        QTest::qWait(1000);
+        QVERIFY(!m_model->player().hasItem());
+        QVERIFY(!QFile::exists(marker));
+        qunsetenv("LUMO_PROBE_MARKER");
+    }
+
+    void openUriPlaysAWebAddressAsTyped()
+    {
+        const QDBusMessage reply
+            = call(player, QStringLiteral("OpenUri"), {QStringLiteral("https://youtu.be/abc123")});
+        QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+        // A video-service address goes to the web player, as when typed.
+        QTRY_VERIFY(m_model->youtubeContent().has_value());
+        QVERIFY(!m_model->player().hasItem());
+        m_model->stop();
     }
 
     void aLiveStreamHasNoLengthAndCannotSeek()

@@ -40,6 +40,21 @@ std::optional<QString> twoCharacterCode(QStringView piece)
     return code;
 }
 
+// A request header's value as a playlist gives it, without control characters: a NUL, CR or LF
+// would cut or split the request, the others have no place in a header. Null when nothing is
+// left.
+QString headerValue(QStringView value)
+{
+    QString clean;
+    clean.reserve(value.size());
+    for (const QChar c : value) {
+        if (c.unicode() >= 0x20 && c.unicode() != 0x7f)
+            clean.append(c);
+    }
+    clean = clean.trimmed();
+    return clean.isEmpty() ? QString() : clean;
+}
+
 bool equalsIgnoringCase(QStringView text, QStringView name)
 {
     for (qsizetype i = 0; i < name.size(); ++i) {
@@ -226,9 +241,9 @@ public:
             m_pending.country = m_pool.intern(*code);
 
         if (std::optional<QStringView> agent = attributes.value(u"http-user-agent"))
-            m_pendingHeaders.userAgent = agent->toString();
+            m_pendingHeaders.userAgent = headerValue(*agent);
         if (std::optional<QStringView> referrer = attributes.value(u"http-referrer"))
-            m_pendingHeaders.referrer = referrer->toString();
+            m_pendingHeaders.referrer = headerValue(*referrer);
     }
 
     // "#EXTVLCOPT:name=value": VLC's options for the next address. Only the request headers
@@ -240,13 +255,13 @@ public:
         if (equals < 0)
             return;
         const QStringView name = option.first(equals).trimmed();
-        const QStringView value = option.sliced(equals + 1).trimmed();
+        const QString value = headerValue(option.sliced(equals + 1));
         if (value.isEmpty())
             return;
         if (name.compare(u"http-user-agent", Qt::CaseInsensitive) == 0)
-            m_pendingHeaders.userAgent = value.toString();
+            m_pendingHeaders.userAgent = value;
         else if (name.compare(u"http-referrer", Qt::CaseInsensitive) == 0)
-            m_pendingHeaders.referrer = value.toString();
+            m_pendingHeaders.referrer = value;
     }
 
     void readAddress(QStringView line)

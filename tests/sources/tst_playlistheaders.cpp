@@ -71,6 +71,23 @@ private Q_SLOTS:
         QCOMPARE(entries[0].headers().referrer, "http://r/");
     }
 
+    void controlCharactersAreLeftOutOfHeaders()
+    {
+        // A NUL, an escape or a tab would cut or corrupt the request mpv sends.
+        QString text = u"#EXTM3U\n#EXTINF:-1 http-user-agent=\"Agent@1.0\",One\n"
+                       "#EXTVLCOPT:http-referrer=http://r.example/@page\nhttp://h/1.ts\n"
+                       "#EXTINF:-1,Two\n#EXTVLCOPT:http-user-agent=Vlc\x1b[2J/3.0\t\n"
+                       "#EXTVLCOPT:http-referrer=@\nhttp://h/2.ts\n"_s;
+        text.replace(u'@', QChar(u'\0'));
+        const QList<PlaylistEntry> entries = parse(text);
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries[0].headers().userAgent, "Agent1.0");
+        QCOMPARE(entries[0].headers().referrer, "http://r.example/page");
+        QCOMPARE(entries[1].headers().userAgent, "Vlc[2J/3.0");
+        // Nothing but control characters is no header at all.
+        QVERIFY(entries[1].headers().referrer.isNull());
+    }
+
     void largeListsKeepEveryEntrysHeaders()
     {
         // Over a million characters: read in two parts at once, which must not separate

@@ -103,7 +103,9 @@ bool isPlainHost(QStringView host)
     if (host.isEmpty() || host.size() > 253)
         return false;
     qsizetype labelStart = 0;
-    bool lastLabelNumeric = true;
+    // QUrl reads a host whose labels are all numbers, in any base ("0x7f000001", "0177.1",
+    // "127.1"), as an IPv4 address: a host whose labels all begin with a digit is left to it.
+    bool everyLabelBeginsWithADigit = true;
     for (qsizetype i = 0; i <= host.size(); ++i) {
         if (i < host.size() && host[i] != u'.') {
             const char16_t c = host[i].unicode();
@@ -115,11 +117,10 @@ bool isPlainHost(QStringView host)
         if (label.isEmpty() || label.size() > 63 || label.startsWith(u'-') || label.endsWith(u'-')
             || label.startsWith(u"xn--"))
             return false;
-        lastLabelNumeric = std::all_of(label.begin(), label.end(),
-                                       [](QChar c) { return c >= u'0' && c <= u'9'; });
+        everyLabelBeginsWithADigit &= label.front() >= u'0' && label.front() <= u'9';
         labelStart = i + 1;
     }
-    return !lastLabelNumeric;
+    return !everyLabelBeginsWithADigit;
 }
 
 bool isPlainPort(QStringView port)

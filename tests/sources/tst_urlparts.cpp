@@ -273,6 +273,12 @@ void TestUrlParts::plainAddressesAreEncodedAsQUrlDoes_data()
     QTest::newRow("non-ASCII") << "http://h.example/é" << false;
     QTest::newRow("IPv4") << "http://10.0.0.1/x" << false;
     QTest::newRow("short IPv4") << "http://10.1/x" << false;
+    // QUrl reads hosts made of numbers as IPv4 addresses, in any base and with 1 to 4 parts.
+    QTest::newRow("hexadecimal IPv4") << "http://0x0" << false;
+    QTest::newRow("one-part IPv4") << "http://0x7f000001/x" << false;
+    QTest::newRow("octal IPv4") << "http://0177.0.0.1/x" << false;
+    QTest::newRow("two-part IPv4") << "http://127.1" << false;
+    QTest::newRow("name beginning with a digit") << "http://9tv.example/x" << true;
     QTest::newRow("IPv6") << "http://[::1]/x" << false;
     QTest::newRow("user info") << "http://user@h.example/x" << false;
     QTest::newRow("empty port") << "http://h.example:/x" << false;

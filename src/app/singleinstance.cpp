@@ -4,16 +4,35 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QStandardPaths>
 #include <QThread>
 
+#include <cerrno>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 constexpr int startingPlayerWaitMs = 10'000;
 constexpr int replyWaitMs = 5'000;
+
+// Makes folder (mode 0700) unless it is there, and says whether it is private to this user: a
+// directory, not a link, owned by this user and closed to everyone else. A folder another user
+// prepared would hand them every launch's arguments.
+bool isPrivateFolder(const QString &folder)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    if (mkdir(path.constData(), 0700) != 0 && errno != EEXIST)
+        return false;
+    struct stat info
+    {
+    };
+    if (lstat(path.constData(), &info) != 0)
+        return false;
+    return S_ISDIR(info.st_mode) && info.st_uid == getuid() && (info.st_mode & 077) == 0;
+}
 } // namespace
 
 SingleInstance::SingleInstance(const QString &folder, QObject *parent)
@@ -45,7 +64,12 @@ QString SingleInstance::socketPath() const
 SingleInstance::Role SingleInstance::claim(const QStringList &arguments,
                                            const QString &workingDirectory)
 {
-    QDir().mkpath(m_folder);
+    if (!isPrivateFolder(m_folder)) {
+        qWarning("%s is not private to this user; this player runs alone and later launches "
+                 "open windows of their own.",
+                 qPrintable(m_folder));
+        return Role::running;
+    }
     // The lock decides: of two launches at once exactly one gets it.
     const QDeadlineTimer deadline(startingPlayerWaitMs);
     while (!m_lock.tryLock(0)) {

@@ -2,13 +2,21 @@
 // window and ends, two launches at once end with one window, and the message between them
 // refuses what is not one.
 #include "app/launchmessage.h"
+#include "app/singleinstance.h"
 #include "testmedia.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QLocalServer>
+#include <QLockFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <memory>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 class TestSingleInstance : public QObject
 {
@@ -86,6 +94,48 @@ private Q_SLOTS:
         QCOMPARE(running.process->state(), QProcess::Running);
         QCOMPARE(ended.process->exitCode(), 0);
         QTRY_VERIFY_WITH_TIMEOUT(running.read().contains("video decoder in use"), 30'000);
+    }
+
+    void aFolderThatIsNotPrivateIsNotShared_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("open to group and others") << QStringLiteral("open");
+        QTest::newRow("a link to a private folder") << QStringLiteral("link");
+        // Only root can give a folder to another user, as one who prepared it would own it.
+        if (geteuid() == 0)
+            QTest::newRow("another user's") << QStringLiteral("nobody");
+    }
+
+    void aFolderThatIsNotPrivateIsNotShared()
+    {
+        QFETCH(QString, how);
+        QTemporaryDir parent;
+        const QString real = parent.filePath(QStringLiteral("real"));
+        QVERIFY(QDir().mkdir(real));
+        const QString folder = how == u"link" ? parent.filePath(QStringLiteral("link")) : real;
+        if (how == u"link")
+            QVERIFY(QFile::link(real, folder));
+        // Whoever prepared it holds a live lock and listens where a launch hands over.
+        QLockFile theirLock(real + QStringLiteral("/LumoMediaPlayer.lock"));
+        QVERIFY(theirLock.tryLock(0));
+        QLocalServer theirs;
+        QVERIFY(theirs.listen(real + QStringLiteral("/LumoMediaPlayer.socket")));
+        const QByteArray path = QFile::encodeName(real);
+        if (how == u"open")
+            QCOMPARE(chmod(path.constData(), 0777), 0);
+        else if (how == u"nobody")
+            QCOMPARE(chown(path.constData(), 65534, 65534), 0);
+
+        SingleInstance instance(folder);
+        QCOMPARE(instance.claim({QStringLiteral("http://provider.example/TOKEN/live.m3u8")},
+                                QStringLiteral("/")),
+                 SingleInstance::Role::running);
+        // Nothing was handed to the socket in that folder.
+        QTest::qWait(100);
+        QVERIFY(!theirs.hasPendingConnections());
+        QVERIFY(!theirs.waitForNewConnection(0));
+        if (how == u"nobody")
+            QCOMPARE(chown(path.constData(), getuid(), getgid()), 0);
     }
 
     void theMessageRefusesWhatIsNotOne()

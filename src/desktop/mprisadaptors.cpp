@@ -62,7 +62,11 @@ void MprisRootAdaptor::Quit()
 MprisPlayerAdaptor::MprisPlayerAdaptor(MprisService *service)
     : QDBusAbstractAdaptor(service)
     , m_service(service)
-{ }
+{
+    // Every seek is announced, whoever asked for it: keys, slider, or the bus.
+    connect(&service->model(), &PlayerModel::seeked, this,
+            [this](double seconds) { Q_EMIT Seeked(std::llround(seconds * 1e6)); });
+}
 
 QString MprisPlayerAdaptor::playbackStatus() const
 {
@@ -81,7 +85,9 @@ double MprisPlayerAdaptor::volume() const
 
 void MprisPlayerAdaptor::setVolume(double volume)
 {
-    m_service->model().setVolume(std::clamp(volume, 0.0, 1.0));
+    // NaN would pass a clamp and reach the player as a volume.
+    if (std::isfinite(volume))
+        m_service->model().setVolume(std::clamp(volume, 0.0, 1.0));
 }
 
 qlonglong MprisPlayerAdaptor::position() const
@@ -126,12 +132,8 @@ void MprisPlayerAdaptor::Seek(qlonglong offset)
 {
     if (!m_service->canSeek())
         return;
-    PlayerModel &model = m_service->model();
-    // Where the skip lands: it is clamped to the item, as the player's own skips are.
-    const double target
-        = std::clamp(model.currentTime() + double(offset) / 1e6, 0.0, model.duration());
-    model.skip(double(offset) / 1e6);
-    Q_EMIT Seeked(std::llround(target * 1e6));
+    // Clamped to the item, as the player's own skips are; announced as every seek is.
+    m_service->model().skip(double(offset) / 1e6);
 }
 
 void MprisPlayerAdaptor::SetPosition(const QDBusObjectPath &track, qlonglong position)
@@ -143,7 +145,6 @@ void MprisPlayerAdaptor::SetPosition(const QDBusObjectPath &track, qlonglong pos
         return;
     PlayerModel &model = m_service->model();
     model.skip(double(position) / 1e6 - model.currentTime());
-    Q_EMIT Seeked(position);
 }
 
 void MprisPlayerAdaptor::OpenUri(const QString &uri)

@@ -101,6 +101,8 @@ public:
     // Transport, observation and notices (in PlayerModelTransport.cpp).
     void togglePlayback();
     void skip(double seconds);
+    // Seeks exactly to seconds into the item (the position slider).
+    void seek(double seconds);
     void setVolume(double value);
     void toggleMute();
     void stop();
@@ -115,6 +117,8 @@ Q_SIGNALS:
     void playlistChanged();
     void isPlayingChanged();
     void currentTimeChanged();
+    // The player was sent to seconds into the item: a skip, a seek, from any source.
+    void seeked(double seconds);
     void durationChanged();
     void volumeChanged();
     void isMutedChanged();

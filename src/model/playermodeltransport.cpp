@@ -44,6 +44,13 @@ void PlayerModel::skip(double seconds)
     m_player->seekExactly(target);
     // The position jumps now; the periodic observer would only see it on its next tick.
     setCurrentTime(target);
+    Q_EMIT seeked(target);
+}
+
+void PlayerModel::seek(double seconds)
+{
+    m_player->seekExactly(seconds);
+    Q_EMIT seeked(seconds);
 }
 
 void PlayerModel::setVolume(double value)

@@ -228,7 +228,7 @@ void PlayerControlBar::endSeek()
 {
     m_seeking = false;
     m_seekValue = double(m_position->value()) / sliderScale;
-    m_model.player().seekExactly(m_seekValue);
+    m_model.seek(m_seekValue);
 }
 
 void PlayerControlBar::updateMuted()

@@ -36,6 +36,7 @@ class ChangeListener : public QObject
 
 public:
     QList<QVariantMap> changes;
+    QList<qlonglong> seeks; // microseconds, as Seeked says
 
     QVariant last(const QString &name) const
     {
@@ -46,6 +47,7 @@ public:
     }
 
 public Q_SLOTS:
+    void seeked(qlonglong position) { seeks.append(position); }
     void changed(const QString &interface, const QVariantMap &values, const QStringList &)
     {
         if (interface == player)
@@ -104,6 +106,8 @@ private Q_SLOTS:
                     .isConnected());
         QVERIFY(desktop().connect(service, path, properties, QStringLiteral("PropertiesChanged"),
                                   &m_listener, SLOT(changed(QString, QVariantMap, QStringList))));
+        QVERIFY(desktop().connect(service, path, player, QStringLiteral("Seeked"), &m_listener,
+                                  SLOT(seeked(qlonglong))));
         m_model = std::make_unique<PlayerModel>(
             std::make_unique<MpvPlayer>(MpvPlayer::VideoOutput::none));
         m_service
@@ -224,6 +228,42 @@ private Q_SLOTS:
         QTRY_VERIFY(!desktop().interface()->isServiceRegistered(service).value());
         m_service = std::make_unique<MprisService>(*m_model, MprisService::WindowActions {});
         QVERIFY(m_service->isRegistered());
+    }
+
+    void seeksMadeInThePlayerAreAnnounced()
+    {
+        m_model->play(QUrl::fromLocalFile(m_media.filePath("video.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(property(player, QStringLiteral("CanSeek")).toBool(), 15'000);
+        m_model->togglePlayback();
+        QTRY_VERIFY(!m_model->isPlaying());
+        m_listener.seeks.clear();
+        // The keys and the skip buttons skip; the position slider seeks where it is released.
+        m_model->skip(20);
+        QTRY_COMPARE(m_listener.seeks.size(), 1);
+        QVERIFY(std::abs(seconds(m_listener.seeks.last()) - 20) < 0.5);
+        m_model->seek(12.5);
+        QTRY_COMPARE(m_listener.seeks.size(), 2);
+        QCOMPARE(m_listener.seeks.last(), 12'500'000);
+        // One announcement for a seek asked over the bus too.
+        call(player, QStringLiteral("Seek"), {QVariant::fromValue(qlonglong(1'000'000))});
+        QTRY_COMPARE(m_listener.seeks.size(), 3);
+        QTest::qWait(300);
+        QCOMPARE(m_listener.seeks.size(), 3);
+        m_model->stop();
+    }
+
+    void aVolumeThatIsNoNumberIsIgnored()
+    {
+        m_model->setVolume(0.5);
+        for (const double volume : {qQNaN(), qInf(), -qInf()}) {
+            call(properties, QStringLiteral("Set"),
+                 {player, QStringLiteral("Volume"), QVariant::fromValue(QDBusVariant(volume))});
+            QTest::qWait(100);
+            QCOMPARE(m_model->volume(), 0.5);
+        }
+        call(properties, QStringLiteral("Set"),
+             {player, QStringLiteral("Rate"), QVariant::fromValue(QDBusVariant(2.0))});
+        QCOMPARE(property(player, QStringLiteral("Rate")).toDouble(), 1.0);
     }
 
     void openUriTakesOnlyFilesAndWebAddresses_data()

@@ -8,6 +8,7 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <mutex>
 
 namespace ChannelFilters {
 
@@ -33,15 +34,24 @@ QCollator caseInsensitiveCollator()
 
 QString countryName(const QString &code)
 {
-    // Rows ask for the same few hundred codes again and again while painting.
+    // Rows ask for the same few hundred codes again and again while painting, and the loader's
+    // threads ask while they build search indexes: the cache is shared, so guarded. It keeps
+    // at most a few thousand names, so that a list of made-up codes cannot grow it forever.
+    constexpr qsizetype maximumNames = 4096;
+    static std::mutex lock;
     static QHash<QString, QString> names;
-    const auto found = names.constFind(code);
-    if (found != names.cend())
-        return *found;
+    {
+        const std::lock_guard guard(lock);
+        const auto found = names.constFind(code);
+        if (found != names.cend())
+            return *found;
+    }
     QString name = icuCountryName(code);
     if (name.isEmpty())
         name = code;
-    names.insert(code, name);
+    const std::lock_guard guard(lock);
+    if (names.size() < maximumNames)
+        names.insert(code, name);
     return name;
 }
 

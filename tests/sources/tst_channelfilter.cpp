@@ -9,6 +9,9 @@
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTest>
+#include <atomic>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -78,6 +81,32 @@ private:
     }
 
 private Q_SLOTS:
+    void countryNamesAreAskedFromManyThreadsAtOnce()
+    {
+        // The loader's threads build search indexes while the interface paints rows, and all
+        // of them ask for country names.
+        std::atomic<bool> wrong = false;
+        const auto ask = [&wrong](int seed) {
+            for (int round = 0; round < 20; ++round) {
+                for (int i = 0; i < 2000; ++i) {
+                    const int n = (i * 7919 + seed * 104729 + round * 31) % 6000;
+                    const QString code = QChar(u'A' + n % 26) + QString::number(n / 26);
+                    if (ChannelFilters::countryName(code) != code)
+                        wrong = true;
+                }
+                if (ChannelFilters::countryName(QStringLiteral("FR")) != u"France")
+                    wrong = true;
+            }
+        };
+        std::vector<std::thread> threads;
+        for (int seed = 1; seed <= 3; ++seed)
+            threads.emplace_back(ask, seed);
+        ask(0);
+        for (std::thread &thread : threads)
+            thread.join();
+        QVERIFY(!wrong);
+    }
+
     void searchIgnoresLetterCaseAndLooksAtNamesAndGroups()
     {
         QCOMPARE(filteredNames(search(QStringLiteral("bbc"))), QStringList {"BBC One"});

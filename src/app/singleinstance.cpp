@@ -9,6 +9,7 @@
 #include <QLocalSocket>
 #include <QStandardPaths>
 #include <QThread>
+#include <QTimer>
 
 #include <cerrno>
 #include <sys/stat.h>
@@ -17,6 +18,11 @@
 namespace {
 constexpr int startingPlayerWaitMs = 10'000;
 constexpr int replyWaitMs = 5'000;
+// A busy player (a huge playlist being read) may answer late; the arguments are sent once and
+// the answer waited for this long before this launch opens a window of its own.
+constexpr int answerWaitMs = 30'000;
+// A client that connects and says nothing is let go after this long.
+constexpr int idleClientMs = 5'000;
 
 // Makes folder (mode 0700) unless it is there, and says whether it is private to this user: a
 // directory, not a link, owned by this user and closed to everyone else. A folder another user
@@ -81,8 +87,16 @@ SingleInstance::Role SingleInstance::claim(const QStringList &arguments,
             return Role::running;
         }
         // Another player holds it: it runs, or is starting and listens soon.
-        if (handOver(arguments, workingDirectory))
+        switch (handOver(arguments, workingDirectory)) {
+        case HandOver::delivered:
             return Role::handedOver;
+        case HandOver::unanswered:
+            qWarning("The running player did not take this launch's request; opening another "
+                     "window.");
+            return Role::running;
+        case HandOver::notReached:
+            break;
+        }
         if (deadline.hasExpired()) {
             // A player that neither answers nor ends: better a second window than nothing.
             qWarning("The running player does not answer; opening another window.");
@@ -114,6 +128,11 @@ void SingleInstance::listen()
 void SingleInstance::receive(QLocalSocket *socket)
 {
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    QTimer::singleShot(idleClientMs, socket, [socket] {
+        // A whole request that waited for a busy interface is still answered.
+        if (!socket->canReadLine())
+            socket->abort();
+    });
     connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
         if (!socket->canReadLine()) {
             // A sender that never ends its line is not a player; it does not fill memory.
@@ -130,16 +149,25 @@ void SingleInstance::receive(QLocalSocket *socket)
     });
 }
 
-bool SingleInstance::handOver(const QStringList &arguments, const QString &workingDirectory)
+SingleInstance::HandOver SingleInstance::handOver(const QStringList &arguments,
+                                                  const QString &workingDirectory)
 {
     QLocalSocket socket;
     socket.connectToServer(socketPath());
     if (!socket.waitForConnected(500))
-        return false;
+        return HandOver::notReached;
     socket.write(LaunchMessage::encode({arguments, workingDirectory}));
     if (!socket.waitForBytesWritten(replyWaitMs))
-        return false;
-    QDeadlineTimer reply(replyWaitMs);
-    while (!socket.canReadLine() && socket.waitForReadyRead(int(reply.remainingTime()))) { }
-    return socket.readLine().trimmed() == "ok";
+        return HandOver::notReached;
+    // Sent: from here on the answer is awaited, never the request sent again, so the player
+    // cannot open the file twice.
+    QDeadlineTimer answer(answerWaitMs);
+    while (!socket.canReadLine() && socket.state() == QLocalSocket::ConnectedState
+           && !answer.hasExpired())
+        socket.waitForReadyRead(int(qMin<qint64>(answer.remainingTime(), 1000)));
+    if (socket.canReadLine())
+        return socket.readLine().trimmed() == "ok" ? HandOver::delivered : HandOver::unanswered;
+    // Gone without a word: it did not take the request, and the lock says whether it still
+    // runs.
+    return answer.hasExpired() ? HandOver::unanswered : HandOver::notReached;
 }

@@ -34,7 +34,12 @@ Q_SIGNALS:
 
 private:
     void listen();
-    bool handOver(const QStringList &arguments, const QString &workingDirectory);
+    enum class HandOver {
+        delivered, // the running player took the arguments
+        notReached, // no player listened, or it went away before answering: try again
+        unanswered, // sent, but refused or never answered: never sent twice
+    };
+    HandOver handOver(const QStringList &arguments, const QString &workingDirectory);
     void receive(QLocalSocket *socket);
 
     QString m_folder;

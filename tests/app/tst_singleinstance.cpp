@@ -5,15 +5,21 @@
 #include "app/singleinstance.h"
 #include "testmedia.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalServer>
+#include <QLocalSocket>
 #include <QLockFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+#include <atomic>
 #include <memory>
+#include <thread>
+#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -136,6 +142,58 @@ private Q_SLOTS:
         QVERIFY(!theirs.waitForNewConnection(0));
         if (how == u"nobody")
             QCOMPARE(chown(path.constData(), getuid(), getgid()), 0);
+    }
+
+    void aConnectionThatSaysNothingIsClosed()
+    {
+        QTemporaryDir folder;
+        SingleInstance running(folder.path());
+        QCOMPARE(running.claim({}, QStringLiteral("/")), SingleInstance::Role::running);
+        QLocalSocket idle;
+        idle.connectToServer(running.socketPath());
+        QVERIFY(idle.waitForConnected(2000));
+        // A client that never sends holds nothing for long.
+        QTRY_COMPARE_WITH_TIMEOUT(idle.state(), QLocalSocket::UnconnectedState, 10'000);
+    }
+
+    void aLateAnswerIsWaitedForAndTheArgumentsSentOnce()
+    {
+        QTemporaryDir folder;
+        // A running player that is busy: it takes the arguments and answers 7 s later.
+        QLockFile theirLock(folder.filePath(QStringLiteral("LumoMediaPlayer.lock")));
+        QVERIFY(theirLock.tryLock(0));
+        const QString socket = folder.filePath(QStringLiteral("LumoMediaPlayer.socket"));
+        std::atomic<int> messages = 0;
+        std::atomic<bool> listening = false;
+        std::thread busy([&] {
+            QLocalServer server;
+            listening = server.listen(socket);
+            QDeadlineTimer end(25'000);
+            std::vector<std::unique_ptr<QLocalSocket>> clients;
+            while (listening && !end.hasExpired()) {
+                if (!server.waitForNewConnection(100))
+                    continue;
+                clients.emplace_back(server.nextPendingConnection());
+                QLocalSocket *client = clients.back().get();
+                while (!client->canReadLine() && client->waitForReadyRead(1000)) { }
+                if (!client->canReadLine())
+                    continue;
+                ++messages;
+                if (messages == 1) {
+                    QThread::msleep(7000);
+                    client->write("ok\n");
+                    client->waitForBytesWritten(1000);
+                    end = QDeadlineTimer(3000); // long enough to see a second message
+                }
+            }
+        });
+        QTRY_VERIFY(listening);
+        SingleInstance second(folder.path());
+        const SingleInstance::Role role
+            = second.claim({QStringLiteral("clip.mp4")}, QStringLiteral("/"));
+        busy.join();
+        QCOMPARE(messages.load(), 1);
+        QCOMPARE(role, SingleInstance::Role::handedOver);
     }
 
     void theMessageRefusesWhatIsNotOne()

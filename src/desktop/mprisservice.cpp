@@ -28,6 +28,8 @@ MprisService::MprisService(PlayerModel &model, WindowActions actions, QDBusConne
                               &PlayerModel::volumeChanged, &PlayerModel::isLiveStreamChanged,
                               &PlayerModel::youtubeContentChanged})
         connect(&model, change, this, &MprisService::announcePlayer);
+    // An item may end (in error, while paused) without any of the above changing.
+    connect(&model.player(), &MediaPlayer::hasItemChanged, this, &MprisService::announcePlayer);
     connect(&model, &PlayerModel::titleChanged, this, [this] {
         ++m_track;
         announcePlayer();

@@ -252,6 +252,18 @@ private Q_SLOTS:
         m_model->stop();
     }
 
+    void anItemThatFailsWhilePausedIsStopped()
+    {
+        m_model->play(QUrl::fromLocalFile(m_media.filePath("missing.mp4")), std::nullopt, false);
+        // Paused before the player finds out that the file is not there.
+        m_model->togglePlayback();
+        QTRY_VERIFY(!m_model->player().hasItem());
+        QTRY_COMPARE(m_listener.last("PlaybackStatus").toString(), "Stopped");
+        QCOMPARE(m_listener.last("CanPlay").toBool(), false);
+        QCOMPARE(property(player, QStringLiteral("PlaybackStatus")).toString(), "Stopped");
+        m_model->stop();
+    }
+
     void aVolumeThatIsNoNumberIsIgnored()
     {
         m_model->setVolume(0.5);

@@ -49,6 +49,17 @@ bool playerIsReady(QWebEngineView *view)
         .toBool();
 }
 
+// Ready on the page of that video. Right after another video is asked for, the page before it
+// is still there and its player ready: a check that does not name the video passes on it and
+// then fails while the new page loads.
+bool playerIsReadyWith(QWebEngineView *view, const QString &videoID)
+{
+    return evaluated(view,
+                     u"!!(window.standIn && standIn.player && standIn.player.calls.length"
+                     " && standIn.player.options.videoId === '%1')"_s.arg(videoID))
+        .toBool();
+}
+
 const QString watchAddress = u"https://www.youtube.com/watch?v=abc123"_s;
 
 } // namespace
@@ -144,7 +155,7 @@ private Q_SLOTS:
         // The same page in a view that insists on a gesture is refused: the setting matters.
         web->settings()->setAttribute(QWebEngineSettings::PlaybackRequiresUserGesture, true);
         view.updateContent(content(u"other"_s, std::nullopt));
-        QTRY_VERIFY_WITH_TIMEOUT(playerIsReady(web), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(playerIsReadyWith(web, u"other"_s), 20000);
         QTRY_COMPARE_WITH_TIMEOUT(evaluated(web, u"standIn.autoplay"_s).toString(),
                                   u"NotAllowedError", 10000);
     }

@@ -14,18 +14,30 @@ QString playlistTooLargeDescription(qint64 maxBytes)
     return QStringLiteral("The playlist is larger than %1 MB.").arg(maxBytes / (1024 * 1024));
 }
 
-PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL)
+QString playlistLoadStoppedDescription()
+{
+    return QStringLiteral("The playlist was not loaded.");
+}
+
+PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL,
+                                const std::stop_token &stop)
 {
     PlaylistLoadResult result;
-    result.entries = PlaylistParser::parse(QByteArrayView(bytes), baseURL);
-    if (result.entries.isEmpty())
+    result.entries = PlaylistParser::parse(QByteArrayView(bytes), baseURL, {}, stop);
+    if (stop.stop_requested())
+        return PlaylistLoadResult::failure(playlistLoadStoppedDescription());
+    if (result.entries.isEmpty()) {
         result.error = playlistErrorDescription(PlaylistError::empty);
-    else
-        result.index = std::make_shared<const ChannelIndex>(result.entries);
+        return result;
+    }
+    result.index = ChannelIndex::build(result.entries, stop);
+    if (!result.index)
+        return PlaylistLoadResult::failure(playlistLoadStoppedDescription());
     return result;
 }
 
-PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes)
+PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes,
+                                    const std::stop_token &stop)
 {
     const QString name = QFileInfo(path).fileName();
     const auto failure = [&name](const QString &reason) {
@@ -57,5 +69,5 @@ PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes)
         return PlaylistLoadResult::failure(playlistTooLargeDescription(maxBytes));
     if (file.error() != QFileDevice::NoError)
         return failure(QStringLiteral("The file “%1” couldn’t be read."));
-    return loadPlaylist(bytes, QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
+    return loadPlaylist(bytes, QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()), stop);
 }

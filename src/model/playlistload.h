@@ -8,6 +8,7 @@
 #include <QString>
 #include <QUrl>
 #include <memory>
+#include <stop_token>
 
 struct PlaylistLoadResult
 {
@@ -28,7 +29,14 @@ inline constexpr qint64 maxPlaylistBytes = 128 * 1024 * 1024;
 // "The playlist is larger than 128 MB."
 QString playlistTooLargeDescription(qint64 maxBytes);
 
-PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL);
+// Both give up, with a failure nobody is meant to see, soon after stop is requested: the
+// parse and the index check it every few thousand entries.
+PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL,
+                                const std::stop_token &stop = {});
 
 // Reads a local playlist file (at most maxBytes) and loads it.
-PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes);
+PlaylistLoadResult loadPlaylistFile(const QString &path, qint64 maxBytes,
+                                    const std::stop_token &stop = {});
+
+// The failure of a load given up.
+QString playlistLoadStoppedDescription();

@@ -1,6 +1,7 @@
 #include "playlistloader.h"
 
 #include <QNetworkAccessManager>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -13,11 +14,18 @@
 #include <unistd.h>
 #endif
 
+namespace {
+// Trivially destructible, so that work left behind may count itself out after static
+// destructors ran.
+std::atomic<int> unfinishedWorks {0};
+} // namespace
+
 // Where results of work nobody joins are posted, while the loader is alive.
 struct PlaylistLoader::Mailbox
 {
     std::mutex mutex;
     std::condition_variable finished;
+    std::stop_source stop; // requested when the loader goes
     bool open = true;
     int running = 0; // works under way
 
@@ -33,25 +41,30 @@ struct PlaylistLoader::Mailbox
 
     void close()
     {
-        const std::lock_guard lock(mutex);
-        open = false;
+        {
+            const std::lock_guard lock(mutex);
+            open = false;
+        }
+        stop.request_stop();
     }
 
     void started()
     {
         const std::lock_guard lock(mutex);
         ++running;
+        ++unfinishedWorks;
     }
 
     void ended()
     {
         const std::lock_guard lock(mutex);
         --running;
+        --unfinishedWorks;
         finished.notify_all();
     }
 
-    // Gives work that is about to end (a parse) the chance to, so that it is not cut off by the
-    // process ending; a read that blocks for good is left behind.
+    // Gives work told to stop (a parse) the time to, so that it is not cut off by the process
+    // ending; a read that blocks for good is left behind.
     void waitForRunning(std::chrono::milliseconds patience)
     {
         std::unique_lock lock(mutex);
@@ -86,7 +99,12 @@ void PlaylistLoader::runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QO
     std::thread([mailbox = std::move(mailbox), work = std::move(work), context,
                  done = std::move(done)]() mutable {
         lowerThisThreadsPriority();
-        mailbox->deliver(context, done, work());
+        {
+            // What the work holds goes before it counts itself out.
+            auto ownWork = std::move(work);
+            const Done ownDone = std::move(done);
+            mailbox->deliver(context, ownDone, ownWork(mailbox->stop.get_token()));
+        }
         mailbox->ended();
     }).detach();
 }
@@ -150,7 +168,9 @@ void PlaylistLoader::load(const QUrl &url, const PlaylistDownloadLimits &limits,
                     // Parsed apart, so that a large list never keeps the next download waiting.
                     runDetached(
                         mailbox,
-                        [bytes = std::move(r.bytes), url] { return loadPlaylist(bytes, url); },
+                        [bytes = std::move(r.bytes), url](const std::stop_token &stop) {
+                            return loadPlaylist(bytes, url, stop);
+                        },
                         context, done);
                 });
         });
@@ -159,8 +179,16 @@ void PlaylistLoader::load(const QUrl &url, const PlaylistDownloadLimits &limits,
 void PlaylistLoader::loadFile(const QString &path, qint64 maxBytes, QObject *context, Done done)
 {
     runDetached(
-        m_mailbox, [readFile = m_readFile, path, maxBytes] { return readFile(path, maxBytes); },
+        m_mailbox,
+        [readFile = m_readFile, path, maxBytes](const std::stop_token &stop) {
+            return readFile(path, maxBytes, stop);
+        },
         context, std::move(done));
+}
+
+int PlaylistLoader::unfinishedWork()
+{
+    return unfinishedWorks;
 }
 
 void PlaylistLoader::cancel()

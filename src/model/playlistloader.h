@@ -1,7 +1,7 @@
 #pragma once
 // Downloads, decodes and parses playlists away from the main thread, so that tens of megabytes
 // of channel list never pass through it. Downloads run on a thread of their own; reading a file
-// and parsing run on a thread each, which nobody waits for: a read on a stalled mount may never
+// and parsing run on a thread each, which nobody joins: a read on a stalled mount may never
 // end, and must hold up neither later loads nor quitting. Each result is handed to its callback
 // on the context object's thread; a newer download aborts an older one.
 #include "playlistdownload.h"
@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <stop_token>
 
 class PlaylistLoader final : public QObject
 {
@@ -26,15 +27,21 @@ public:
     {
         return std::min(inherited + backgroundNiceIncrement, 19);
     }
-    // Reads and loads a local playlist of at most maxBytes; may block for as long as the file
-    // system does.
-    using FileReader = std::function<PlaylistLoadResult(const QString &path, qint64 maxBytes)>;
+    // Reads and loads a local playlist of at most maxBytes, giving up once stop is requested;
+    // may block for as long as the file system does.
+    using FileReader = std::function<PlaylistLoadResult(const QString &path, qint64 maxBytes,
+                                                        const std::stop_token &stop)>;
 
     explicit PlaylistLoader(FileReader readFile = &loadPlaylistFile);
-    // Aborts the download under way and stops the download thread; reads and parses still
-    // running are given at most a second to end, then left to end by themselves. No callback
-    // runs after this.
+    // Aborts the download under way, stops the download thread and tells the reads and parses
+    // still running to give up, which a parse does within milliseconds; they are waited for a
+    // second at most, then left behind (a read blocked by its file system). No callback runs
+    // after this.
     ~PlaylistLoader() override;
+
+    // How many reads and parses of all loaders, destroyed ones included, are still running.
+    // A process that ends while one is must not run its static destructors under it.
+    static int unfinishedWork();
 
     // Errors come back as the download's or the playlist's description.
     void load(const QUrl &url, const PlaylistDownloadLimits &limits, QObject *context, Done done);

@@ -59,6 +59,23 @@ char16_t *foldInto(QStringView text, char16_t *out)
 ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     : m_playlist(playlist)
 {
+    index({});
+}
+
+std::shared_ptr<const ChannelIndex> ChannelIndex::build(const QList<PlaylistEntry> &playlist,
+                                                        std::stop_token stop)
+{
+    auto built = std::make_shared<ChannelIndex>();
+    built->m_playlist = playlist;
+    if (!built->index(stop))
+        return nullptr;
+    return built;
+}
+
+bool ChannelIndex::index(const std::stop_token &stop)
+{
+    constexpr qsizetype checkEvery = 4096;
+    const QList<PlaylistEntry> &playlist = m_playlist;
     const qsizetype count = playlist.size();
     m_starts.reserve(size_t(count) + 1);
     m_country.reserve(size_t(count));
@@ -66,7 +83,10 @@ ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     QHash<QString, int> countryIDs;
     QHash<QString, int> groupIDs;
     qsizetype length = 0;
-    for (const PlaylistEntry &entry : playlist) {
+    for (qsizetype row = 0; row < count; ++row) {
+        if (row % checkEvery == 0 && stop.stop_requested())
+            return false;
+        const PlaylistEntry &entry = playlist.at(row);
         const std::optional<QString> group = entry.groupTitle();
         const std::optional<QString> country = entry.countryCode();
         length += entry.nameView().size() + (group ? group->size() : 0) + 2;
@@ -78,6 +98,8 @@ ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     char16_t *out = reinterpret_cast<char16_t *>(m_text.data());
     const char16_t *const begin = out;
     for (int row = 0; row < int(count); ++row) {
+        if (row % checkEvery == 0 && stop.stop_requested())
+            return false;
         const PlaylistEntry &entry = playlist.at(row);
         m_starts.push_back(int(out - begin));
         out = foldInto(entry.nameView(), out);
@@ -89,8 +111,13 @@ ChannelIndex::ChannelIndex(const QList<PlaylistEntry> &playlist)
     m_starts.push_back(int(out - begin));
     Q_ASSERT(out - begin == length);
 
+    // Sorting the menus reads the process's country-name cache, which a build given up at
+    // quitting must leave alone.
+    if (stop.stop_requested())
+        return false;
     m_countryCodes = ChannelFilters::sortedByCountryName(m_countries);
     m_categories = ChannelFilters::sortedCategories(m_groups);
+    return true;
 }
 
 bool ChannelIndex::passesMenus(int row, int country, int category) const

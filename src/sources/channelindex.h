@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <memory>
+#include <stop_token>
 #include <vector>
 
 class ChannelIndex
@@ -14,6 +16,10 @@ class ChannelIndex
 public:
     ChannelIndex() = default;
     explicit ChannelIndex(const QList<PlaylistEntry> &playlist);
+    // The same, built where it may be given up: null once stop is requested, which is checked
+    // every few thousand entries.
+    static std::shared_ptr<const ChannelIndex> build(const QList<PlaylistEntry> &playlist,
+                                                     std::stop_token stop);
 
     qsizetype size() const { return qsizetype(m_country.size()); }
     const QList<PlaylistEntry> &playlist() const { return m_playlist; }
@@ -29,6 +35,8 @@ public:
     const QStringList &categories() const { return m_categories; }
 
 private:
+    // False when stopped before the end; the index is then incomplete.
+    bool index(const std::stop_token &stop);
     bool passesMenus(int row, int country, int category) const;
     std::vector<int> filterByMenus(int country, int category) const;
     std::vector<int> filterBySearch(const QString &query, int country, int category) const;

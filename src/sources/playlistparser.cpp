@@ -358,16 +358,19 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
 }
 
 // Nothing when the bytes are read as UTF-8 and are not.
-std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes,
-                                                   PlaylistLines::Encoding encoding,
-                                                   const QUrl &baseURL,
-                                                   const PlaylistParser::BytesRead &bytesRead)
+std::optional<QList<PlaylistEntry>>
+parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL,
+               const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
 {
     constexpr qsizetype reportEvery = 1 << 20;
+    constexpr qsizetype checkStopEvery = 4096; // lines
     Parser parser(baseURL);
     qsizetype reported = 0;
+    qsizetype lines = 0;
     const PlaylistLines::Walk walk
         = PlaylistLines::walk(bytes, encoding, [&](QStringView line, qsizetype pieceStart, bool) {
+              if (lines++ % checkStopEvery == 0 && stop.stop_requested())
+                  return false;
               // Everything before this piece is read.
               if (bytesRead && pieceStart - reported >= reportEvery) {
                   bytesRead(bytes.sliced(reported, pieceStart - reported));
@@ -378,15 +381,16 @@ std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes,
           });
     if (walk == PlaylistLines::Walk::notUtf8)
         return std::nullopt;
+    if (walk == PlaylistLines::Walk::stopped)
+        return parser.take();
     if (bytesRead && reported < bytes.size())
         bytesRead(bytes.sliced(reported));
     return parser.take();
 }
 
-std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes,
-                                               PlaylistLines::Encoding encoding,
-                                               const QUrl &baseURL,
-                                               const PlaylistParser::BytesRead &bytesRead)
+std::optional<QList<PlaylistEntry>>
+parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL,
+           const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
 {
     constexpr qsizetype parallelFromBytes = 1 << 20;
     if (bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1) {
@@ -394,10 +398,10 @@ std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes,
         if (split > 0) {
             std::optional<QList<PlaylistEntry>> second;
             std::thread worker([&] {
-                second = parseBytesPart(bytes.sliced(split), encoding, baseURL, bytesRead);
+                second = parseBytesPart(bytes.sliced(split), encoding, baseURL, bytesRead, stop);
             });
             std::optional<QList<PlaylistEntry>> first
-                = parseBytesPart(bytes.first(split), encoding, baseURL, bytesRead);
+                = parseBytesPart(bytes.first(split), encoding, baseURL, bytesRead, stop);
             worker.join();
             if (!first || !second)
                 return std::nullopt;
@@ -405,7 +409,7 @@ std::optional<QList<PlaylistEntry>> parseBytes(QByteArrayView bytes,
             return first;
         }
     }
-    return parseBytesPart(bytes, encoding, baseURL, bytesRead);
+    return parseBytesPart(bytes, encoding, baseURL, bytesRead, stop);
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address
@@ -460,7 +464,7 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
 }
 
 QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &baseURL,
-                                           const BytesRead &bytesRead)
+                                           const BytesRead &bytesRead, const std::stop_token &stop)
 {
     // The UTF-8 mark is no text, and a Latin-1 reading drops it too (see decodePlaylistText).
     if (bytes.startsWith("\xEF\xBB\xBF")) {
@@ -469,9 +473,9 @@ QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &bas
         bytes = bytes.sliced(3);
     }
     if (std::optional<QList<PlaylistEntry>> entries
-        = parseBytes(bytes, PlaylistLines::Encoding::utf8, baseURL, bytesRead))
+        = parseBytes(bytes, PlaylistLines::Encoding::utf8, baseURL, bytesRead, stop))
         return std::move(*entries);
-    return parseBytes(bytes, PlaylistLines::Encoding::latin1, baseURL, bytesRead)
+    return parseBytes(bytes, PlaylistLines::Encoding::latin1, baseURL, bytesRead, stop)
         .value_or(QList<PlaylistEntry>());
 }
 

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <optional>
+#include <stop_token>
 
 class PlaylistParser
 {
@@ -25,9 +26,11 @@ public:
     using BytesRead = std::function<void(QByteArrayView read)>;
 
     // The same from the playlist's bytes, read as decodePlaylistText reads them (UTF-8, else
-    // Latin-1) but a line at a time, so the whole text is never held in UTF-16.
+    // Latin-1) but a line at a time, so the whole text is never held in UTF-16. Once stop is
+    // requested (checked every few thousand lines) the parse ends early with what it has.
     static QList<PlaylistEntry> parse(QByteArrayView bytes, const QUrl &baseURL,
-                                      const BytesRead &bytesRead = {});
+                                      const BytesRead &bytesRead = {},
+                                      const std::stop_token &stop = {});
 
     // The trimmed value of name="..." in an #EXTINF line; the name is matched case-insensitively
     // anywhere in the line. Nothing when missing, unterminated or empty.

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include <sys/resource.h>
@@ -51,6 +52,20 @@ struct StalledRead
     }
 };
 
+bool writeChannels(const QString &path, int count)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    QByteArray text = "#EXTM3U\n";
+    for (int i = 0; i < count; ++i) {
+        text += "#EXTINF:-1 tvg-id=\"ch" + QByteArray::number(i) + ".us\" group-title=\"Group "
+            + QByteArray::number(i % 50) + "\",Channel " + QByteArray::number(i)
+            + "\nhttp://stream.example.com/live/" + QByteArray::number(i) + ".ts\n";
+    }
+    return file.write(text) == text.size();
+}
+
 } // namespace
 
 class TestPlaylistLoader : public QObject
@@ -67,7 +82,7 @@ private Q_SLOTS:
 
         auto stall = std::make_shared<StalledRead>();
         auto loader = std::make_unique<PlaylistLoader>(
-            [stall](const QString &, qint64) { return stall->read(); });
+            [stall](const QString &, qint64, const std::stop_token &) { return stall->read(); });
         QObject context;
         int fileResults = 0;
         loader->loadFile(QStringLiteral("/mnt/stalled/list.m3u"), maxPlaylistBytes, &context,
@@ -100,17 +115,52 @@ private Q_SLOTS:
         // A parse of a large list ends within a second; cut off by the process ending it
         // could crash on the way out, so quitting gives it that second.
         auto finished = std::make_shared<std::atomic<bool>>(false);
-        auto loader = std::make_unique<PlaylistLoader>([finished](const QString &, qint64) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(300));
-            finished->store(true);
-            return PlaylistLoadResult {};
-        });
+        auto loader = std::make_unique<PlaylistLoader>(
+            [finished](const QString &, qint64, const std::stop_token &) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(300));
+                finished->store(true);
+                return PlaylistLoadResult {};
+            });
         QObject context;
         int results = 0;
         loader->loadFile(QStringLiteral("/tmp/list.m3u"), maxPlaylistBytes, &context,
                          [&results](const PlaylistLoadResult &) { ++results; });
         loader.reset();
         QVERIFY(finished->load());
+        QTest::qWait(100);
+        QCOMPARE(results, 0);
+    }
+
+    void quittingStopsAParseUnderWay()
+    {
+        // A parse that went on after quitting would race the static destructors: a loader that
+        // goes tells it to stop, and it has ended once the loader is gone.
+        QTemporaryDir folder;
+        QVERIFY(folder.isValid());
+        const QString path = folder.filePath(QStringLiteral("large.m3u"));
+        QVERIFY(writeChannels(path, 200'000));
+        auto outcome = std::make_shared<std::optional<PlaylistLoadResult>>();
+        auto reading = std::make_shared<std::atomic<bool>>(false);
+        auto loader = std::make_unique<PlaylistLoader>(
+            [outcome, reading](const QString &file, qint64 maxBytes, const std::stop_token &stop) {
+                reading->store(true);
+                // Quitting begins while the list is being read.
+                for (int waited = 0; !stop.stop_requested() && waited < 10'000; ++waited)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                PlaylistLoadResult result = loadPlaylistFile(file, maxBytes, stop);
+                *outcome = result;
+                return result;
+            });
+        QObject context;
+        int results = 0;
+        loader->loadFile(path, maxPlaylistBytes, &context,
+                         [&results](const PlaylistLoadResult &) { ++results; });
+        QTRY_VERIFY(reading->load());
+        loader.reset();
+        QCOMPARE(PlaylistLoader::unfinishedWork(), 0);
+        QVERIFY(outcome->has_value());
+        QCOMPARE((*outcome)->error, playlistLoadStoppedDescription());
+        QVERIFY(!(*outcome)->index);
         QTest::qWait(100);
         QCOMPARE(results, 0);
     }
@@ -124,7 +174,7 @@ private Q_SLOTS:
         const int started = getpriority(PRIO_PROCESS, interfaceThread);
         QCOMPARE(errno, 0);
         auto nice = std::make_shared<std::atomic<int>>(-100);
-        PlaylistLoader loader([nice](const QString &, qint64) {
+        PlaylistLoader loader([nice](const QString &, qint64, const std::stop_token &) {
             errno = 0;
             nice->store(getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())));
             return PlaylistLoadResult {};

@@ -302,6 +302,16 @@ private Q_SLOTS:
         QCOMPARE(ChannelIndex(playlist).filter(search(QStringLiteral("ef"))), std::vector<int> {1});
         QCOMPARE(ChannelIndex().filter(search(QStringLiteral("a"))).size(), size_t(0));
     }
+
+    void anIndexBuildIsGivenUpWhenStopped()
+    {
+        QVERIFY(ChannelIndex::build(m_playlist, {}));
+        QCOMPARE(ChannelIndex::build(m_playlist, {})->countryCodes(),
+                 ChannelIndex(m_playlist).countryCodes());
+        std::stop_source stop;
+        stop.request_stop();
+        QVERIFY(!ChannelIndex::build(m_playlist, stop.get_token()));
+    }
 };
 
 QTEST_APPLESS_MAIN(TestChannelFilter)

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <stop_token>
 
 namespace {
 
@@ -166,6 +167,35 @@ private Q_SLOTS:
             next = start + size;
         }
         QCOMPARE(next, bytes.size());
+    }
+
+    void aStoppedParseEndsWithoutReadingOn()
+    {
+        // Quitting stops a parse under way: once asked, it reads no further than the few
+        // thousand lines between its checks.
+        const QByteArray bytes = largeCorpusList().repeated(4);
+        const QUrl base(QStringLiteral("http://provider.example/list.m3u"));
+        const qsizetype all = PlaylistParser::parse(QByteArrayView(bytes), base).size();
+        std::stop_source stop;
+        QMutex mutex;
+        qsizetype readAfterStop = 0;
+        const QList<PlaylistEntry> entries = PlaylistParser::parse(
+            QByteArrayView(bytes), base,
+            [&](QByteArrayView read) {
+                const QMutexLocker locker(&mutex);
+                if (stop.stop_requested())
+                    readAfterStop += read.size();
+                stop.request_stop();
+            },
+            stop.get_token());
+        QVERIFY2(entries.size() < all / 2, qPrintable(QString::number(entries.size())));
+        // Each of the two halves may report the stretch it was in when the stop came.
+        QVERIFY2(readAfterStop <= 2 * 1.1 * (1 << 20), qPrintable(QString::number(readAfterStop)));
+
+        std::stop_source stopped;
+        stopped.request_stop();
+        QVERIFY(
+            PlaylistParser::parse(QByteArrayView(bytes), base, {}, stopped.get_token()).isEmpty());
     }
 };
 

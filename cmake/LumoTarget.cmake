@@ -18,6 +18,10 @@ if(LUMO_SANITIZE)
                         -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=address,undefined)
 endif()
+if(LUMO_TSAN)
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+endif()
 
 # lumo_add_test(NAME name SOURCES ... LIBS ... LABELS ... [ENVIRONMENT VAR=value ...]): one QtTest
 # executable, one CTest test.

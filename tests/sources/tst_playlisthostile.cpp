@@ -11,24 +11,24 @@
 
 using namespace Qt::StringLiterals;
 
-#if defined(__SANITIZE_ADDRESS__)
-#define LUMO_ASAN 1
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define LUMO_SANITIZER_ALLOCATOR 1
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define LUMO_ASAN 1
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define LUMO_SANITIZER_ALLOCATOR 1
 #endif
 #endif
-#ifdef LUMO_ASAN
+#ifdef LUMO_SANITIZER_ALLOCATOR
 // From the sanitizer runtime (GCC ships no header for it).
 extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace {
 
-// Bytes allocated on the heap right now (the sanitizer's allocator replaces glibc's under ASan).
+// Bytes allocated on the heap right now (the sanitizers' allocator replaces glibc's).
 size_t allocatedBytes()
 {
-#ifdef LUMO_ASAN
+#ifdef LUMO_SANITIZER_ALLOCATOR
     return __sanitizer_get_current_allocated_bytes();
 #else
     malloc_trim(0);

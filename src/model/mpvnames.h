@@ -50,7 +50,15 @@ inline constexpr const char *seekable = "seekable";
 inline constexpr const char *volume = "volume";
 inline constexpr const char *mute = "mute";
 inline constexpr const char *hardwareDecoderInUse = "hwdec-current";
+inline constexpr const char *playlist = "playlist";
+// Settable only while the load hook runs: what mpv opens for the file it starts.
+inline constexpr const char *streamOpenFilename = "stream-open-filename";
 } // namespace Property
+
+// Hooks, run by mpv's core, which waits for the answer.
+namespace Hook {
+inline constexpr const char *load = "on_load";
+} // namespace Hook
 
 // Commands, sent with named arguments.
 namespace Command {

@@ -1,5 +1,6 @@
 #include "mpvplayer.h"
 
+#include "expandedplaylist.h"
 #include "mpvnames.h"
 #include "mpvnode.h"
 
@@ -95,6 +96,8 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
 
     for (const ObservedProperty &property : s_observed)
         mpv_observe_property(mpv, 0, property.name, property.format);
+    // Every file mpv is about to open is checked to be one this player loaded.
+    mpv_hook_add(mpv, 0, Hook::load, 0);
 
     // Called on mpv's threads: it may only queue the drain on the main thread.
     mpv_set_wakeup_callback(
@@ -165,34 +168,72 @@ QVariantMap networkFileOptions(const StreamHeaders &headers)
 
 void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamHeaders &headers)
 {
+    m_entriesLeft.clear();
+    if (url) {
+        m_headers = headers;
+        m_itemIsLocal = url->isLocalFile();
+        setHasItem(true);
+        if (!load(*url)) {
+            // mpv refused the command as given: the item ends before it began.
+            handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, MPV_ERROR_INVALID_PARAMETER, -1,
+                      0);
+        }
+    } else {
+        m_firstFrameShown = false;
+        m_position = qQNaN();
+        m_duration.reset();
+        m_currentEntry = -1;
+        m_currentStarted = false;
+        m_endsBeforeReply.clear();
+        m_awaitedLoad = 0;
+        command({{argument(Command::name), QByteArray(Command::stop)}});
+        setHasItem(false);
+    }
+    updateWaiting();
+}
+
+bool MpvPlayer::load(const QUrl &url)
+{
     m_firstFrameShown = false;
     m_position = qQNaN();
     m_duration.reset();
     m_currentEntry = -1;
     m_currentStarted = false;
     m_endsBeforeReply.clear();
-    if (url) {
-        // A local file goes as a path so that mpv never reads a file: address through FFmpeg.
-        const QByteArray target
-            = url->isLocalFile() ? url->toLocalFile().toUtf8() : url->toEncoded();
-        QVariantMap load {{argument(Command::name), QByteArray(Command::loadFile)},
-                          {argument(Command::url), target},
-                          {argument(Command::flags), QByteArray(Command::replace)}};
-        if (!url->isLocalFile())
-            load.insert(argument(Command::options), networkFileOptions(headers));
-        m_awaitedLoad = ++m_lastReplyID;
-        setHasItem(true);
-        if (!command(load, m_awaitedLoad)) {
-            // mpv refused the command as given: the item ends before it began.
-            m_awaitedLoad = 0;
-            handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, MPV_ERROR_INVALID_PARAMETER, -1);
+    // A local file goes as a path so that mpv never reads a file: address through FFmpeg.
+    const QByteArray target = url.isLocalFile() ? url.toLocalFile().toUtf8() : url.toEncoded();
+    QVariantMap load {{argument(Command::name), QByteArray(Command::loadFile)},
+                      {argument(Command::url), target},
+                      {argument(Command::flags), QByteArray(Command::replace)}};
+    if (!url.isLocalFile())
+        load.insert(argument(Command::options), networkFileOptions(m_headers));
+    m_awaitedLoad = ++m_lastReplyID;
+    if (command(load, m_awaitedLoad))
+        return true;
+    m_awaitedLoad = 0;
+    return false;
+}
+
+bool MpvPlayer::loadNextEntry()
+{
+    while (!m_entriesLeft.isEmpty()) {
+        if (load(m_entriesLeft.takeFirst())) {
+            updateWaiting();
+            return true;
         }
-    } else {
-        m_awaitedLoad = 0;
-        command({{argument(Command::name), QByteArray(Command::stop)}});
-        setHasItem(false);
     }
-    updateWaiting();
+    return false;
+}
+
+void MpvPlayer::handleLoadHook(quint64 hookID)
+{
+    // mpv opens only what this player loaded. After an address turned out to be a playlist,
+    // mpv goes on to its entries by itself, without the item's options and before the
+    // player's own load of them arrives: such a start opens nothing.
+    const bool own = m_awaitedLoad == 0 && m_startingEntry == m_currentEntry;
+    if (!own)
+        mpv_set_property_string(m_handle.get(), Property::streamOpenFilename, "null://");
+    mpv_hook_continue(m_handle.get(), hookID);
 }
 
 void MpvPlayer::play()
@@ -271,10 +312,14 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         break;
     case MPV_EVENT_START_FILE: {
         const auto *start = static_cast<const mpv_event_start_file *>(event.data);
+        m_startingEntry = start->playlist_entry_id;
         if (m_awaitedLoad == 0 && start->playlist_entry_id == m_currentEntry)
             m_currentStarted = true;
         break;
     }
+    case MPV_EVENT_HOOK:
+        handleLoadHook(static_cast<const mpv_event_hook *>(event.data)->id);
+        break;
     case MPV_EVENT_PLAYBACK_RESTART:
         // A restart of an earlier item says nothing about the current one.
         if (!isCurrentItemStarted())
@@ -289,11 +334,13 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         const auto *end = static_cast<const mpv_event_end_file *>(event.data);
         const EndedItem ended {end->playlist_entry_id, end->reason, end->error,
                                end->playlist_insert_num_entries > 0 ? end->playlist_insert_id
-                                                                    : qint64(-1)};
+                                                                    : qint64(-1),
+                               end->playlist_insert_num_entries};
         if (m_awaitedLoad != 0)
             m_endsBeforeReply.append(ended);
         else
-            handleEnd(ended.entryID, ended.reason, ended.error, ended.insertedID);
+            handleEnd(ended.entryID, ended.reason, ended.error, ended.insertedID,
+                      ended.insertedCount);
         break;
     }
     default:
@@ -307,7 +354,7 @@ void MpvPlayer::handleLoadReply(const mpv_event &event)
     const QList<EndedItem> ends = std::exchange(m_endsBeforeReply, {});
     if (event.error < 0) {
         // mpv refused the load itself: the item ends before it began.
-        handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, event.error, -1);
+        handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, event.error, -1, 0);
         return;
     }
     const mpv_node &result = static_cast<const mpv_event_command *>(event.data)->result;
@@ -320,20 +367,32 @@ void MpvPlayer::handleLoadReply(const mpv_event &event)
         }
     }
     for (const EndedItem &end : ends)
-        handleEnd(end.entryID, end.reason, end.error, end.insertedID);
+        handleEnd(end.entryID, end.reason, end.error, end.insertedID, end.insertedCount);
 }
 
-void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 insertedID)
+void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 insertedID,
+                          qint64 insertedCount)
 {
     // The end of an item replaced by a newer one says nothing about the current item.
     if (entryID != m_currentEntry || !m_hasItem)
         return;
     if (reason == MPV_END_FILE_REASON_REDIRECT && insertedID >= 0) {
-        // The address was a playlist, whose first entry now plays in its place.
-        m_currentEntry = insertedID;
-        m_currentStarted = false;
+        // The address was a playlist (a radio link): its entries are loaded as the item was,
+        // each in turn until one plays.
+        mpv_node playlist {};
+        if (mpv_get_property(m_handle.get(), Property::playlist, MPV_FORMAT_NODE, &playlist) >= 0) {
+            m_entriesLeft = ExpandedPlaylist::insertedEntries(playlist, insertedID, insertedCount,
+                                                              m_itemIsLocal);
+            mpv_free_node_contents(&playlist);
+        }
+        if (loadNextEntry())
+            return;
+        reason = MPV_END_FILE_REASON_ERROR;
+        error = MPV_ERROR_LOADING_FAILED;
+    } else if (reason == MPV_END_FILE_REASON_ERROR && loadNextEntry()) {
         return;
     }
+    m_entriesLeft.clear();
     m_currentEntry = -1;
     m_currentStarted = false;
     setHasItem(false);

@@ -71,7 +71,13 @@ private:
     // False when mpv refused the command outright.
     bool command(const QVariantMap &arguments, quint64 replyTo = 0);
     void handleLoadReply(const mpv_event &event);
-    void handleEnd(qint64 entryID, int reason, int error, qint64 insertedID);
+    void handleEnd(qint64 entryID, int reason, int error, qint64 insertedID, qint64 insertedCount);
+    // Loads url as the current item's address (the item's or an entry of its playlist), with
+    // the item's options; false when mpv refused the command.
+    bool load(const QUrl &url);
+    // Loads the next entry of the playlist the item turned out to be; false when none is left.
+    bool loadNextEntry();
+    void handleLoadHook(quint64 hookID);
     bool isCurrentItemStarted() const { return m_awaitedLoad == 0 && m_currentStarted; }
     void updatePresentationSize();
     void updateWaiting();
@@ -84,6 +90,7 @@ private:
         int reason;
         int error;
         qint64 insertedID;
+        qint64 insertedCount;
     };
 
     std::unique_ptr<mpv_handle, HandleDeleter> m_handle;
@@ -95,6 +102,11 @@ private:
     qint64 m_currentEntry = -1; // mpv's id of the current item; -1 when none or unknown
     bool m_currentStarted = false; // mpv has started the current item
     QList<EndedItem> m_endsBeforeReply;
+    qint64 m_startingEntry = -1; // the entry mpv started last
+    // What the current item was loaded with, for the entries of a playlist it turns out to be.
+    StreamHeaders m_headers;
+    bool m_itemIsLocal = false;
+    QList<QUrl> m_entriesLeft; // of that playlist, not tried yet
     bool m_paused = true;
     bool m_pausedForCache = false;
     bool m_firstFrameShown = false;

@@ -6,6 +6,8 @@
 #include "model/playermodel.h"
 #include "testmedia.h"
 
+#include <QSignalSpy>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -18,6 +20,8 @@ private:
     LocalHttpServer m_server;
     std::unique_ptr<PlayerModel> m_model;
     QString m_chosenFile;
+    QTcpServer m_trap;
+    int m_trapConnections = 0;
 
     const PlaylistEntry *channel(const QString &name) const
     {
@@ -58,7 +62,34 @@ private Q_SLOTS:
                                             "id=1\",As attributes\r\n"
                                           + guarded + "\r\n#EXTINF:-1,Without\r\n" + guarded
                                           + "\r\n#EXTINF:-1,Local file\r\nfile://"
-                                          + QUrl::fromLocalFile(clip).path().toUtf8() + "\r\n"));
+                                          + QUrl::fromLocalFile(clip).path().toUtf8()
+                                          + "\r\n#EXTINF:-1 http-user-agent=\"LumoTest/1.0 (like "
+                                            "VLC)\" http-referrer=\"https://site.example/watch?"
+                                            "id=1\",Radio\r\n"
+                                          + m_server.url(QStringLiteral("/radio.pls")).toEncoded()
+                                          + "\r\n#EXTINF:-1,Dead radio\r\n"
+                                          + m_server.url(QStringLiteral("/dead.pls")).toEncoded()
+                                          + "\r\n"));
+        // Radio links: playlists that mpv reads itself. The first entries of the live one lead
+        // to a port that is not the player's business and to a file that is gone.
+        QVERIFY(m_trap.listen(QHostAddress::LocalHost));
+        connect(&m_trap, &QTcpServer::newConnection, this, [this] {
+            ++m_trapConnections;
+            delete m_trap.nextPendingConnection();
+        });
+        const QByteArray trap = "tcp://127.0.0.1:" + QByteArray::number(m_trap.serverPort()) + "/";
+        const QByteArray gone = m_server.url(QStringLiteral("/gone.mp4")).toEncoded();
+        m_server.route(QStringLiteral("/radio.pls"),
+                       HttpResponse::text("[playlist]\nNumberOfEntries=3\nFile1=" + trap
+                                              + "\nFile2=" + gone + "\nFile3=" + guarded
+                                              + "\nVersion=2\n",
+                                          "audio/x-scpls"));
+        m_server.route(
+            QStringLiteral("/dead.pls"),
+            HttpResponse::text("[playlist]\nNumberOfEntries=2\nFile1=" + gone + "\nFile2="
+                                   + m_server.url(QStringLiteral("/gone-too.mp4")).toEncoded()
+                                   + "\nVersion=2\n",
+                               "audio/x-scpls"));
         // An HLS index from the network whose segments are files on this machine.
         QByteArray index = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:1\n"
                            "#EXT-X-MEDIA-SEQUENCE:0\n";
@@ -82,7 +113,7 @@ private Q_SLOTS:
             std::make_unique<MpvPlayer>(MpvPlayer::VideoOutput::none));
         m_model->setFileChooser([this](const OpenPanelRequest &) { return m_chosenFile; });
         m_model->openRemote(m_server.url(QStringLiteral("/channels.m3u")).toString(), std::nullopt);
-        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 4, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 6, 10000);
     }
 
     void cleanup() { m_model.reset(); }
@@ -131,6 +162,46 @@ private Q_SLOTS:
         m_model->playChannel(m_model->playlist().constFirst());
         QVERIFY(m_model->errorMessage().isNull());
         QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 15000);
+    }
+
+    void aRadioLinkPlaysItsEntriesAsTheChannel()
+    {
+        // mpv reads the radio link's playlist; its entries are loaded as the channel is, with
+        // its headers, and only where a channel may lead. A failing entry gives way to the next
+        // without the item ending.
+        QVERIFY(channel(QStringLiteral("Radio")));
+        const int goneRequests = m_server.requestCount(QStringLiteral("/gone.mp4"));
+        QSignalSpy items(&m_model->player(), &MediaPlayer::hasItemChanged);
+        m_model->playChannel(*channel(QStringLiteral("Radio")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 20000);
+        QCOMPARE(m_model->title(), "Radio");
+        QVERIFY(m_model->toastMessage().isNull());
+        QVERIFY(m_model->player().hasItem());
+        QVERIFY(m_model->isPlaying());
+        for (const QList<QVariant> &change : items)
+            QVERIFY2(change.constFirst().toBool(), "the item never ends on the way");
+        QCOMPARE(m_trapConnections, 0);
+        QCOMPARE(m_server.requestCount(QStringLiteral("/gone.mp4")), goneRequests + 1);
+    }
+
+    void aRadioLinkWithNothingPlayableEndsInOneNotice()
+    {
+        QVERIFY(channel(QStringLiteral("Dead radio")));
+        const int first = m_server.requestCount(QStringLiteral("/gone.mp4"));
+        const int second = m_server.requestCount(QStringLiteral("/gone-too.mp4"));
+        QStringList notices;
+        connect(m_model.get(), &PlayerModel::toastMessageChanged, this, [&] {
+            if (!m_model->toastMessage().isNull())
+                notices.append(m_model->toastMessage());
+        });
+        m_model->playChannel(*channel(QStringLiteral("Dead radio")));
+        QTRY_VERIFY_WITH_TIMEOUT(!notices.isEmpty(), 20000);
+        QTest::qWait(1000);
+        QCOMPARE(notices, QStringList {QStringLiteral("Could not play Dead radio.")});
+        QVERIFY(!m_model->player().hasItem());
+        // Each entry was tried once, the last one too.
+        QCOMPARE(m_server.requestCount(QStringLiteral("/gone.mp4")), first + 1);
+        QCOMPARE(m_server.requestCount(QStringLiteral("/gone-too.mp4")), second + 1);
     }
 
     void aNetworkStreamNeverOpensLocalFiles()

@@ -24,6 +24,7 @@ inline constexpr const char *demuxerMaxBytes = "demuxer-max-bytes";
 inline constexpr const char *demuxerMaxBackBytes = "demuxer-max-back-bytes";
 inline constexpr const char *demuxerDonateBuffer = "demuxer-donate-buffer";
 inline constexpr const char *audioClientName = "audio-client-name";
+inline constexpr const char *title = "title";
 inline constexpr const char *hardwareDecoding = "hwdec";
 inline constexpr const char *panscan = "panscan";
 inline constexpr const char *scale = "scale";

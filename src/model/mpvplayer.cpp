@@ -67,7 +67,10 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         // default, draws correctly on every OpenGL the player meets.
         {Option::scale, "bilinear"},
         {Option::downscale, "bilinear"},
+        // The desktop's sound mixer lists the stream by client and by mpv's window title, which
+        // would otherwise read "movie.mkv - mpv".
         {Option::audioClientName, "LumoMediaPlayer"},
+        {Option::title, "LumoMediaPlayer"},
         // The view renders on the interface thread: mpv must hand over a frame at once instead
         // of waiting up to 50 ms for the moment to show it (mpv's advice for such embedders).
         {Option::videoTimingOffset, "0"},

@@ -5,6 +5,7 @@
 #include "model/playermodel.h"
 #include "testmedia.h"
 
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,6 +16,17 @@ class TestPlayerItems : public QObject
 
 private:
     QTemporaryDir m_media;
+
+    // What the sound server says of the streams playing now.
+    static QString soundStreams()
+    {
+        QProcess pactl;
+        pactl.start(QStringLiteral("pactl"),
+                    {QStringLiteral("list"), QStringLiteral("sink-inputs")});
+        if (!pactl.waitForFinished(10000))
+            return {};
+        return QString::fromUtf8(pactl.readAllStandardOutput());
+    }
     std::unique_ptr<PlayerModel> m_model;
 
     QUrl mediaFile(const QString &name) const
@@ -38,6 +50,7 @@ private Q_SLOTS:
         QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("clip.mp4")), 2));
         QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("long.mp4")), 600, {64, 48}, 1,
                                     false));
+        QVERIFY(TestMedia::makeClip(m_media.filePath(QStringLiteral("sound.mp4")), 30));
         QVERIFY(TestMedia::makeRotated(m_media.filePath(QStringLiteral("clip.mp4")),
                                        m_media.filePath(QStringLiteral("upright.mp4")), 90));
         QFile fake(m_media.filePath(QStringLiteral("fake.mp4")));
@@ -131,6 +144,19 @@ private Q_SLOTS:
             QVERIFY2(!(seconds > 3), qPrintable(QString::number(seconds)));
         for (double seconds : std::as_const(durations))
             QVERIFY2(seconds < 3, qPrintable(QString::number(seconds)));
+    }
+
+    void theSoundMixerNamesThePlayer()
+    {
+        // The desktop's sound mixer lists each stream by its client and its name; both are the
+        // player's, whatever file plays.
+        m_model->play(mediaFile(QStringLiteral("sound.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 15000);
+        QString streams;
+        QTRY_VERIFY_WITH_TIMEOUT((streams = soundStreams()).contains(u"media.name"), 10000);
+        QVERIFY2(streams.contains(u"media.name = \"LumoMediaPlayer\""), qPrintable(streams));
+        QVERIFY2(streams.contains(u"application.name = \"LumoMediaPlayer\""), qPrintable(streams));
+        QVERIFY2(!streams.contains(u"sound.mp4"), qPrintable(streams));
     }
 };
 

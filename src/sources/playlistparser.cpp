@@ -195,6 +195,24 @@ QString nameFromAddress(const QByteArray &encoded)
     return QStringLiteral("Stream");
 }
 
+// Where an #EXTINF line's title begins: after the first comma outside the quoted attribute
+// values (name="..."), since a user agent reads "KHTML, like Gecko". A quote left open leaves
+// the first comma of all.
+qsizetype titleComma(QStringView line)
+{
+    for (qsizetype at = 0; at < line.size(); ++at) {
+        if (line[at] == u',')
+            return at;
+        if (line[at] == u'"' && at > 0 && line[at - 1] == u'=') {
+            const qsizetype closing = line.indexOf(u'"', at + 1);
+            if (closing < 0)
+                return line.indexOf(u',');
+            at = closing;
+        }
+    }
+    return -1;
+}
+
 struct PendingInfo
 {
     QString name;
@@ -212,8 +230,9 @@ public:
 
     void readExtinf(QStringView line)
     {
-        // Everything after the first comma, further commas kept; the whole line with no comma.
-        const qsizetype comma = line.indexOf(u',');
+        // Everything after the first comma outside quoted values, further commas kept; the
+        // whole line with no comma.
+        const qsizetype comma = titleComma(line);
         const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
         const AttributePlaces attributes(line);
         m_pending = {};

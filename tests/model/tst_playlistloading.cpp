@@ -117,6 +117,22 @@ private Q_SLOTS:
         QVERIFY(m_model->errorMessage().isNull());
     }
 
+    void aRealIndexLoadsWithWholeNames()
+    {
+        // A real public index of 7,521 channels, 164 of which name a user agent holding a comma.
+        QFile index(QStringLiteral(LUMO_CORPUS_DIR
+                                   "/m3u/orgTestCodacy11KRepos110MB_repo-9001-iptv__index.m3u"));
+        QVERIFY(index.open(QIODevice::ReadOnly));
+        m_server.route(QStringLiteral("/index.m3u"),
+                       HttpResponse::text(index.readAll(), "audio/x-mpegurl"));
+        m_model->openRemote(m_server.url(QStringLiteral("/index.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 7521, 10000);
+        const QStringList all = names(m_model->playlist());
+        QVERIFY(all.contains(QStringLiteral("21TV (480p)")));
+        for (const QString &name : all)
+            QVERIFY2(!name.contains(u"like Gecko"), qPrintable(name));
+    }
+
     void anImportWinsOverAPendingDownload()
     {
         startHeldDownload();

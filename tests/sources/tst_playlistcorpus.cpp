@@ -36,6 +36,7 @@ private Q_SLOTS:
     void everyFileParses_data();
     void everyFileParses();
     void crlfFile();
+    void commasInsideQuotedAttributesLeaveNamesWhole();
     void byteOrderMarkFile();
     void relativeIndexResolvesAgainstItsAddress();
     void ipv6Addresses();
@@ -96,6 +97,21 @@ void TestPlaylistCorpus::crlfFile()
     QCOMPARE(entries.first().name(), u"6 Wise Tv (720p)"_s);
     QCOMPARE(entries.first().url(), QUrl(u"https://live.enhdtv.com:8081/8150/index.m3u8"_s));
     QCOMPARE(entries.first().countryCode(), u"US"_s);
+}
+
+void TestPlaylistCorpus::commasInsideQuotedAttributesLeaveNamesWhole()
+{
+    // 164 entries of the index give a user agent holding a comma ("KHTML, like Gecko").
+    const QList<PlaylistEntry> entries
+        = parseCorpusFile(u"orgTestCodacy11KRepos110MB_repo-9001-iptv__index.m3u"_s);
+    int named = 0;
+    for (const PlaylistEntry &entry : entries) {
+        QVERIFY2(!entry.name().contains(u"like Gecko"), qPrintable(entry.name()));
+        QVERIFY2(!entry.name().contains(u"\","), qPrintable(entry.name()));
+        if (entry.name() == u"21TV (480p)" || entry.name() == u"24 TV (1080p)")
+            ++named;
+    }
+    QCOMPARE(named, 2);
 }
 
 void TestPlaylistCorpus::byteOrderMarkFile()

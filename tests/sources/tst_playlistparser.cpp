@@ -29,6 +29,8 @@ private Q_SLOTS:
     void addressWithoutComponentOrHostIsNamedStream();
     void emptyTitleFallsBackToTvgName();
     void titleKeepsFurtherCommas();
+    void aCommaInsideAQuotedAttributeIsNoTitle_data();
+    void aCommaInsideAQuotedAttributeIsNoTitle();
     void titleWithoutCommaIsTheWholeLine();
     void titleIsTrimmed();
     void emptyTvgCountryFallsBackToTvgID();
@@ -112,6 +114,38 @@ void TestPlaylistParser::titleKeepsFurtherCommas()
 {
     const QList<PlaylistEntry> entries = parse(u"#EXTINF:-1 tvg-name=\"A\",B, C\nhttp://h/x.ts"_s);
     QCOMPARE(entries.value(0).name(), u"B, C"_s);
+}
+
+void TestPlaylistParser::aCommaInsideAQuotedAttributeIsNoTitle_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("agent");
+    QTest::newRow("user agent with a comma")
+        << u"#EXTINF:-1 tvg-id=\"21TV.am\" group-title=\"Entertainment\" user-agent=\"Mozilla/5.0 "
+           "(KHTML, like Gecko) Mobile/15E148\",21TV (480p)"_s
+        << u"21TV (480p)"_s << QString();
+    QTest::newRow("header attribute with commas")
+        << u"#EXTINF:-1 http-user-agent=\"A, B, C\" group-title=\"News\",One, Two"_s
+        << u"One, Two"_s << u"A, B, C"_s;
+    QTest::newRow("a name with an equals sign and a quote")
+        << u"#EXTINF:-1 tvg-id=\"x\",Say =\"hi, there\""_s << u"Say =\"hi, there\""_s << QString();
+    // An unclosed quote: the first comma, as always.
+    QTest::newRow("unclosed quote")
+        << u"#EXTINF:-1 tvg-name=\"Open, Still open"_s << u"Still open"_s << QString();
+    QTest::newRow("a quote that is no attribute")
+        << u"#EXTINF:-1 \"quoted, text\""_s << u"text\""_s << QString();
+}
+
+void TestPlaylistParser::aCommaInsideAQuotedAttributeIsNoTitle()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, name);
+    QFETCH(QString, agent);
+    const QList<PlaylistEntry> entries = parse(line + u"\nhttp://h/x.ts"_s);
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(entries[0].name(), name);
+    QCOMPARE(entries[0].headers().userAgent, agent);
 }
 
 void TestPlaylistParser::titleWithoutCommaIsTheWholeLine()

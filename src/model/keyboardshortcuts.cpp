@@ -21,12 +21,40 @@ std::optional<double> arrowStep(Qt::KeyboardModifiers modifiers)
 }
 } // namespace
 
-Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, bool textFieldFocused)
+// The keys desktop players share; a focused list keeps them all.
+Action desktopAction(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat,
+                     const Context &context)
 {
-    if (autoRepeat || textFieldFocused)
+    if (context.listFocused || modifiers != Qt::NoModifier)
+        return PassOn {};
+    switch (key) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        // Held down, the volume keeps moving.
+        return ChangeVolume {key == Qt::Key_Up ? volumeStep : -volumeStep};
+    case Qt::Key_F:
+    case Qt::Key_F11:
+        return autoRepeat ? Action(PassOn {}) : Action(ToggleFullScreen {});
+    case Qt::Key_Escape:
+        return context.fullScreen && !autoRepeat ? Action(LeaveFullScreen {}) : Action(PassOn {});
+    case Qt::Key_M:
+        return autoRepeat ? Action(PassOn {}) : Action(ToggleMute {});
+    default:
+        return PassOn {};
+    }
+}
+
+Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, const Context &context)
+{
+    if (context.textFieldFocused)
         return PassOn {};
     // Arrow keys carry the keypad flag on some keyboards; it is not a modifier a user holds.
     modifiers &= ~Qt::KeypadModifier;
+    if (const Action desktop = desktopAction(key, modifiers, autoRepeat, context);
+        !std::holds_alternative<PassOn>(desktop))
+        return desktop;
+    if (autoRepeat)
+        return PassOn {};
     switch (key) {
     case Qt::Key_Left:
     case Qt::Key_Right: {

@@ -22,10 +22,40 @@ struct TogglePlayback
 {
     friend bool operator==(TogglePlayback, TogglePlayback) = default;
 };
-using Action = std::variant<PassOn, Skip, Stop, TogglePlayback>;
+struct ToggleFullScreen
+{
+    friend bool operator==(ToggleFullScreen, ToggleFullScreen) = default;
+};
+struct LeaveFullScreen
+{
+    friend bool operator==(LeaveFullScreen, LeaveFullScreen) = default;
+};
+struct ToggleMute
+{
+    friend bool operator==(ToggleMute, ToggleMute) = default;
+};
+struct ChangeVolume
+{
+    double by; // a fraction of full volume
+    friend bool operator==(ChangeVolume, ChangeVolume) = default;
+};
+using Action = std::variant<PassOn, Skip, Stop, TogglePlayback, ToggleFullScreen, LeaveFullScreen,
+                            ToggleMute, ChangeVolume>;
+
+// What the keys go to when pressed.
+struct Context
+{
+    bool textFieldFocused = false; // keeps every key it is typing
+    bool listFocused = false; // keeps its arrows and the desktop keys below
+    bool fullScreen = false;
+};
+
+// The step of the volume keys and of one notch of the mouse wheel.
+inline constexpr double volumeStep = 0.05;
 
 // Command is Qt::ControlModifier (the command key on macOS), Option Qt::AltModifier and
-// Control Qt::MetaModifier. A focused text field keeps every key it is typing.
-Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, bool textFieldFocused);
+// Control Qt::MetaModifier. Besides the player's own keys, the desktop's: F and F11 toggle full
+// screen, Esc leaves it, M mutes, Up and Down change the volume.
+Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, const Context &context);
 
 } // namespace KeyboardShortcuts

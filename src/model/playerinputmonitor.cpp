@@ -40,8 +40,15 @@ bool PlayerInputMonitor::eventFilter(QObject *watched, QEvent *event)
     switch (event->type()) {
     case QEvent::KeyPress: {
         const auto *key = static_cast<QKeyEvent *>(event);
-        const KeyboardShortcuts::Action action = KeyboardShortcuts::action(
-            key->key(), key->modifiers(), key->isAutoRepeat(), textFieldHasFocus());
+        const QObject *focus = QGuiApplication::focusObject();
+        const QWindow *window = QGuiApplication::focusWindow();
+        const KeyboardShortcuts::Context context {
+            textFieldHasFocus(),
+            focus && focus->inherits("QAbstractItemView"),
+            window && window->windowStates().testFlag(Qt::WindowFullScreen),
+        };
+        const KeyboardShortcuts::Action action
+            = KeyboardShortcuts::action(key->key(), key->modifiers(), key->isAutoRepeat(), context);
         if (std::holds_alternative<KeyboardShortcuts::PassOn>(action))
             return false;
         m_handler(action);

@@ -104,6 +104,8 @@ public:
     // Seeks exactly to seconds into the item (the position slider).
     void seek(double seconds);
     void setVolume(double value);
+    // Moves the volume by a fraction of the full volume, within 0 and 1.
+    void changeVolume(double by);
     void toggleMute();
     void stop();
     void showToast(const QString &text);
@@ -121,6 +123,9 @@ Q_SIGNALS:
     void seeked(double seconds);
     void durationChanged();
     void volumeChanged();
+    // The keys for full screen were pressed; the window decides.
+    void fullScreenToggleRequested();
+    void fullScreenLeaveRequested();
     void isMutedChanged();
     void videoAspectRatioChanged();
     void isLiveStreamChanged();

@@ -5,6 +5,7 @@
 #include "transportscripts.h"
 #include "webplayerscripts.h"
 
+#include <algorithm>
 #include <cmath>
 
 void PlayerModel::evaluateInWebPlayer(const QString &script)
@@ -63,6 +64,12 @@ void PlayerModel::setVolume(double value)
     }
     m_player->setVolume(m_volume);
     m_player->setMuted(m_isMuted);
+}
+
+void PlayerModel::changeVolume(double by)
+{
+    // In whole percent, so that steps up and down meet again.
+    setVolume(std::clamp(std::round((m_volume + by) * 100) / 100, 0.0, 1.0));
 }
 
 void PlayerModel::toggleMute()
@@ -144,6 +151,14 @@ void PlayerModel::installKeyboardShortcuts()
                 stop();
             else if (std::holds_alternative<KeyboardShortcuts::TogglePlayback>(action))
                 togglePlayback();
+            else if (std::holds_alternative<KeyboardShortcuts::ToggleMute>(action))
+                toggleMute();
+            else if (const auto *change = std::get_if<KeyboardShortcuts::ChangeVolume>(&action))
+                changeVolume(change->by);
+            else if (std::holds_alternative<KeyboardShortcuts::ToggleFullScreen>(action))
+                Q_EMIT fullScreenToggleRequested();
+            else if (std::holds_alternative<KeyboardShortcuts::LeaveFullScreen>(action))
+                Q_EMIT fullScreenLeaveRequested();
         },
         nullptr);
 }

@@ -2,6 +2,7 @@
 
 #include "busyindicator.h"
 #include "icons.h"
+#include "model/keyboardshortcuts.h"
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
 #include "playerhostingview.h"
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 namespace {
 QLabel *addLine(QVBoxLayout *layout, const QString &text, const QFont &font, double opacity)
@@ -179,4 +181,15 @@ void PlayerSurface::resizeEvent(QResizeEvent *event)
         m_webPlayerView->setGeometry(area);
     m_emptyState->setGeometry(area);
     m_buffering->setGeometry(area);
+}
+
+void PlayerSurface::wheelEvent(QWheelEvent *event)
+{
+    // Touchpads send small deltas many times a second: they add up to whole notches.
+    m_wheelTurn += event->angleDelta().y();
+    const int notches = m_wheelTurn / QWheelEvent::DefaultDeltasPerStep;
+    m_wheelTurn -= notches * QWheelEvent::DefaultDeltasPerStep;
+    if (notches != 0)
+        m_model.changeVolume(notches * KeyboardShortcuts::volumeStep);
+    event->accept();
 }

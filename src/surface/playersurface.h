@@ -39,6 +39,8 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    // The wheel over the picture changes the volume, a step a notch.
+    void wheelEvent(QWheelEvent *event) override;
 
 private:
     void updateContent();
@@ -47,6 +49,7 @@ private:
     QPushButton *makeEmptyState();
 
     PlayerModel &m_model;
+    int m_wheelTurn = 0; // eighths of a degree not yet a whole notch
     bool m_fullScreen = false;
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     PlayerHostingView *m_hostingView = nullptr;

@@ -8,6 +8,7 @@
 #include "surface/icons.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -84,7 +85,10 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     m_list->setSelectionMode(QAbstractItemView::NoSelection);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setFocusPolicy(Qt::NoFocus);
+    // A click on a row gives the list the keyboard: the arrows then move through the rows and
+    // Return plays one, while Space still pauses.
+    m_list->setFocusPolicy(Qt::ClickFocus);
+    m_list->installEventFilter(this);
     m_list->viewport()->setAutoFillBackground(false);
     m_list->setStyleSheet(QStringLiteral("QListView { background: transparent; }"));
     m_list->setCursor(Qt::PointingHandCursor);
@@ -210,5 +214,19 @@ void ChannelList::play(const QModelIndex &index)
 {
     if (!index.isValid())
         return;
+    m_list->setCurrentIndex(index);
+    m_list->setFocus(Qt::MouseFocusReason);
     m_player.playChannel(m_model->entry(index.row()));
+}
+
+bool ChannelList::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            play(m_list->currentIndex());
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }

@@ -39,6 +39,10 @@ public:
     FilterMenuButton *categoryButton() const { return m_categoryButton; }
     ChannelLogoCache *logos() const { return m_logos; }
 
+protected:
+    // Return on the list plays its current row.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void showPlaylist();
     void applyFilter(const ChannelFilter &filter);

@@ -34,7 +34,9 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
 {
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
+    // The row under the pointer, or the keyboard's row while the list has the focus.
+    const bool hovered = option.state.testFlag(QStyle::State_MouseOver)
+        || option.state.testFlag(QStyle::State_HasFocus);
     const QColor accent = option.palette.color(QPalette::Highlight);
     // The rows are light cards whatever the list's own background.
     const QColor primary(Qt::black);

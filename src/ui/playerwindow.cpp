@@ -2,6 +2,8 @@
 
 #include "applicationmenus.h"
 #include "contentview.h"
+#include "model/playermodel.h"
+#include "surface/fullscreentoggle.h"
 #include "surface/playersurface.h"
 
 #include <QEvent>
@@ -13,6 +15,14 @@ PlayerWindow::PlayerWindow(PlayerModel &model, QWidget *parent)
 {
     setCentralWidget(m_content);
     ApplicationMenus::install(*menuBar(), model);
+    connect(&model, &PlayerModel::fullScreenToggleRequested, this, [this] {
+        if (isActiveWindow())
+            toggleFullScreen(this);
+    });
+    connect(&model, &PlayerModel::fullScreenLeaveRequested, this, [this] {
+        if (isFullScreen())
+            toggleFullScreen(this);
+    });
     m_content->applyWindowTitleNow();
 }
 

@@ -54,7 +54,19 @@ private Q_SLOTS:
             << int(Qt::Key_Space) << (shift | command | option | control)
             << Action(TogglePlayback {});
         QTest::newRow("other key") << int(Qt::Key_A) << none << Action(PassOn {});
-        QTest::newRow("up arrow") << int(Qt::Key_Up) << none << Action(PassOn {});
+        QTest::newRow("up arrow") << int(Qt::Key_Up) << none << Action(ChangeVolume {0.05});
+        QTest::newRow("down arrow") << int(Qt::Key_Down) << none << Action(ChangeVolume {-0.05});
+        QTest::newRow("shift up passes on")
+            << int(Qt::Key_Up) << Qt::KeyboardModifiers(shift) << Action(PassOn {});
+        QTest::newRow("F") << int(Qt::Key_F) << none << Action(ToggleFullScreen {});
+        QTest::newRow("F11") << int(Qt::Key_F11) << none << Action(ToggleFullScreen {});
+        QTest::newRow("command F passes on")
+            << int(Qt::Key_F) << Qt::KeyboardModifiers(command) << Action(PassOn {});
+        QTest::newRow("M") << int(Qt::Key_M) << none << Action(ToggleMute {});
+        QTest::newRow("command M passes on")
+            << int(Qt::Key_M) << Qt::KeyboardModifiers(command) << Action(PassOn {});
+        QTest::newRow("escape in a window passes on")
+            << int(Qt::Key_Escape) << none << Action(PassOn {});
     }
 
     void rules()
@@ -62,20 +74,42 @@ private Q_SLOTS:
         QFETCH(int, key);
         QFETCH(Qt::KeyboardModifiers, modifiers);
         QFETCH(Action, expected);
-        QVERIFY(action(key, modifiers, false, false) == expected);
+        QVERIFY(action(key, modifiers, false, {}) == expected);
     }
 
     void repeatedKeysPassOn()
     {
-        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Right, {}, true, false)));
-        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Space, {}, true, false)));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Right, {}, true, {})));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Space, {}, true, {})));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_F, {}, true, {})));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_M, {}, true, {})));
+        // Held down, the volume keeps moving.
+        QVERIFY(action(Qt::Key_Up, {}, true, {}) == Action(ChangeVolume {0.05}));
     }
 
     void aFocusedTextFieldKeepsItsKeys()
     {
-        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Space, {}, false, true)));
-        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Left, {}, false, true)));
-        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_K, command, false, true)));
+        const Context typing {true, false, false};
+        for (int key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_F, Qt::Key_M, Qt::Key_Up, Qt::Key_F11})
+            QVERIFY(std::holds_alternative<PassOn>(action(key, {}, false, typing)));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_K, command, false, typing)));
+    }
+
+    void aFocusedListKeepsItsArrowsAndTheDesktopKeys()
+    {
+        const Context inList {false, true, false};
+        for (int key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_F, Qt::Key_M, Qt::Key_F11})
+            QVERIFY(std::holds_alternative<PassOn>(action(key, {}, false, inList)));
+        // The player's own keys still work there.
+        QVERIFY(action(Qt::Key_Space, {}, false, inList) == Action(TogglePlayback {}));
+        QVERIFY(action(Qt::Key_Right, {}, false, inList) == Action(Skip {5}));
+    }
+
+    void escapeLeavesFullScreenOnly()
+    {
+        const Context fullScreen {false, false, true};
+        QVERIFY(action(Qt::Key_Escape, {}, false, fullScreen) == Action(LeaveFullScreen {}));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Escape, {}, false, {})));
     }
 };
 

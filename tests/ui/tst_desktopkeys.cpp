@@ -1,0 +1,220 @@
+// The keys and the wheel desktop users reach for, pressed for real under a window manager
+// (openbox on the test display) through xdotool: full screen, mute, volume, and the keyboard in
+// the channel list after a click. Screenshots go to build/screenshots.
+#include "httpserver/localhttpserver.h"
+#include "model/playermodel.h"
+#include "scriptedmediaplayer.h"
+#include "surface/playersurface.h"
+#include "ui/channellist.h"
+#include "ui/contentview.h"
+#include "ui/networkpanel.h"
+#include "ui/playerwindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QListView>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTest>
+
+namespace {
+
+bool xdotool(const QStringList &arguments)
+{
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), arguments);
+    return tool.waitForFinished(10'000) && tool.exitCode() == 0;
+}
+
+QByteArray playlistText(int count)
+{
+    QByteArray text = "#EXTM3U\n";
+    for (int i = 0; i < count; ++i)
+        text += "#EXTINF:-1 group-title=\"News\",Channel " + QByteArray::number(i)
+            + "\nhttp://127.0.0.1:9/" + QByteArray::number(i) + ".m3u8\n";
+    return text;
+}
+
+} // namespace
+
+class TestDesktopKeys : public QObject
+{
+    Q_OBJECT
+
+private:
+    QProcess m_windowManager;
+    LocalHttpServer m_server;
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<PlayerWindow> m_window;
+
+    ContentView *content() { return m_window->contentView(); }
+
+    // A key pressed on the keyboard, delivered by the X server to the focused window.
+    bool press(const QString &key)
+    {
+        const bool pressed = xdotool({QStringLiteral("key"), key});
+        QTest::qWait(150);
+        return pressed;
+    }
+
+    void saveScreenshot(const QString &name)
+    {
+        const QString folder
+            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
+        QDir().mkpath(folder);
+        m_window->grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
+    }
+
+    // The sidebar, once its address field has taken the focus as it does when it opens.
+    void showSidebar()
+    {
+        content()->setShowSidebar(true);
+        QTRY_VERIFY(content()->networkPanel()->isAddressFieldFocused());
+    }
+
+    bool activate()
+    {
+        m_window->activateWindow();
+        m_window->raise();
+        return QTest::qWaitForWindowActive(m_window.get());
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty(),
+                 "run ./lumo setup");
+        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("xdotool")).isEmpty(),
+                 "run ./lumo setup");
+        m_windowManager.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
+        QVERIFY(m_windowManager.waitForStarted());
+        QTest::qWait(1000); // openbox takes the display
+        m_server.route(QStringLiteral("/list.m3u"), HttpResponse::text(playlistText(20)));
+        QVERIFY(m_server.listen());
+    }
+
+    void init()
+    {
+        m_model = std::make_unique<PlayerModel>(std::make_unique<ScriptedMediaPlayer>());
+        m_window = std::make_unique<PlayerWindow>(*m_model);
+        m_window->resize(900, 600);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QTest::qWait(300); // framed by the window manager
+        QVERIFY(activate());
+        content()->surface()->setFocus();
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_model.reset();
+    }
+
+    void cleanupTestCase()
+    {
+        m_windowManager.terminate();
+        m_windowManager.waitForFinished(5000);
+    }
+
+    void fAndF11ToggleFullScreenAndEscapeLeavesIt()
+    {
+        QVERIFY(press(QStringLiteral("f")));
+        QTRY_VERIFY(m_window->isFullScreen());
+        saveScreenshot(QStringLiteral("keys-full-screen-by-f"));
+        QVERIFY(press(QStringLiteral("Escape")));
+        QTRY_VERIFY(!m_window->isFullScreen());
+        QVERIFY(press(QStringLiteral("F11")));
+        QTRY_VERIFY(m_window->isFullScreen());
+        QVERIFY(press(QStringLiteral("F11")));
+        QTRY_VERIFY(!m_window->isFullScreen());
+        // Escape in a window is not the player's.
+        QVERIFY(press(QStringLiteral("Escape")));
+        QTest::qWait(300);
+        QVERIFY(!m_window->isFullScreen());
+        saveScreenshot(QStringLiteral("keys-window-after-escape"));
+    }
+
+    void mMutesAndTheArrowsAndWheelSetTheVolume()
+    {
+        QCOMPARE(m_model->volume(), 1.0);
+        QVERIFY(press(QStringLiteral("m")));
+        QTRY_VERIFY(m_model->isMuted());
+        QVERIFY(press(QStringLiteral("m")));
+        QTRY_VERIFY(!m_model->isMuted());
+        QVERIFY(press(QStringLiteral("Down")));
+        QVERIFY(press(QStringLiteral("Down")));
+        QTRY_COMPARE(m_model->volume(), 0.9);
+        QVERIFY(press(QStringLiteral("Up")));
+        QTRY_COMPARE(m_model->volume(), 0.95);
+        // The wheel over the picture: a notch down, then two up, held at full volume.
+        const QPoint picture
+            = content()->surface()->mapToGlobal(content()->surface()->rect().center());
+        QVERIFY(xdotool({QStringLiteral("mousemove"), QString::number(picture.x()),
+                         QString::number(picture.y())}));
+        QTest::qWait(100);
+        QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("5")}));
+        QTRY_COMPARE(m_model->volume(), 0.9);
+        QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("3"),
+                         QStringLiteral("4")}));
+        QTRY_COMPARE(m_model->volume(), 1.0);
+        QVERIFY(!m_window->isFullScreen());
+    }
+
+    void aTextFieldKeepsTheLettersItTypes()
+    {
+        m_model->openRemote(m_server.url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 20, 10000);
+        showSidebar();
+        QLineEdit *search = content()->channelList()->searchField();
+        QTRY_VERIFY(search->isVisible());
+        search->setFocus();
+        QTRY_VERIFY(search->hasFocus());
+        QVERIFY(press(QStringLiteral("f")));
+        QVERIFY(press(QStringLiteral("m")));
+        QVERIFY(press(QStringLiteral("space")));
+        QTRY_COMPARE(search->text(), QStringLiteral("fm "));
+        QVERIFY(!m_window->isFullScreen());
+        QVERIFY(!m_model->isMuted());
+        QCOMPARE(m_model->volume(), 1.0);
+        saveScreenshot(QStringLiteral("keys-typing-in-the-search"));
+    }
+
+    void aClickedRowGivesTheListTheKeyboard()
+    {
+        m_model->openRemote(m_server.url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 20, 10000);
+        showSidebar();
+        ChannelList *channels = content()->channelList();
+        QListView *list = channels->listView();
+        QTRY_VERIFY(list->isVisible());
+        channels->searchField()->setFocus();
+        QTRY_VERIFY(channels->searchField()->hasFocus());
+        QTest::qWait(300);
+        const QRect row = list->visualRect(list->model()->index(1, 0));
+        const QPoint at = list->viewport()->mapToGlobal(row.center());
+        QVERIFY(xdotool(
+            {QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y())}));
+        QTest::qWait(100);
+        QVERIFY(xdotool({QStringLiteral("click"), QStringLiteral("1")}));
+        QTRY_COMPARE(m_model->title(), QStringLiteral("Channel 1"));
+        QTRY_VERIFY(list->hasFocus());
+        QVERIFY(m_model->isPlaying());
+        // Space pauses instead of typing.
+        QVERIFY(press(QStringLiteral("space")));
+        QTRY_VERIFY(!m_model->isPlaying());
+        QVERIFY(channels->searchField()->text().isEmpty());
+        // The arrows move through the rows, Return plays the row reached.
+        QVERIFY(press(QStringLiteral("Down")));
+        QVERIFY(press(QStringLiteral("Down")));
+        QTRY_COMPARE(list->currentIndex().row(), 3);
+        QCOMPARE(m_model->volume(), 1.0);
+        saveScreenshot(QStringLiteral("keys-list-current-row"));
+        QVERIFY(press(QStringLiteral("Return")));
+        QTRY_COMPARE(m_model->title(), QStringLiteral("Channel 3"));
+    }
+};
+
+QTEST_MAIN(TestDesktopKeys)
+#include "tst_desktopkeys.moc"

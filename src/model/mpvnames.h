@@ -48,6 +48,7 @@ inline constexpr const char *displayHeight = "video-params/dh";
 inline constexpr const char *rotation = "video-params/rotate";
 inline constexpr const char *fileFormat = "file-format";
 inline constexpr const char *seekable = "seekable";
+inline constexpr const char *eofReached = "eof-reached";
 inline constexpr const char *volume = "volume";
 inline constexpr const char *mute = "mute";
 inline constexpr const char *hardwareDecoderInUse = "hwdec-current";

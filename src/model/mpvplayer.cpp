@@ -1,6 +1,7 @@
 #include "mpvplayer.h"
 
 #include "expandedplaylist.h"
+#include "mpvfileoptions.h"
 #include "mpvnames.h"
 #include "mpvnode.h"
 
@@ -23,7 +24,7 @@ const MpvPlayer::ObservedProperty MpvPlayer::s_observed[] = {
     {Property::duration, MPV_FORMAT_DOUBLE},    {Property::pausedForCache, MPV_FORMAT_FLAG},
     {Property::displayWidth, MPV_FORMAT_INT64}, {Property::displayHeight, MPV_FORMAT_INT64},
     {Property::fileFormat, MPV_FORMAT_STRING},  {Property::seekable, MPV_FORMAT_FLAG},
-    {Property::rotation, MPV_FORMAT_INT64},
+    {Property::rotation, MPV_FORMAT_INT64},     {Property::eofReached, MPV_FORMAT_FLAG},
 };
 
 void MpvPlayer::HandleDeleter::operator()(mpv_handle *handle) const
@@ -134,39 +135,6 @@ QString argument(const char *name)
     return QLatin1StringView(name);
 }
 
-// One "key=value" of an option whose value is a list, the value quoted by its length so that
-// commas, equals signs and quotes in it stay part of it.
-QByteArray fileOption(QByteArrayView key, QByteArrayView value)
-{
-    return key.toByteArray() + "=%" + QByteArray::number(value.size()) + '%' + value.toByteArray();
-}
-
-// The options a network item is loaded with: its request headers, and the only protocols its
-// demuxer may open on its behalf (an HLS index naming file: or other local addresses as
-// segments is refused).
-QVariantMap networkFileOptions(const StreamHeaders &headers)
-{
-    QVariantMap options {
-        // A list inside an option's value keeps its own quoting.
-        {argument(Option::demuxerLavfOptions),
-         fileOption("protocol_whitelist", MpvPlayer::networkProtocolWhitelist)},
-        // mpv keeps up to 150 MB ahead and 50 MB behind by default: a live channel watched for
-        // an evening would hold 200 MB of video nobody goes back to. Half a minute ahead is
-        // ample against stalls; 16 MB behind still allows a short step back in a film.
-        {argument(Option::cacheSeconds), QByteArray("30")},
-        {argument(Option::demuxerMaxBytes), QByteArray("48MiB")},
-        {argument(Option::demuxerMaxBackBytes), QByteArray("16MiB")},
-        // mpv lends the unused space ahead to the part behind. A live stream is always near
-        // its end, so that would keep 64 MB of played video instead of 16.
-        {argument(Option::demuxerDonateBuffer), QByteArray("no")},
-    };
-    if (!headers.userAgent.isEmpty())
-        options.insert(argument(Option::userAgent), headers.userAgent);
-    if (!headers.referrer.isEmpty())
-        options.insert(argument(Option::referrer), headers.referrer);
-    return options;
-}
-
 } // namespace
 
 void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamHeaders &headers)
@@ -183,6 +151,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
         }
     } else {
         m_firstFrameShown = false;
+        m_eofReached = false;
         m_position = qQNaN();
         m_duration.reset();
         m_currentEntry = -1;
@@ -198,6 +167,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
 bool MpvPlayer::load(const QUrl &url)
 {
     m_firstFrameShown = false;
+    m_eofReached = false;
     m_position = qQNaN();
     m_duration.reset();
     m_currentEntry = -1;
@@ -209,7 +179,7 @@ bool MpvPlayer::load(const QUrl &url)
                       {argument(Command::url), target},
                       {argument(Command::flags), QByteArray(Command::replace)}};
     if (!url.isLocalFile())
-        load.insert(argument(Command::options), networkFileOptions(m_headers));
+        load.insert(argument(Command::options), MpvFileOptions::network(m_headers));
     m_awaitedLoad = ++m_lastReplyID;
     if (command(load, m_awaitedLoad))
         return true;
@@ -241,6 +211,12 @@ void MpvPlayer::handleLoadHook(quint64 hookID)
 
 void MpvPlayer::play()
 {
+    // A file that has played to its end plays again from the start; a live stream has no start
+    // to go back to.
+    if (m_eofReached && m_duration && !(m_isHls && !m_seekable)) {
+        seekExactly(0);
+        m_eofReached = false;
+    }
     int flag = 0;
     mpv_set_property(m_handle.get(), Property::pause, MPV_FORMAT_FLAG, &flag);
     m_paused = false;
@@ -449,6 +425,9 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
     } else if (key == Property::fileFormat) {
         m_isHls = format == MPV_FORMAT_STRING
             && QByteArrayView(*static_cast<const char **>(data)) == "hls";
+    } else if (key == Property::eofReached) {
+        // With keep-open mpv stays on the last frame, paused or not: nothing plays there.
+        m_eofReached = flag();
     } else if (key == Property::seekable) {
         m_seekable = flag();
     } else if (key == Property::displayWidth) {

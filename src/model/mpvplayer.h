@@ -20,10 +20,6 @@ public:
         none, // decoded but not drawn: headless use
     };
 
-    // The protocols FFmpeg may open on behalf of a network item (segments, keys, redirects).
-    static constexpr QByteArrayView networkProtocolWhitelist
-        = "http,https,tls,tcp,crypto,httpproxy,data,rtmp,rtmps,rtsp,rtp,udp,srtp";
-
     explicit MpvPlayer(VideoOutput output = VideoOutput::renderContext, QObject *parent = nullptr);
     ~MpvPlayer() override;
 
@@ -38,7 +34,7 @@ public:
     bool hasItem() const override { return m_hasItem; }
     double position() const override { return m_position; }
     std::optional<double> duration() const override;
-    bool isPlaying() const override { return m_hasItem && !m_paused; }
+    bool isPlaying() const override { return m_hasItem && !m_paused && !m_eofReached; }
     bool isWaitingToPlay() const override;
     bool isBufferEmpty() const override { return m_pausedForCache; }
     bool isLikelyToKeepUp() const override { return !m_pausedForCache; }
@@ -108,6 +104,7 @@ private:
     bool m_itemIsLocal = false;
     QList<QUrl> m_entriesLeft; // of that playlist, not tried yet
     bool m_paused = true;
+    bool m_eofReached = false; // the current item has played to its end
     bool m_pausedForCache = false;
     bool m_firstFrameShown = false;
     bool m_waiting = false;

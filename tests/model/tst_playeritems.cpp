@@ -158,6 +158,33 @@ private Q_SLOTS:
         QVERIFY2(streams.contains(u"application.name = \"LumoMediaPlayer\""), qPrintable(streams));
         QVERIFY2(!streams.contains(u"sound.mp4"), qPrintable(streams));
     }
+
+    void playAtTheEndStartsAgainAndTheStateSaysSo()
+    {
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->isPlaying(), 10000);
+        // At the end the last frame stays, and nothing plays.
+        QTRY_VERIFY_WITH_TIMEOUT(!m_model->isPlaying(), 10000);
+        QVERIFY(m_model->player().hasItem());
+        QTest::qWait(300);
+        QVERIFY(!m_model->player().isPlaying());
+        // Play starts it again from the beginning, and says it plays.
+        m_model->togglePlayback();
+        QVERIFY(m_model->isPlaying());
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() < 1.0, 5000);
+        QTest::qWait(300);
+        QVERIFY(m_model->isPlaying());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_model->isPlaying(), 10000);
+        // After a seek back from the end, one press plays.
+        m_model->seek(1.0);
+        QTest::qWait(300);
+        QVERIFY(!m_model->isPlaying());
+        m_model->togglePlayback();
+        QVERIFY(m_model->isPlaying());
+        QTest::qWait(300);
+        QVERIFY(m_model->isPlaying());
+        QVERIFY(m_model->currentTime() >= 1.0);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestPlayerItems)

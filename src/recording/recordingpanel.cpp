@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
+#include <algorithm>
 
 RecordingPanel::RecordingPanel(QWidget *parent)
     : QWidget(parent,
@@ -27,8 +28,12 @@ RecordingPanel::RecordingPanel(QWidget *parent)
     m_label->setFont(font);
     m_label->setStyleSheet(QStringLiteral("color: white;"));
     m_label->setTextInteractionFlags(Qt::NoTextInteraction);
+    // Room for the timer at its widest, so that it never runs under the button as it grows.
     m_label->adjustSize();
-    m_label->move(13, (height() - m_label->height()) / 2);
+    m_label->resize(m_label->fontMetrics().horizontalAdvance(
+                        RecordingNames::panelText(99 * 3600 + 59 * 60 + 59))
+                        + 2,
+                    m_label->height());
 
     m_stop = new QPushButton(QStringLiteral("Stop Recording"), this);
     m_stop->setFocusPolicy(Qt::NoFocus);
@@ -40,13 +45,21 @@ RecordingPanel::RecordingPanel(QWidget *parent)
         " border-radius: 6px; padding: 3px 9px; }"
         "QPushButton:pressed { background: rgba(255,255,255,0.28); }"));
     m_stop->adjustSize();
-    m_stop->move(width() - 10 - m_stop->width(), (height() - m_stop->height()) / 2);
+    // The specified size, wider only where the desktop's fonts need more room.
+    constexpr int inset = 13;
+    constexpr int gap = 10;
+    constexpr int trailing = 10;
+    setFixedSize(
+        std::max(panelSize.width(), inset + m_label->width() + gap + m_stop->width() + trailing),
+        panelSize.height());
+    m_label->move(inset, (height() - m_label->height()) / 2);
+    m_stop->move(width() - trailing - m_stop->width(), (height() - m_stop->height()) / 2);
     connect(m_stop, &QPushButton::clicked, this, &RecordingPanel::stopRequested);
 }
 
-QPoint RecordingPanel::placement(const QRect &availableArea)
+QPoint RecordingPanel::placement(const QRect &availableArea, int width)
 {
-    return QPoint(availableArea.x() + availableArea.width() - panelSize.width() - screenInset,
+    return QPoint(availableArea.x() + availableArea.width() - width - screenInset,
                   availableArea.y() + screenInset);
 }
 
@@ -54,7 +67,7 @@ void RecordingPanel::present(QScreen *screen)
 {
     if (screen) {
         setScreen(screen);
-        move(placement(screen->availableGeometry()));
+        move(placement(screen->availableGeometry(), width()));
     }
     show();
     raise();

@@ -13,6 +13,7 @@ class RecordingPanel final : public QWidget
     Q_OBJECT
 
 public:
+    // Wider only when the desktop's fonts need it for the timer and the button side by side.
     static constexpr QSize panelSize {210, 48};
     // From the top and right edges of the available screen area.
     static constexpr int screenInset = 18;
@@ -24,8 +25,8 @@ public:
     // Moves the panel into the corner of screen and shows it, without activating it; with no
     // screen it keeps its place.
     void present(QScreen *screen);
-    // The panel's place on a screen whose available area is given.
-    static QPoint placement(const QRect &availableArea);
+    // The place of a panel of the given width on a screen whose available area is given.
+    static QPoint placement(const QRect &availableArea, int width = panelSize.width());
 
 Q_SIGNALS:
     void stopRequested();

@@ -95,6 +95,8 @@ void RecordingAlerts::updateSavedAlert()
     auto *alert = new QMessageBox(QMessageBox::Information, QStringLiteral("Recording Saved"),
                                   QStringLiteral("The MP4 recording was saved."),
                                   QMessageBox::NoButton, m_parent);
+    // The file, named under the text, so that it can be found without the file manager too.
+    alert->setInformativeText(QFileInfo(*path).fileName());
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowModality(Qt::WindowModal);
     QPushButton *reveal = alert->addButton(revealButtonText(), QMessageBox::ActionRole);

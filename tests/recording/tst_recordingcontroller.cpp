@@ -281,7 +281,10 @@ private Q_SLOTS:
         RecordingPanel *panel = m_recorder->recordingPanel();
         QVERIFY(panel);
         QVERIFY(QTest::qWaitForWindowExposed(panel));
-        QCOMPARE(panel->size(), QSize(210, 48));
+        // 210 wide unless the desktop's fonts need more for the timer beside the button.
+        QCOMPARE(panel->height(), 48);
+        QVERIFY(panel->width() >= 210);
+        QVERIFY(!panel->durationLabel()->geometry().intersects(panel->stopButton()->geometry()));
         const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
         QCOMPARE(panel->geometry().topRight(),
                  QPoint(available.right() - 18, available.top() + 18));

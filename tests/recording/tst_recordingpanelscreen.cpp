@@ -2,12 +2,16 @@
 // player, not on the first one. The test's display has one screen, so the check runs in a
 // second run of this program on an X server of its own with two screens.
 #include "recording/playerrecordingcontroller.h"
+#include "recording/recordingnames.h"
 #include "recording/recordingpanel.h"
 #include "recordingstage.h"
 #include "testmedia.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QLabel>
 #include <QProcess>
+#include <QPushButton>
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
@@ -53,6 +57,32 @@ private Q_SLOTS:
                  output.constData());
     }
 
+    void nothingOverlapsOnThePanel()
+    {
+        // The timer at its widest (past ten hours) and the button side by side, in the system
+        // font of this desktop; the panel keeps its size when they fit.
+        RecordingPanel panel;
+        panel.durationLabel()->setText(RecordingNames::panelText(36'000 + 59 * 60 + 59));
+        panel.durationLabel()->adjustSize();
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        const QString folder
+            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
+        QDir().mkpath(folder);
+        panel.grab().save(QDir(folder).filePath(QStringLiteral("recording-panel.png")));
+        const QRect label = panel.durationLabel()->geometry();
+        const QRect stop = panel.stopButton()->geometry();
+        QVERIFY2(label.right() + 6 < stop.left(),
+                 qPrintable(QStringLiteral("timer %1..%2, button from %3")
+                                .arg(label.left())
+                                .arg(label.right())
+                                .arg(stop.left())));
+        QVERIFY(panel.rect().contains(label));
+        QVERIFY(panel.rect().contains(stop));
+        QCOMPARE(panel.height(), RecordingPanel::panelSize.height());
+        QVERIFY(panel.width() >= RecordingPanel::panelSize.width());
+    }
+
     void onTheSecondScreen()
     {
         if (!qEnvironmentVariableIsSet(childVariable))
@@ -81,7 +111,8 @@ private Q_SLOTS:
         QTRY_VERIFY(recorder.recordingPanel()->isVisible());
         QCOMPARE(recorder.recordingPanel()->screen(), second);
         QCOMPARE(recorder.recordingPanel()->pos(),
-                 RecordingPanel::placement(second->availableGeometry()));
+                 RecordingPanel::placement(second->availableGeometry(),
+                                           recorder.recordingPanel()->width()));
         recorder.stopRecording();
         QTRY_COMPARE_WITH_TIMEOUT(recorder.state(), PlayerRecordingState::idle, 30'000);
     }

@@ -344,6 +344,7 @@ private Q_SLOTS:
         QVERIFY(alert);
         QCOMPARE(alert->windowTitle(), "Recording Saved");
         QCOMPARE(alert->text(), "The MP4 recording was saved.");
+        QCOMPARE(alert->informativeText(), "Lumo HD Recording.mp4");
         QPushButton *reveal = buttonNamed(alert, RecordingAlerts::revealButtonText());
         QVERIFY(reveal);
         reveal->click();

@@ -20,6 +20,7 @@
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QMimeData>
+#include <QScreen>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
 
@@ -280,7 +281,14 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
         const auto *size = std::get_if<QSizeF>(&change);
         if (!size)
             return;
-        window->resize(window->size() - this->size() + size->toSize());
+        // On the window's screen, frame and menu bar included.
+        QSizeF content = *size;
+        if (const QScreen *screen = window->screen()) {
+            const QSize chrome = window->frameGeometry().size() - this->size();
+            content = WindowShape::fitInto(content,
+                                           QSizeF(screen->availableGeometry().size() - chrome));
+        }
+        window->resize(window->size() - this->size() + content.toSize());
         m_aspectConstraint = window->frameGeometry().size();
     });
 }

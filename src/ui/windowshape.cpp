@@ -21,4 +21,17 @@ Change change(double ratio, PortraitDisplayMode mode, double contentWidth)
     return QSizeF(width, height);
 }
 
+QSizeF fitInto(QSizeF content, QSizeF available)
+{
+    const double picture = content.height() - controlBarHeight;
+    if (!(picture > 0) || !(available.width() > 0) || !(available.height() > controlBarHeight))
+        return content;
+    const double ratio = content.width() / picture;
+    if (content.height() > available.height())
+        content = QSizeF((available.height() - controlBarHeight) * ratio, available.height());
+    if (content.width() > available.width())
+        content = QSizeF(available.width(), available.width() / ratio + controlBarHeight);
+    return content;
+}
+
 } // namespace WindowShape

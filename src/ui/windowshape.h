@@ -32,4 +32,9 @@ using Change = std::variant<Keep, ClearConstraint, QSizeF>;
 // the height never below its minimum.
 Change change(double ratio, PortraitDisplayMode mode, double contentWidth);
 
+// content (a picture above the control bar) made to fit available, keeping the picture's
+// shape: too tall, it takes the available height; too wide, the available width. Fitting the
+// screen wins over the minimums.
+QSizeF fitInto(QSizeF content, QSizeF available);
+
 } // namespace WindowShape

@@ -58,6 +58,25 @@ private Q_SLOTS:
                  QSizeF(700, 734));
     }
 
+    void theWindowFitsTheScreen()
+    {
+        using WindowShape::fitInto;
+        // A phone's upright clip, 700 wide, on a screen with 940 of height to give.
+        const QSizeF phone = fitInto(QSizeF(700, 700 * 16.0 / 9 + 34), QSizeF(1540, 940));
+        QCOMPARE(phone.height(), 940.0);
+        QCOMPARE(phone.width(), (940.0 - 34) * 9 / 16);
+        // Too wide: the available width, the height following the picture.
+        QCOMPARE(fitInto(QSizeF(2000, 1000 + 34), QSizeF(1500, 1000)), QSizeF(1500, 750 + 34));
+        // Fitting wins over the minimums: a small screen gives a window under 520 x 360.
+        QCOMPARE(fitInto(QSizeF(520, 520 * 16.0 / 9 + 34), QSizeF(800, 334)),
+                 QSizeF(300 * 9.0 / 16, 334));
+        // What fits is left as it is.
+        QCOMPARE(fitInto(QSizeF(1000, 597), QSizeF(1540, 940)), QSizeF(1000, 597));
+        // No room to speak of, or no picture: unchanged.
+        QCOMPARE(fitInto(QSizeF(700, 430), QSizeF(0, 0)), QSizeF(700, 430));
+        QCOMPARE(fitInto(QSizeF(700, 30), QSizeF(500, 300)), QSizeF(700, 30));
+    }
+
     void noRatioLiftsTheConstraintAndKeepsTheSize()
     {
         using WindowShape::ClearConstraint;

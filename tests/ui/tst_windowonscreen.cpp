@@ -1,0 +1,111 @@
+// The window stays on its screen under a window manager (openbox on the test display): a tall
+// picture, or a portrait mode on a wide one, gives a window whose frame fits the screen's
+// available area, in the picture's shape. Screenshots go to build/screenshots.
+#include "model/playermodel.h"
+#include "scriptedmediaplayer.h"
+#include "ui/contentview.h"
+#include "ui/playerwindow.h"
+#include "ui/windowshape.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QScreen>
+#include <QStandardPaths>
+#include <QTest>
+
+class TestWindowOnScreen : public QObject
+{
+    Q_OBJECT
+
+private:
+    QProcess m_windowManager;
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<PlayerWindow> m_window;
+
+    ScriptedMediaPlayer &player() { return static_cast<ScriptedMediaPlayer &>(m_model->player()); }
+    ContentView *content() { return m_window->contentView(); }
+
+    void saveScreenshot(const QString &name)
+    {
+        const QString folder
+            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
+        QDir().mkpath(folder);
+        m_window->grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
+    }
+
+    // The frame on the screen, and the picture (the content less the bar) in the given shape.
+    void checkOnScreenInShape(double ratio)
+    {
+        const QRect available = m_window->screen()->availableGeometry();
+        QTRY_VERIFY2(available.contains(m_window->frameGeometry()),
+                     qPrintable(QStringLiteral("frame %1,%2 %3x%4 on %5x%6")
+                                    .arg(m_window->frameGeometry().x())
+                                    .arg(m_window->frameGeometry().y())
+                                    .arg(m_window->frameGeometry().width())
+                                    .arg(m_window->frameGeometry().height())
+                                    .arg(available.width())
+                                    .arg(available.height())));
+        const QSize size = content()->size();
+        const double shown = size.width() / (size.height() - WindowShape::controlBarHeight);
+        QVERIFY2(std::abs(shown / ratio - 1) < 0.01,
+                 qPrintable(QStringLiteral("%1x%2").arg(size.width()).arg(size.height())));
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty(),
+                 "run ./lumo setup");
+        m_windowManager.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
+        QVERIFY(m_windowManager.waitForStarted());
+        QTest::qWait(1000); // openbox takes the display
+    }
+
+    void init()
+    {
+        m_model = std::make_unique<PlayerModel>(std::make_unique<ScriptedMediaPlayer>());
+        player().setPresentationSize({});
+        m_window = std::make_unique<PlayerWindow>(*m_model);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QTest::qWait(300); // framed by the window manager
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_model.reset();
+    }
+
+    void cleanupTestCase()
+    {
+        m_windowManager.terminate();
+        m_windowManager.waitForFinished(5000);
+    }
+
+    void aPhonesUprightClipFitsTheScreen()
+    {
+        player().setPresentationSize({1080, 1920});
+        m_model->play(QUrl(QStringLiteral("file:///media/phone.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        QTest::qWait(300);
+        checkOnScreenInShape(1080.0 / 1920);
+        saveScreenshot(QStringLiteral("window-upright-clip-on-screen"));
+    }
+
+    void portraitFillOnAWideFilmFitsTheScreen()
+    {
+        player().setPresentationSize({1920, 1080});
+        m_model->play(QUrl(QStringLiteral("file:///media/film.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        m_window->resize(1100, 700);
+        QTest::qWait(300);
+        content()->setPortraitMode(PortraitDisplayMode::fill);
+        QTest::qWait(500);
+        checkOnScreenInShape(WindowShape::portraitRatio);
+        saveScreenshot(QStringLiteral("window-portrait-fill-on-screen"));
+    }
+};
+
+QTEST_MAIN(TestWindowOnScreen)
+#include "tst_windowonscreen.moc"

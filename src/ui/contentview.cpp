@@ -11,6 +11,7 @@
 #include "surface/playersurface.h"
 #include "toastoverlay.h"
 #include "webplayer/youtubeplayerview.h"
+#include "windowaspecthint.h"
 #include "windowshape.h"
 #include "windowtitlesetter.h"
 
@@ -228,6 +229,8 @@ void ContentView::resizeEvent(QResizeEvent *event)
     layoutChildren();
     // The title is fitted to the window's width.
     updateWindowTitle();
+    if (m_pictureRatio > 0)
+        applyAspectHint();
 }
 
 void ContentView::layoutChildren()
@@ -276,6 +279,8 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
         const WindowShape::Change change = WindowShape::change(ratio, mode, width());
         if (std::holds_alternative<WindowShape::ClearConstraint>(change)) {
             m_aspectConstraint = QSize();
+            m_pictureRatio = 0;
+            applyAspectHint();
             return;
         }
         const auto *size = std::get_if<QSizeF>(&change);
@@ -290,6 +295,22 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
         }
         window->resize(window->size() - this->size() + content.toSize());
         m_aspectConstraint = window->frameGeometry().size();
+        m_pictureRatio
+            = PortraitDisplayModes::isPortrait(mode) ? WindowShape::portraitRatio : ratio;
+        applyAspectHint();
+    });
+}
+
+void ContentView::applyAspectHint()
+{
+    // After Qt has written its own size hints for the latest resize, which drop the aspect.
+    QTimer::singleShot(0, this, [this] {
+        QWidget *window = this->window();
+        if (m_isFullScreen || window->isFullScreen())
+            return;
+        // The aspect is the picture's: the menu bar, the sidebar and the control bar are the
+        // hint's base size.
+        WindowAspectHint::apply(window, m_pictureRatio, window->size() - m_surface->size());
     });
 }
 

@@ -77,6 +77,8 @@ protected:
 
 private:
     void layoutChildren();
+    // Tells the window manager the picture's shape, for resizes made by hand.
+    void applyAspectHint();
     void updateChannelSection();
     void updateWindowTitle();
     void updateError();
@@ -90,6 +92,7 @@ private:
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     QTimer m_addressFocusTask;
     QSize m_aspectConstraint;
+    double m_pictureRatio = 0; // the picture's shape the window keeps; 0 for none
 
     double m_sidebarShown = 0; // 0 hidden … 1 fully in, animated
     QVariantAnimation *m_sidebarAnimation = nullptr;

@@ -93,6 +93,29 @@ private Q_SLOTS:
         saveScreenshot(QStringLiteral("window-upright-clip-on-screen"));
     }
 
+    void aResizeByHandKeepsThePicturesShape()
+    {
+        // Wide enough for the picture's shape to be above the minimum height.
+        m_window->resize(1000, 600);
+        QTest::qWait(300);
+        player().setPresentationSize({1280, 720});
+        m_model->play(QUrl(QStringLiteral("file:///media/film.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        QTest::qWait(300);
+        checkOnScreenInShape(16.0 / 9);
+        // Widened and flattened by hand, through the window manager.
+        QProcess resize;
+        resize.start(QStringLiteral("xdotool"),
+                     {QStringLiteral("windowsize"), QString::number(m_window->winId()),
+                      QStringLiteral("1400"), QStringLiteral("500")});
+        QVERIFY(resize.waitForFinished(10'000));
+        QCOMPARE(resize.exitCode(), 0);
+        QTRY_VERIFY(m_window->width() != 1400 || m_window->height() != 500);
+        QTest::qWait(500);
+        checkOnScreenInShape(16.0 / 9);
+        saveScreenshot(QStringLiteral("window-resized-by-hand"));
+    }
+
     void portraitFillOnAWideFilmFitsTheScreen()
     {
         player().setPresentationSize({1920, 1080});

@@ -1,5 +1,6 @@
 // The window's shape and size rules, and the control bar's time texts.
 #include "ui/timetext.h"
+#include "ui/windowaspecthint.h"
 #include "ui/windowshape.h"
 #include "ui/windowsizes.h"
 
@@ -75,6 +76,26 @@ private Q_SLOTS:
         // No room to speak of, or no picture: unchanged.
         QCOMPARE(fitInto(QSizeF(700, 430), QSizeF(0, 0)), QSizeF(700, 430));
         QCOMPARE(fitInto(QSizeF(700, 30), QSizeF(500, 300)), QSizeF(700, 30));
+    }
+
+    void theWindowManagerIsToldThePicturesAspect()
+    {
+        WindowAspectHint::SizeHints hints {};
+        hints[0] = 16 | 8; // a minimum size and a size, as Qt writes them
+        hints[5] = 520;
+        const WindowAspectHint::SizeHints told
+            = WindowAspectHint::withAspect(hints, 16.0 / 9, QSize(0, 25 + 34));
+        QCOMPARE(told[0], 16u | 8u | 128u | 256u);
+        QCOMPARE(told[5], 520u); // kept
+        QCOMPARE(told[11], 17778u);
+        QCOMPARE(told[12], 10000u);
+        QCOMPARE(told[13], 17778u);
+        QCOMPARE(told[14], 10000u);
+        QCOMPARE(told[15], 0u);
+        QCOMPARE(told[16], 59u);
+        // No shape: the aspect is taken back.
+        QCOMPARE(WindowAspectHint::withAspect(told, 0, QSize())[0], 16u | 8u | 256u);
+        QCOMPARE(WindowAspectHint::withAspect(told, qQNaN(), QSize())[0], 16u | 8u | 256u);
     }
 
     void noRatioLiftsTheConstraintAndKeepsTheSize()

@@ -10,6 +10,15 @@
 #include <QUrl>
 #include <optional>
 
+// What a file with sound and no picture says of itself, from its tags; empty when untagged.
+struct SoundDescription
+{
+    QString title;
+    QString artist;
+    QString album;
+    friend bool operator==(const SoundDescription &, const SoundDescription &) = default;
+};
+
 class MediaPlayer : public QObject
 {
     Q_OBJECT
@@ -43,6 +52,8 @@ public:
     virtual bool isLikelyToKeepUp() const = 0;
     // Display size of the video; empty when there is none.
     virtual QSize presentationSize() const = 0;
+    // The current item, once loaded, has sound and no picture (not even cover art).
+    virtual std::optional<SoundDescription> soundOnly() const { return std::nullopt; }
 
 Q_SIGNALS:
     void waitingToPlayChanged(bool waiting);
@@ -50,6 +61,7 @@ Q_SIGNALS:
     void likelyToKeepUpChanged(bool likely);
     void hasItemChanged(bool hasItem);
     void presentationSizeChanged(QSize size);
+    void soundOnlyChanged();
     // The current item could not be opened or broke off; reason is the player's own wording.
     void playbackFailed(const QString &reason);
 };

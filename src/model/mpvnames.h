@@ -53,6 +53,11 @@ inline constexpr const char *volume = "volume";
 inline constexpr const char *mute = "mute";
 inline constexpr const char *hardwareDecoderInUse = "hwdec-current";
 inline constexpr const char *playlist = "playlist";
+inline constexpr const char *trackList = "track-list";
+// Tags, looked up whatever their letter case in the file.
+inline constexpr const char *tagTitle = "metadata/by-key/title";
+inline constexpr const char *tagArtist = "metadata/by-key/artist";
+inline constexpr const char *tagAlbum = "metadata/by-key/album";
 // Settable only while the load hook runs: what mpv opens for the file it starts.
 inline constexpr const char *streamOpenFilename = "stream-open-filename";
 } // namespace Property

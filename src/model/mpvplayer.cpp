@@ -150,6 +150,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
                       0);
         }
     } else {
+        setSoundOnly(std::nullopt);
         m_firstFrameShown = false;
         m_eofReached = false;
         m_position = qQNaN();
@@ -166,6 +167,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
 
 bool MpvPlayer::load(const QUrl &url)
 {
+    setSoundOnly(std::nullopt);
     m_firstFrameShown = false;
     m_eofReached = false;
     m_position = qQNaN();
@@ -296,6 +298,10 @@ void MpvPlayer::handleEvent(const mpv_event &event)
             m_currentStarted = true;
         break;
     }
+    case MPV_EVENT_FILE_LOADED:
+        if (isCurrentItemStarted())
+            setSoundOnly(describeSoundOnly());
+        break;
     case MPV_EVENT_HOOK:
         handleLoadHook(static_cast<const mpv_event_hook *>(event.data)->id);
         break;
@@ -378,6 +384,49 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 inserted
     updateWaiting();
     if (reason == MPV_END_FILE_REASON_ERROR)
         Q_EMIT playbackFailed(QString::fromUtf8(mpv_error_string(error)));
+}
+
+std::optional<SoundDescription> MpvPlayer::describeSoundOnly() const
+{
+    mpv_node tracks {};
+    if (mpv_get_property(m_handle.get(), Property::trackList, MPV_FORMAT_NODE, &tracks) < 0)
+        return std::nullopt;
+    bool sound = false;
+    bool picture = false;
+    if (tracks.format == MPV_FORMAT_NODE_ARRAY) {
+        for (int i = 0; i < tracks.u.list->num; ++i) {
+            const mpv_node &track = tracks.u.list->values[i];
+            if (track.format != MPV_FORMAT_NODE_MAP)
+                continue;
+            for (int k = 0; k < track.u.list->num; ++k) {
+                const mpv_node &value = track.u.list->values[k];
+                if (QByteArrayView(track.u.list->keys[k]) != "type"
+                    || value.format != MPV_FORMAT_STRING)
+                    continue;
+                sound = sound || QByteArrayView(value.u.string) == "audio";
+                picture = picture || QByteArrayView(value.u.string) == "video";
+            }
+        }
+    }
+    mpv_free_node_contents(&tracks);
+    if (!sound || picture)
+        return std::nullopt;
+    const auto tag = [this](const char *name) {
+        char *value = mpv_get_property_string(m_handle.get(), name);
+        const QString text = value ? QString::fromUtf8(value).trimmed() : QString();
+        mpv_free(value);
+        return text;
+    };
+    return SoundDescription {tag(Property::tagTitle), tag(Property::tagArtist),
+                             tag(Property::tagAlbum)};
+}
+
+void MpvPlayer::setSoundOnly(const std::optional<SoundDescription> &soundOnly)
+{
+    if (soundOnly != m_soundOnly) {
+        m_soundOnly = soundOnly;
+        Q_EMIT soundOnlyChanged();
+    }
 }
 
 QString MpvPlayer::hardwareDecoder() const

@@ -39,6 +39,7 @@ public:
     bool isBufferEmpty() const override { return m_pausedForCache; }
     bool isLikelyToKeepUp() const override { return !m_pausedForCache; }
     QSize presentationSize() const override { return m_presentationSize; }
+    std::optional<SoundDescription> soundOnly() const override { return m_soundOnly; }
 
     // The hardware decoder mpv uses for the current video ("vaapi", "nvdec", ...), or "no"
     // when the CPU decodes it.
@@ -76,6 +77,9 @@ private:
     void handleLoadHook(quint64 hookID);
     bool isCurrentItemStarted() const { return m_awaitedLoad == 0 && m_currentStarted; }
     void updatePresentationSize();
+    // Reads the loaded item's tracks and tags; nothing when it has a picture.
+    std::optional<SoundDescription> describeSoundOnly() const;
+    void setSoundOnly(const std::optional<SoundDescription> &soundOnly);
     void updateWaiting();
     void setHasItem(bool hasItem);
 
@@ -116,4 +120,5 @@ private:
     qint64 m_displayHeight = 0;
     qint64 m_rotation = 0; // degrees clockwise the picture is shown turned
     QSize m_presentationSize;
+    std::optional<SoundDescription> m_soundOnly;
 };

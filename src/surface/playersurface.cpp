@@ -56,13 +56,34 @@ PlayerSurface::PlayerSurface(PlayerModel &model, QWidget *parent)
     addLine(bufferingLayout, QStringLiteral("Buffering…"), caption, 0.85);
     bufferingLayout->addStretch();
 
+    // A file without pictures shows what it is, never the last frame of what played before.
+    m_soundOnly = new QWidget(this);
+    m_soundOnly->setObjectName(QStringLiteral("soundOnly"));
+    m_soundOnly->setAutoFillBackground(true);
+    m_soundOnly->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto *soundLayout = new QVBoxLayout(m_soundOnly);
+    soundLayout->addStretch();
+    QFont titleFont = font();
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.6);
+    titleFont.setWeight(QFont::DemiBold);
+    m_soundTitle = addLine(soundLayout, QString(), titleFont, 0.95);
+    m_soundTitle->setWordWrap(true);
+    m_soundDetails = addLine(soundLayout, QString(), font(), 0.7);
+    m_soundDetails->setWordWrap(true);
+    soundLayout->addStretch();
+    m_soundOnly->hide();
+
     connect(&m_model.player(), &MediaPlayer::hasItemChanged, this,
             &PlayerSurface::updateEmptyState);
+    connect(&m_model.player(), &MediaPlayer::soundOnlyChanged, this,
+            &PlayerSurface::updateSoundOnly);
+    connect(&m_model, &PlayerModel::titleChanged, this, &PlayerSurface::updateSoundOnly);
     connect(&m_model, &PlayerModel::youtubeContentChanged, this, &PlayerSurface::updateContent);
     connect(&m_model, &PlayerModel::isBufferingChanged, this, &PlayerSurface::updateBuffering);
     connect(&m_model, &PlayerModel::isLiveStreamChanged, this, &PlayerSurface::updateBuffering);
     updateContent();
     updateBuffering();
+    updateSoundOnly();
 }
 
 QPushButton *PlayerSurface::makeEmptyState()
@@ -157,6 +178,37 @@ void PlayerSurface::updateContent()
         m_hostingView->show();
     }
     updateEmptyState();
+    updateSoundOnly();
+}
+
+bool PlayerSurface::showsSoundOnly() const
+{
+    return !m_soundOnly->isHidden();
+}
+
+QString PlayerSurface::soundOnlyText() const
+{
+    return m_soundTitle->text() + u'\n' + m_soundDetails->text();
+}
+
+void PlayerSurface::updateSoundOnly()
+{
+    const std::optional<SoundDescription> sound
+        = m_model.youtubeContent() ? std::nullopt : m_model.player().soundOnly();
+    if (sound) {
+        m_soundTitle->setText(sound->title.isEmpty() ? m_model.title() : sound->title);
+        QStringList details;
+        for (const QString &detail : {sound->artist, sound->album})
+            if (!detail.isEmpty())
+                details.append(detail);
+        m_soundDetails->setText(details.join(QStringLiteral(" — ")));
+        m_soundDetails->setVisible(!details.isEmpty());
+    }
+    m_soundOnly->setGeometry(rect());
+    m_soundOnly->setVisible(sound.has_value());
+    m_soundOnly->raise();
+    m_emptyState->raise();
+    m_buffering->raise();
 }
 
 void PlayerSurface::updateEmptyState()
@@ -180,6 +232,7 @@ void PlayerSurface::resizeEvent(QResizeEvent *event)
     if (m_webPlayerView)
         m_webPlayerView->setGeometry(area);
     m_emptyState->setGeometry(area);
+    m_soundOnly->setGeometry(area);
     m_buffering->setGeometry(area);
 }
 

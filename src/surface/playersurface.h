@@ -36,6 +36,9 @@ public:
     bool showsWebPlayer() const;
     bool showsEmptyState() const;
     bool showsBuffering() const;
+    // Sound without a picture: its title, artist and album on the dark background.
+    bool showsSoundOnly() const;
+    QString soundOnlyText() const;
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -46,6 +49,7 @@ private:
     void updateContent();
     void updateEmptyState();
     void updateBuffering();
+    void updateSoundOnly();
     QPushButton *makeEmptyState();
 
     PlayerModel &m_model;
@@ -53,6 +57,9 @@ private:
     bool m_fullScreen = false;
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     PlayerHostingView *m_hostingView = nullptr;
+    QWidget *m_soundOnly = nullptr;
+    QLabel *m_soundTitle = nullptr;
+    QLabel *m_soundDetails = nullptr;
     WebPlayerView *m_webPlayerView = nullptr;
     WebPlayerViewFactory m_webPlayerViewFactory;
     QPushButton *m_emptyState = nullptr;

@@ -185,6 +185,38 @@ private Q_SLOTS:
         QVERIFY(m_model->isPlaying());
         QVERIFY(m_model->currentTime() >= 1.0);
     }
+
+    void soundWithoutAPictureSaysWhatItIs()
+    {
+        // An MP3 with tags, one without, then a video: only the sound files are sound only.
+        const QString tagged = m_media.filePath(QStringLiteral("tagged.mp3"));
+        const QString plain = m_media.filePath(QStringLiteral("plain.mp3"));
+        for (const auto &[path, tags] :
+             {std::pair {tagged,
+                         QStringList {"-metadata", "title=Night Drive", "-metadata",
+                                      "artist=The Testers", "-metadata", "album=Loopback"}},
+              std::pair {plain, QStringList {}}}) {
+            QProcess ffmpeg;
+            ffmpeg.start("ffmpeg",
+                         QStringList {"-v", "error", "-y", "-f", "lavfi", "-i",
+                                      "sine=frequency=440:duration=20"}
+                             + tags + QStringList {path});
+            QVERIFY(ffmpeg.waitForFinished(60000));
+            QCOMPARE(ffmpeg.exitCode(), 0);
+        }
+        m_model->play(QUrl::fromLocalFile(tagged), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->player().soundOnly().has_value(), 10000);
+        QCOMPARE(*m_model->player().soundOnly(),
+                 (SoundDescription {"Night Drive", "The Testers", "Loopback"}));
+        m_model->play(mediaFile(QStringLiteral("sound.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 10000);
+        QVERIFY(!m_model->player().soundOnly());
+        m_model->play(QUrl::fromLocalFile(plain), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->player().soundOnly().has_value(), 10000);
+        QCOMPARE(*m_model->player().soundOnly(), SoundDescription {});
+        m_model->stop();
+        QTRY_VERIFY(!m_model->player().soundOnly());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestPlayerItems)

@@ -36,6 +36,7 @@ public:
     bool isBufferEmpty() const override { return m_waiting; }
     bool isLikelyToKeepUp() const override { return !m_waiting; }
     QSize presentationSize() const override { return m_presentationSize; }
+    std::optional<SoundDescription> soundOnly() const override { return m_soundOnly; }
 
     void setWaiting(bool waiting)
     {
@@ -47,6 +48,11 @@ public:
     void setDuration(std::optional<double> seconds) { m_duration = seconds; }
     void setPosition(double seconds) { m_position = seconds; }
     void setPresentationSize(QSize size) { m_presentationSize = size; }
+    void setSoundOnly(std::optional<SoundDescription> sound)
+    {
+        m_soundOnly = std::move(sound);
+        Q_EMIT soundOnlyChanged();
+    }
 
     // Every item and exact seek asked for, in order.
     QList<std::optional<QUrl>> items;
@@ -57,6 +63,7 @@ private:
     bool m_hasItem = false;
     bool m_playing = false;
     bool m_waiting = false;
+    std::optional<SoundDescription> m_soundOnly;
     double m_position = 0;
     std::optional<double> m_duration = 100.0;
     QSize m_presentationSize {640, 360};

@@ -7,6 +7,7 @@
 #include "surface/playersurfaceregistry.h"
 #include "surface/webplayerview.h"
 
+#include <QDir>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
@@ -188,6 +189,30 @@ private Q_SLOTS:
         m_player->setWaiting(true);
         QTest::qWait(700);
         QVERIFY(!surface.showsBuffering());
+    }
+
+    void soundWithoutAPictureShowsItsTagsOverTheOldFrame()
+    {
+        PlayerSurface surface(*m_model);
+        surface.resize(640, 360);
+        surface.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&surface));
+        m_model->play(QUrl(QStringLiteral("file:///media/night-drive.mp3")), std::nullopt, false);
+        QVERIFY(!surface.showsSoundOnly());
+        m_player->setSoundOnly(SoundDescription {"Night Drive", "The Testers", "Loopback"});
+        QVERIFY(surface.showsSoundOnly());
+        QCOMPARE(surface.soundOnlyText(), QString::fromUtf8("Night Drive\nThe Testers — Loopback"));
+        // It covers the whole picture, so that no earlier frame shows around it.
+        QCOMPARE(surface.findChild<QWidget *>("soundOnly")->geometry(), surface.rect());
+        const QString folder
+            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
+        QDir().mkpath(folder);
+        surface.grab().save(QDir(folder).filePath(QStringLiteral("sound-only.png")));
+        // Untagged: the title the player gives it.
+        m_player->setSoundOnly(SoundDescription {});
+        QCOMPARE(surface.soundOnlyText(), QStringLiteral("night-drive.mp3\n"));
+        m_player->setSoundOnly(std::nullopt);
+        QVERIFY(!surface.showsSoundOnly());
     }
 };
 

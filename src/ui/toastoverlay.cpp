@@ -6,6 +6,7 @@
 #include <QVariantAnimation>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr int padding = 14;
@@ -61,14 +62,38 @@ void ToastOverlay::animateTo(double end)
     m_animation->start();
 }
 
+QStringList ToastOverlay::linesFor(const QString &text, const QFontMetrics &metrics, int width)
+{
+    // Advances are rounded: a pixel to spare keeps a text that fits from being shortened.
+    const auto fits = [&](const QString &line) {
+        return metrics.horizontalAdvance(line) + 1 <= width;
+    };
+    if (fits(text) || width <= 0)
+        return {text};
+    // Two lines, broken at the last space that leaves a first line that fits.
+    for (qsizetype space = text.lastIndexOf(u' '); space > 0;
+         space = text.lastIndexOf(u' ', space - 1)) {
+        const QString first = text.first(space);
+        const QString second = text.sliced(space + 1);
+        if (fits(first) && fits(second))
+            return {first, second};
+        if (fits(first))
+            return {first, metrics.elidedText(second, Qt::ElideMiddle, width - 1)};
+    }
+    return {metrics.elidedText(text, Qt::ElideMiddle, width - 1)};
+}
+
 void ToastOverlay::place(int areaWidth)
 {
     m_areaWidth = areaWidth;
     const QFontMetrics metrics(font());
     const int available = std::max(areaWidth - 2 * inset, 2 * padding);
-    const int plateWidth
-        = std::min(metrics.horizontalAdvance(m_shownText) + 2 * padding, available);
-    const int plateHeight = std::max(minimumHeight, metrics.height() + 12);
+    m_lines = linesFor(m_shownText, metrics, available - 2 * padding);
+    int textWidth = 0;
+    for (const QString &line : std::as_const(m_lines))
+        textWidth = std::max(textWidth, metrics.horizontalAdvance(line) + 1);
+    const int plateWidth = std::min(textWidth + 2 * padding, available);
+    const int plateHeight = std::max(minimumHeight, metrics.height() * int(m_lines.size()) + 12);
     const int width = plateWidth + 2 * shadowMargin;
     const int height = plateHeight + 2 * shadowMargin;
     // Slides from just above the window's top edge down to its inset.
@@ -97,7 +122,5 @@ void ToastOverlay::paintEvent(QPaintEvent *)
     painter.fillPath(shape, QColor(0, 0, 0, int(0.82 * 255)));
     painter.setPen(Qt::white);
     const QRectF textArea = plate.adjusted(padding, 0, -padding, 0);
-    const QString text
-        = QFontMetrics(font()).elidedText(m_shownText, Qt::ElideRight, int(textArea.width()));
-    painter.drawText(textArea, Qt::AlignCenter, text);
+    painter.drawText(textArea, Qt::AlignCenter, m_lines.join(u'\n'));
 }

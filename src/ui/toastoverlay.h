@@ -1,6 +1,7 @@
 #pragma once
 // The short notice at the top of the window: white text on a dark rounded plate that slides in
 // from the top edge with a fade and leaves the same way.
+#include <QStringList>
 #include <QWidget>
 
 class QVariantAnimation;
@@ -25,6 +26,11 @@ public:
     // Places the notice at the top of an area of this width.
     void place(int areaWidth);
 
+    // The lines the notice shows: its whole text on one line when it fits the area, else
+    // wrapped onto two, with a text too long even for those shortened in the middle.
+    QStringList shownLines() const { return m_lines; }
+    static QStringList linesFor(const QString &text, const QFontMetrics &metrics, int width);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
@@ -36,4 +42,5 @@ private:
     double m_progress = 0; // 0 hidden above the edge, 1 fully in
     QVariantAnimation *m_animation = nullptr;
     int m_areaWidth = 0;
+    QStringList m_lines;
 };

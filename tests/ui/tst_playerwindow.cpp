@@ -397,6 +397,35 @@ private Q_SLOTS:
         QVERIFY(toast->height() >= ToastOverlay::minimumHeight);
         QTRY_VERIFY_WITH_TIMEOUT(!toast->isVisible(), PlayerModel::toastDurationMs + 2000);
     }
+
+    void theNoticeGrowsToItsTextAndWrapsWhenTheWindowIsNarrow()
+    {
+        ToastOverlay *toast = content()->toast();
+        resizeContent({700, 430});
+        // A short notice is shown whole, on one line.
+        m_model->showToast(QStringLiteral("Could not play fake.mp4."));
+        QTRY_COMPARE(toast->shownLines(), QStringList {"Could not play fake.mp4."});
+        const QString longName = QStringLiteral("Could not play A Documentary About The Longest "
+                                                "Rivers Of The World Part Two.mp4.");
+        m_model->showToast(longName);
+        QTRY_COMPARE(toast->message(), longName);
+        QCOMPARE(toast->shownLines().join(u' '), longName);
+        // Narrow: two whole lines, within the window.
+        resizeContent({520, 430});
+        m_model->showToast(QStringLiteral("Could not play") + u' ' + longName);
+        QTRY_COMPARE(toast->shownLines().size(), 2);
+        QCOMPARE(toast->shownLines().join(u' '), QStringLiteral("Could not play ") + longName);
+        QVERIFY(toast->geometry().right() <= content()->width());
+        QVERIFY(toast->geometry().left() >= 0);
+        // A name too long for two lines is shortened in its middle; its end stays.
+        const QString huge
+            = QStringLiteral("Could not play ") + QString(300, u'x') + QStringLiteral(".mp4.");
+        m_model->showToast(huge);
+        QTRY_COMPARE(toast->message(), huge);
+        QVERIFY(toast->shownLines().join(QString()).contains(QChar(0x2026)));
+        QVERIFY(toast->shownLines().constLast().endsWith(u".mp4."));
+        QVERIFY(toast->shownLines().constFirst().startsWith(u"Could not play"));
+    }
 };
 
 QTEST_MAIN(TestPlayerWindow)

@@ -150,14 +150,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
                       0);
         }
     } else {
-        setSoundOnly(std::nullopt);
-        m_firstFrameShown = false;
-        m_eofReached = false;
-        m_position = qQNaN();
-        m_duration.reset();
-        m_currentEntry = -1;
-        m_currentStarted = false;
-        m_endsBeforeReply.clear();
+        forgetCurrentItem();
         m_awaitedLoad = 0;
         command({{argument(Command::name), QByteArray(Command::stop)}});
         setHasItem(false);
@@ -165,7 +158,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
     updateWaiting();
 }
 
-bool MpvPlayer::load(const QUrl &url)
+void MpvPlayer::forgetCurrentItem()
 {
     setSoundOnly(std::nullopt);
     m_firstFrameShown = false;
@@ -175,6 +168,11 @@ bool MpvPlayer::load(const QUrl &url)
     m_currentEntry = -1;
     m_currentStarted = false;
     m_endsBeforeReply.clear();
+}
+
+bool MpvPlayer::load(const QUrl &url)
+{
+    forgetCurrentItem();
     // A local file goes as a path so that mpv never reads a file: address through FFmpeg.
     const QByteArray target = url.isLocalFile() ? url.toLocalFile().toUtf8() : url.toEncoded();
     QVariantMap load {{argument(Command::name), QByteArray(Command::loadFile)},

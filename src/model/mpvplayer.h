@@ -72,6 +72,8 @@ private:
     // Loads url as the current item's address (the item's or an entry of its playlist), with
     // the item's options; false when mpv refused the command.
     bool load(const QUrl &url);
+    // Drops what was known of the item being replaced.
+    void forgetCurrentItem();
     // Loads the next entry of the playlist the item turned out to be; false when none is left.
     bool loadNextEntry();
     void handleLoadHook(quint64 hookID);

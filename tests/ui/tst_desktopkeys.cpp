@@ -5,27 +5,20 @@
 #include "model/playermodel.h"
 #include "scriptedmediaplayer.h"
 #include "surface/playersurface.h"
+#include "testdesktop.h"
 #include "ui/channellist.h"
 #include "ui/contentview.h"
 #include "ui/networkpanel.h"
 #include "ui/playerwindow.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QLineEdit>
 #include <QListView>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTest>
 
 namespace {
 
-bool xdotool(const QStringList &arguments)
-{
-    QProcess tool;
-    tool.start(QStringLiteral("xdotool"), arguments);
-    return tool.waitForFinished(10'000) && tool.exitCode() == 0;
-}
+using TestDesktop::xdotool;
 
 QByteArray playlistText(int count)
 {
@@ -43,7 +36,7 @@ class TestDesktopKeys : public QObject
     Q_OBJECT
 
 private:
-    QProcess m_windowManager;
+    TestDesktop::WindowManager m_windowManager;
     LocalHttpServer m_server;
     std::unique_ptr<PlayerModel> m_model;
     std::unique_ptr<PlayerWindow> m_window;
@@ -58,13 +51,7 @@ private:
         return pressed;
     }
 
-    void saveScreenshot(const QString &name)
-    {
-        const QString folder
-            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
-        QDir().mkpath(folder);
-        m_window->grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
-    }
+    void saveScreenshot(const QString &name) { TestDesktop::saveScreenshot(*m_window, name); }
 
     // The sidebar, once its address field has taken the focus as it does when it opens.
     void showSidebar()
@@ -83,13 +70,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty(),
-                 "run ./lumo setup");
-        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("xdotool")).isEmpty(),
-                 "run ./lumo setup");
-        m_windowManager.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
-        QVERIFY(m_windowManager.waitForStarted());
-        QTest::qWait(1000); // openbox takes the display
+        QVERIFY2(m_windowManager.start(), "openbox or xdotool is missing: run ./lumo setup");
         m_server.route(QStringLiteral("/list.m3u"), HttpResponse::text(playlistText(20)));
         QVERIFY(m_server.listen());
     }
@@ -110,12 +91,6 @@ private Q_SLOTS:
     {
         m_window.reset();
         m_model.reset();
-    }
-
-    void cleanupTestCase()
-    {
-        m_windowManager.terminate();
-        m_windowManager.waitForFinished(5000);
     }
 
     void fAndF11ToggleFullScreenAndEscapeLeavesIt()

@@ -3,14 +3,12 @@
 // available area, in the picture's shape. Screenshots go to build/screenshots.
 #include "model/playermodel.h"
 #include "scriptedmediaplayer.h"
+#include "testdesktop.h"
 #include "ui/contentview.h"
 #include "ui/playerwindow.h"
 #include "ui/windowshape.h"
 
-#include <QDir>
-#include <QProcess>
 #include <QScreen>
-#include <QStandardPaths>
 #include <QTest>
 
 class TestWindowOnScreen : public QObject
@@ -18,20 +16,14 @@ class TestWindowOnScreen : public QObject
     Q_OBJECT
 
 private:
-    QProcess m_windowManager;
+    TestDesktop::WindowManager m_windowManager;
     std::unique_ptr<PlayerModel> m_model;
     std::unique_ptr<PlayerWindow> m_window;
 
     ScriptedMediaPlayer &player() { return static_cast<ScriptedMediaPlayer &>(m_model->player()); }
     ContentView *content() { return m_window->contentView(); }
 
-    void saveScreenshot(const QString &name)
-    {
-        const QString folder
-            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
-        QDir().mkpath(folder);
-        m_window->grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
-    }
+    void saveScreenshot(const QString &name) { TestDesktop::saveScreenshot(*m_window, name); }
 
     // The frame on the screen, and the picture (the content less the bar) in the given shape.
     void checkOnScreenInShape(double ratio)
@@ -54,11 +46,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty(),
-                 "run ./lumo setup");
-        m_windowManager.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
-        QVERIFY(m_windowManager.waitForStarted());
-        QTest::qWait(1000); // openbox takes the display
+        QVERIFY2(m_windowManager.start(), "openbox or xdotool is missing: run ./lumo setup");
     }
 
     void init()
@@ -75,12 +63,6 @@ private Q_SLOTS:
     {
         m_window.reset();
         m_model.reset();
-    }
-
-    void cleanupTestCase()
-    {
-        m_windowManager.terminate();
-        m_windowManager.waitForFinished(5000);
     }
 
     void aPhonesUprightClipFitsTheScreen()
@@ -104,12 +86,9 @@ private Q_SLOTS:
         QTest::qWait(300);
         checkOnScreenInShape(16.0 / 9);
         // Widened and flattened by hand, through the window manager.
-        QProcess resize;
-        resize.start(QStringLiteral("xdotool"),
-                     {QStringLiteral("windowsize"), QString::number(m_window->winId()),
-                      QStringLiteral("1400"), QStringLiteral("500")});
-        QVERIFY(resize.waitForFinished(10'000));
-        QCOMPARE(resize.exitCode(), 0);
+        QVERIFY(
+            TestDesktop::xdotool({QStringLiteral("windowsize"), QString::number(m_window->winId()),
+                                  QStringLiteral("1400"), QStringLiteral("500")}));
         QTRY_VERIFY(m_window->width() != 1400 || m_window->height() != 500);
         QTest::qWait(500);
         checkOnScreenInShape(16.0 / 9);

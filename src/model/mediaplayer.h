@@ -62,6 +62,7 @@ Q_SIGNALS:
     void hasItemChanged(bool hasItem);
     void presentationSizeChanged(QSize size);
     void soundOnlyChanged();
-    // The current item could not be opened or broke off; reason is the player's own wording.
+    // The current item could not be opened or broke off; reason says why in a sentence for the
+    // user, or is empty when the player cannot tell.
     void playbackFailed(const QString &reason);
 };

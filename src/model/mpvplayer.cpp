@@ -4,12 +4,14 @@
 #include "mpvfileoptions.h"
 #include "mpvnames.h"
 #include "mpvnode.h"
+#include "playbackfailure.h"
 
 #include <QByteArray>
 #include <QMetaObject>
 #include <clocale>
 #include <cmath>
 #include <mpv/client.h>
+#include <utility>
 
 using namespace MpvNames;
 
@@ -102,6 +104,8 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         mpv_observe_property(mpv, 0, property.name, property.format);
     // Every file mpv is about to open is checked to be one this player loaded.
     mpv_hook_add(mpv, 0, Hook::load, 0);
+    // Warnings and errors tell the user why an item failed: a missing file, an HTTP status.
+    mpv_request_log_messages(mpv, "warn");
 
     // Called on mpv's threads: it may only queue the drain on the main thread.
     mpv_set_wakeup_callback(
@@ -146,8 +150,9 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
         setHasItem(true);
         if (!load(*url)) {
             // mpv refused the command as given: the item ends before it began.
-            handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, MPV_ERROR_INVALID_PARAMETER, -1,
-                      0);
+            handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, -1, 0);
+            // Told by the next drain, as every failure is.
+            QMetaObject::invokeMethod(this, &MpvPlayer::drainEvents, Qt::QueuedConnection);
         }
     } else {
         forgetCurrentItem();
@@ -160,6 +165,7 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
 
 void MpvPlayer::forgetCurrentItem()
 {
+    m_failurePending = false;
     setSoundOnly(std::nullopt);
     m_firstFrameShown = false;
     m_eofReached = false;
@@ -173,6 +179,7 @@ void MpvPlayer::forgetCurrentItem()
 bool MpvPlayer::load(const QUrl &url)
 {
     forgetCurrentItem();
+    m_itemMessages.clear();
     // A local file goes as a path so that mpv never reads a file: address through FFmpeg.
     const QByteArray target = url.isLocalFile() ? url.toLocalFile().toUtf8() : url.toEncoded();
     QVariantMap load {{argument(Command::name), QByteArray(Command::loadFile)},
@@ -275,6 +282,10 @@ void MpvPlayer::drainEvents()
             break;
         handleEvent(*event);
     }
+    // mpv hands out its log messages after the events queued meanwhile, so the messages that
+    // tell why an item failed come after its end: the failure is told once all are read.
+    if (std::exchange(m_failurePending, false))
+        Q_EMIT playbackFailed(PlaybackFailure::reason(m_itemMessages, !m_itemIsLocal));
 }
 
 void MpvPlayer::handleEvent(const mpv_event &event)
@@ -300,6 +311,13 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         if (isCurrentItemStarted())
             setSoundOnly(describeSoundOnly());
         break;
+    case MPV_EVENT_LOG_MESSAGE: {
+        const auto *message = static_cast<const mpv_event_log_message *>(event.data);
+        if (m_itemMessages.size() >= PlaybackFailure::keptMessages)
+            m_itemMessages.removeFirst();
+        m_itemMessages.append(QString::fromUtf8(message->text).trimmed());
+        break;
+    }
     case MPV_EVENT_HOOK:
         handleLoadHook(static_cast<const mpv_event_hook *>(event.data)->id);
         break;
@@ -315,15 +333,14 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         break;
     case MPV_EVENT_END_FILE: {
         const auto *end = static_cast<const mpv_event_end_file *>(event.data);
-        const EndedItem ended {end->playlist_entry_id, end->reason, end->error,
+        const EndedItem ended {end->playlist_entry_id, end->reason,
                                end->playlist_insert_num_entries > 0 ? end->playlist_insert_id
                                                                     : qint64(-1),
                                end->playlist_insert_num_entries};
         if (m_awaitedLoad != 0)
             m_endsBeforeReply.append(ended);
         else
-            handleEnd(ended.entryID, ended.reason, ended.error, ended.insertedID,
-                      ended.insertedCount);
+            handleEnd(ended.entryID, ended.reason, ended.insertedID, ended.insertedCount);
         break;
     }
     default:
@@ -337,7 +354,7 @@ void MpvPlayer::handleLoadReply(const mpv_event &event)
     const QList<EndedItem> ends = std::exchange(m_endsBeforeReply, {});
     if (event.error < 0) {
         // mpv refused the load itself: the item ends before it began.
-        handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, event.error, -1, 0);
+        handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, -1, 0);
         return;
     }
     const mpv_node &result = static_cast<const mpv_event_command *>(event.data)->result;
@@ -350,11 +367,10 @@ void MpvPlayer::handleLoadReply(const mpv_event &event)
         }
     }
     for (const EndedItem &end : ends)
-        handleEnd(end.entryID, end.reason, end.error, end.insertedID, end.insertedCount);
+        handleEnd(end.entryID, end.reason, end.insertedID, end.insertedCount);
 }
 
-void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 insertedID,
-                          qint64 insertedCount)
+void MpvPlayer::handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 insertedCount)
 {
     // The end of an item replaced by a newer one says nothing about the current item.
     if (entryID != m_currentEntry || !m_hasItem)
@@ -371,7 +387,6 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 inserted
         if (loadNextEntry())
             return;
         reason = MPV_END_FILE_REASON_ERROR;
-        error = MPV_ERROR_LOADING_FAILED;
     } else if (reason == MPV_END_FILE_REASON_ERROR && loadNextEntry()) {
         return;
     }
@@ -381,7 +396,7 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, int error, qint64 inserted
     setHasItem(false);
     updateWaiting();
     if (reason == MPV_END_FILE_REASON_ERROR)
-        Q_EMIT playbackFailed(QString::fromUtf8(mpv_error_string(error)));
+        m_failurePending = true;
 }
 
 std::optional<SoundDescription> MpvPlayer::describeSoundOnly() const

@@ -4,6 +4,7 @@
 // mpv's events on the main thread. Video is drawn by a render context made on handle().
 #include "mediaplayer.h"
 #include <QList>
+#include <QStringList>
 #include <QVariantMap>
 #include <memory>
 
@@ -68,7 +69,7 @@ private:
     // False when mpv refused the command outright.
     bool command(const QVariantMap &arguments, quint64 replyTo = 0);
     void handleLoadReply(const mpv_event &event);
-    void handleEnd(qint64 entryID, int reason, int error, qint64 insertedID, qint64 insertedCount);
+    void handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 insertedCount);
     // Loads url as the current item's address (the item's or an entry of its playlist), with
     // the item's options; false when mpv refused the command.
     bool load(const QUrl &url);
@@ -90,7 +91,6 @@ private:
     {
         qint64 entryID;
         int reason;
-        int error;
         qint64 insertedID;
         qint64 insertedCount;
     };
@@ -109,6 +109,8 @@ private:
     StreamHeaders m_headers;
     bool m_itemIsLocal = false;
     QList<QUrl> m_entriesLeft; // of that playlist, not tried yet
+    QStringList m_itemMessages; // mpv's warnings and errors since the item was loaded
+    bool m_failurePending = false; // the item failed; told once mpv's messages are read
     bool m_paused = true;
     bool m_eofReached = false; // the current item has played to its end
     bool m_pausedForCache = false;

@@ -47,7 +47,10 @@ PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
 
     m_toastTask.setSingleShot(true);
     m_toastTask.setInterval(toastDurationMs);
-    connect(&m_toastTask, &QTimer::timeout, this, [this] { setToastMessage(QString()); });
+    connect(&m_toastTask, &QTimer::timeout, this, [this] {
+        m_toastDetail.clear();
+        setToastMessage(QString());
+    });
 
     refreshBufferingState();
 }
@@ -283,11 +286,15 @@ void PlayerModel::showWebPlayerUnavailable()
         setErrorMessage(QStringLiteral("Could not load the YouTube player."));
 }
 
-void PlayerModel::handlePlaybackFailure()
+void PlayerModel::handlePlaybackFailure(const QString &reason)
 {
-    // Media that cannot be opened has no text of its own: say which title failed.
+    // Media that cannot be opened has no text of its own: say which title failed, and why when
+    // the player knows. Nothing of it stays behind: the window reads as if nothing is loaded.
     m_observingItemBuffer = false;
     hideBufferingIndicator();
     setIsPlaying(false);
-    showToast(QStringLiteral("Could not play %1.").arg(m_title));
+    showToast(QStringLiteral("Could not play %1.").arg(m_title), reason);
+    setCurrentTime(0);
+    setDuration(0);
+    setTitle(noMediaTitle.toString());
 }

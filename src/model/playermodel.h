@@ -43,6 +43,9 @@ class PlayerModel final : public QObject
                    youtubeContentChanged)
     // Null when no notice is shown.
     Q_PROPERTY(QString toastMessage READ toastMessage NOTIFY toastMessageChanged)
+    // A second, smaller line under the notice (why an item failed); empty when there is none.
+    // Changes before toastMessageChanged, which announces both.
+    Q_PROPERTY(QString toastDetail READ toastDetail NOTIFY toastMessageChanged)
 
 public:
     static constexpr QStringView noMediaTitle = u"No Media Selected";
@@ -72,6 +75,7 @@ public:
     bool isBuffering() const { return m_isBuffering; }
     const std::optional<YouTubeContent> &youtubeContent() const { return m_youtubeContent; }
     const QString &toastMessage() const { return m_toastMessage; }
+    const QString &toastDetail() const { return m_toastDetail; }
     const std::optional<LastPlayableSource> &lastPlayableSource() const
     {
         return m_lastPlayableSource;
@@ -108,7 +112,8 @@ public:
     void changeVolume(double by);
     void toggleMute();
     void stop();
-    void showToast(const QString &text);
+    // A new notice replaces the one shown, detail included.
+    void showToast(const QString &text, const QString &detail = {});
     // Installs the key-down and mouse-moved monitor once; later calls do nothing.
     void installKeyboardShortcuts();
 
@@ -202,7 +207,7 @@ private:
     void refreshBufferingState();
     void showBufferingIndicatorAfterDelay();
     void hideBufferingIndicator();
-    void handlePlaybackFailure();
+    void handlePlaybackFailure(const QString &reason);
     void evaluateInWebPlayer(const QString &script);
 
     std::unique_ptr<MediaPlayer> m_player;
@@ -221,6 +226,7 @@ private:
     bool m_isBuffering = false;
     std::optional<YouTubeContent> m_youtubeContent;
     QString m_toastMessage;
+    QString m_toastDetail;
 
     QTimer m_timeObserver;
     bool m_observingItemBuffer = false; // the current item's buffer flags are observed

@@ -132,9 +132,14 @@ void PlayerModel::hideBufferingIndicator()
     setIsBuffering(false);
 }
 
-void PlayerModel::showToast(const QString &text)
+void PlayerModel::showToast(const QString &text, const QString &detail)
 {
     m_toastTask.stop();
+    const bool detailChanged = detail != m_toastDetail;
+    m_toastDetail = detail;
+    // The same text with another detail is a new notice all the same.
+    if (detailChanged && text == m_toastMessage)
+        Q_EMIT toastMessageChanged();
     setToastMessage(text);
     m_toastTask.start();
 }

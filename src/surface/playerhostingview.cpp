@@ -320,8 +320,13 @@ void PlayerHostingView::paintGL()
     const bool newFrame = m_renderContext->takeFrameUpdate();
     // Asked before drawing: afterwards the frame is no longer the next one.
     const auto target = newFrame ? m_renderContext->nextFrameTarget() : std::nullopt;
-    m_compositor->draw(*m_renderContext, m_layerFrame, defaultFramebufferObject(), viewPixels,
-                       ratio);
+    if (m_player && m_player->hasItem())
+        m_compositor->draw(*m_renderContext, m_layerFrame, defaultFramebufferObject(), viewPixels,
+                           ratio);
+    else
+        // mpv keeps showing the last picture of an item that ended in failure or was stopped:
+        // with nothing loaded, nothing is shown (and recorded).
+        VideoLayerCompositor::clear(defaultFramebufferObject(), viewPixels);
     if (m_pictureReceiver && m_readback) {
         // Collected on the next turn of the event loop, once the GPU has finished the copy.
         const bool alreadyQueued = m_readback->isPending();

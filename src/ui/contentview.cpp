@@ -25,6 +25,29 @@
 #include <QVBoxLayout>
 #include <QVariantAnimation>
 
+#include <algorithm>
+#include <utility>
+
+namespace {
+// Moves a window whose frame, at its coming size, would reach past its screen's available area
+// back inside it.
+void keepOnScreen(QWidget *window, QSize frameSize)
+{
+    const QScreen *screen = window->screen();
+    if (!screen)
+        return;
+    const QRect available = screen->availableGeometry();
+    QRect frame(window->frameGeometry().topLeft(), frameSize);
+    if (available.contains(frame))
+        return;
+    frame.moveRight(std::min(frame.right(), available.right()));
+    frame.moveBottom(std::min(frame.bottom(), available.bottom()));
+    frame.moveLeft(std::max(frame.left(), available.left()));
+    frame.moveTop(std::max(frame.top(), available.top()));
+    window->move(frame.topLeft());
+}
+} // namespace
+
 ContentView::ContentView(PlayerModel &model, QWidget *parent)
     : QWidget(parent)
     , m_model(model)
@@ -89,6 +112,10 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
             m_networkPanel->focusAddressField();
     });
 
+    m_settleTask.setSingleShot(true);
+    m_settleTask.setInterval(resizeSettleMs);
+    connect(&m_settleTask, &QTimer::timeout, this, &ContentView::settleWindowShape);
+
     connect(m_networkPanel, &NetworkPanel::filtersResetRequested, m_channelList,
             &ChannelList::resetFilters);
     connect(m_controlBar, &PlayerControlBar::sidebarToggleRequested, this,
@@ -98,7 +125,7 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     connect(&PlayerNotifications::shared(), &PlayerNotifications::playerSurfaceClicked, this,
             [this] { setShowSidebar(false, sidebarCloseOnClickMs); });
     connect(&m_model, &PlayerModel::toastMessageChanged, this,
-            [this] { m_toast->setMessage(m_model.toastMessage()); });
+            [this] { m_toast->setMessage(m_model.toastMessage(), m_model.toastDetail()); });
     connect(&m_model, &PlayerModel::videoAspectRatioChanged, this,
             [this] { applyWindowAspect(m_model.videoAspectRatio(), m_portraitMode); });
     connect(&m_model, &PlayerModel::titleChanged, this, &ContentView::updateWindowTitle);
@@ -106,7 +133,7 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     connect(&m_model, &PlayerModel::errorMessageChanged, this, &ContentView::updateError);
     updateChannelSection();
     updateError();
-    m_toast->setMessage(m_model.toastMessage());
+    m_toast->setMessage(m_model.toastMessage(), m_model.toastDetail());
     setRecorder(m_recordingController);
 }
 
@@ -159,6 +186,38 @@ void ContentView::setFullScreen(bool fullScreen)
     // The recording panel stays above the player, full screen included.
     if (RecordingPanel *panel = m_recordingController->recordingPanel())
         panel->raise();
+}
+
+void ContentView::windowRestored()
+{
+    // Changes of shape made while the window filled the screen were put off until now, and
+    // the size restored may no longer fit the screen.
+    m_restoring = true;
+    m_settleTask.start();
+}
+
+void ContentView::settleWindowShape()
+{
+    QWidget *window = this->window();
+    if (m_isFullScreen || window->isMaximized() || window->isFullScreen())
+        return;
+    const bool restoring = std::exchange(m_restoring, false);
+    // With the hint the window manager keeps the shape through resizes by hand.
+    if (!restoring && WindowAspectHint::isAvailable())
+        return;
+    if (m_model.videoAspectRatio() > 0) {
+        applyWindowAspect(m_model.videoAspectRatio(), m_portraitMode);
+        return;
+    }
+    if (restoring) {
+        if (const QScreen *screen = window->screen()) {
+            const QSize chrome = window->frameGeometry().size() - window->size();
+            const QSize bounded
+                = window->size().boundedTo(screen->availableGeometry().size() - chrome);
+            if (bounded != window->size())
+                window->resize(bounded);
+        }
+    }
 }
 
 void ContentView::setRecorder(PlayerRecorder *recorder)
@@ -231,6 +290,8 @@ void ContentView::resizeEvent(QResizeEvent *event)
     updateWindowTitle();
     if (m_pictureRatio > 0)
         applyAspectHint();
+    if (m_restoring || (m_pictureRatio > 0 && !WindowAspectHint::isAvailable()))
+        m_settleTask.start();
 }
 
 void ContentView::layoutChildren()
@@ -294,6 +355,7 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
                                            QSizeF(screen->availableGeometry().size() - chrome));
         }
         window->resize(window->size() - this->size() + content.toSize());
+        keepOnScreen(window, window->frameGeometry().size() - this->size() + content.toSize());
         m_aspectConstraint = window->frameGeometry().size();
         m_pictureRatio
             = PortraitDisplayModes::isPortrait(mode) ? WindowShape::portraitRatio : ratio;

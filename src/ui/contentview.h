@@ -36,6 +36,8 @@ public:
     static constexpr int sidebarCloseOnClickMs = 160;
     // The address field takes the focus once the sidebar has slid in.
     static constexpr int addressFocusDelayMs = 180;
+    // How long the window's size must stay still before its shape is checked again.
+    static constexpr int resizeSettleMs = 250;
 
     explicit ContentView(PlayerModel &model, QWidget *parent = nullptr);
 
@@ -45,6 +47,9 @@ public:
     void setPortraitMode(PortraitDisplayMode mode);
     bool isFullScreen() const { return m_isFullScreen; }
     void setFullScreen(bool fullScreen);
+    // The window left full screen or its maximised state: once its restored size has come, it
+    // takes the picture's shape again, within its screen.
+    void windowRestored();
     // The recorder the control bar and the full-screen rules follow; the window's own
     // recording controller unless a test puts another in its place.
     void setRecorder(PlayerRecorder *recorder);
@@ -83,6 +88,9 @@ private:
     void updateWindowTitle();
     void updateError();
     void applyWindowAspect(double ratio, PortraitDisplayMode mode);
+    // The window's size has stopped changing (after a restore, or a resize by hand where no
+    // aspect hint keeps the shape): the shape and the screen are checked again.
+    void settleWindowShape();
     void updateFloatingBar();
 
     PlayerModel &m_model;
@@ -91,6 +99,8 @@ private:
     bool m_isFullScreen = false;
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     QTimer m_addressFocusTask;
+    QTimer m_settleTask;
+    bool m_restoring = false; // a restored size is on its way
     QSize m_aspectConstraint;
     double m_pictureRatio = 0; // the picture's shape the window keeps; 0 for none
 

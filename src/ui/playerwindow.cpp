@@ -8,6 +8,7 @@
 
 #include <QEvent>
 #include <QMenuBar>
+#include <QWindowStateChangeEvent>
 
 PlayerWindow::PlayerWindow(PlayerModel &model, QWidget *parent)
     : QMainWindow(parent)
@@ -44,4 +45,8 @@ void PlayerWindow::changeEvent(QEvent *event)
     // Full screen belongs to the picture alone.
     menuBar()->setVisible(!isFullScreen());
     m_content->setFullScreen(isFullScreen());
+    const Qt::WindowStates filling = Qt::WindowMaximized | Qt::WindowFullScreen;
+    const auto *change = static_cast<QWindowStateChangeEvent *>(event);
+    if ((change->oldState() & filling) && !(windowState() & filling))
+        m_content->windowRestored();
 }

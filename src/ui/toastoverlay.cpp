@@ -38,16 +38,18 @@ ToastOverlay::ToastOverlay(QWidget *parent)
     });
 }
 
-void ToastOverlay::setMessage(const QString &message)
+void ToastOverlay::setMessage(const QString &message, const QString &detail)
 {
-    if (message.isNull() == m_message.isNull() && message == m_message)
+    if (message.isNull() == m_message.isNull() && message == m_message && detail == m_detail)
         return;
     m_message = message;
+    m_detail = detail;
     if (message.isNull()) {
         animateTo(0);
         return;
     }
     m_shownText = message;
+    m_shownDetail = detail;
     show();
     raise();
     place(m_areaWidth);
@@ -83,17 +85,33 @@ QStringList ToastOverlay::linesFor(const QString &text, const QFontMetrics &metr
     return {metrics.elidedText(text, Qt::ElideMiddle, width - 1)};
 }
 
+QFont ToastOverlay::detailFont() const
+{
+    QFont detail = font();
+    detail.setPixelSize(11);
+    detail.setWeight(QFont::Normal);
+    return detail;
+}
+
 void ToastOverlay::place(int areaWidth)
 {
     m_areaWidth = areaWidth;
     const QFontMetrics metrics(font());
+    const QFontMetrics detailMetrics(detailFont());
     const int available = std::max(areaWidth - 2 * inset, 2 * padding);
     m_lines = linesFor(m_shownText, metrics, available - 2 * padding);
+    m_detailLines = m_shownDetail.isEmpty()
+        ? QStringList()
+        : linesFor(m_shownDetail, detailMetrics, available - 2 * padding);
     int textWidth = 0;
     for (const QString &line : std::as_const(m_lines))
         textWidth = std::max(textWidth, metrics.horizontalAdvance(line) + 1);
+    for (const QString &line : std::as_const(m_detailLines))
+        textWidth = std::max(textWidth, detailMetrics.horizontalAdvance(line) + 1);
     const int plateWidth = std::min(textWidth + 2 * padding, available);
-    const int plateHeight = std::max(minimumHeight, metrics.height() * int(m_lines.size()) + 12);
+    const int textHeight = metrics.height() * int(m_lines.size())
+        + detailMetrics.height() * int(m_detailLines.size());
+    const int plateHeight = std::max(minimumHeight, textHeight + 12);
     const int width = plateWidth + 2 * shadowMargin;
     const int height = plateHeight + 2 * shadowMargin;
     // Slides from just above the window's top edge down to its inset.
@@ -122,5 +140,20 @@ void ToastOverlay::paintEvent(QPaintEvent *)
     painter.fillPath(shape, QColor(0, 0, 0, int(0.82 * 255)));
     painter.setPen(Qt::white);
     const QRectF textArea = plate.adjusted(padding, 0, -padding, 0);
-    painter.drawText(textArea, Qt::AlignCenter, m_lines.join(u'\n'));
+    if (m_detailLines.isEmpty()) {
+        painter.drawText(textArea, Qt::AlignCenter, m_lines.join(u'\n'));
+        return;
+    }
+    // The text and its detail, centred together.
+    const QFontMetrics metrics(font());
+    const QFontMetrics detailMetrics(detailFont());
+    const qreal textHeight = metrics.height() * m_lines.size();
+    const qreal detailHeight = detailMetrics.height() * m_detailLines.size();
+    const qreal top = textArea.top() + (textArea.height() - textHeight - detailHeight) / 2;
+    painter.drawText(QRectF(textArea.left(), top, textArea.width(), textHeight), Qt::AlignCenter,
+                     m_lines.join(u'\n'));
+    painter.setFont(detailFont());
+    painter.setPen(QColor(255, 255, 255, int(0.72 * 255)));
+    painter.drawText(QRectF(textArea.left(), top + textHeight, textArea.width(), detailHeight),
+                     Qt::AlignCenter, m_detailLines.join(u'\n'));
 }

@@ -1,6 +1,7 @@
 #pragma once
 // The short notice at the top of the window: white text on a dark rounded plate that slides in
-// from the top edge with a fade and leaves the same way.
+// from the top edge with a fade and leaves the same way. A detail (why something failed) may
+// stand under the text in a smaller, dimmer line.
 #include <QStringList>
 #include <QWidget>
 
@@ -18,8 +19,9 @@ public:
     explicit ToastOverlay(QWidget *parent = nullptr);
 
     // A null message hides the notice.
-    void setMessage(const QString &message);
+    void setMessage(const QString &message, const QString &detail = {});
     QString message() const { return m_message; }
+    QString detail() const { return m_detail; }
     // Whether a notice is shown or on its way in.
     bool isShowing() const { return !m_message.isNull(); }
 
@@ -29,6 +31,8 @@ public:
     // The lines the notice shows: its whole text on one line when it fits the area, else
     // wrapped onto two, with a text too long even for those shortened in the middle.
     QStringList shownLines() const { return m_lines; }
+    QStringList shownDetailLines() const { return m_detailLines; }
+    QFont detailFont() const;
     static QStringList linesFor(const QString &text, const QFontMetrics &metrics, int width);
 
 protected:
@@ -38,9 +42,12 @@ private:
     void animateTo(double end);
 
     QString m_message;
+    QString m_detail;
     QString m_shownText; // kept while the notice leaves
+    QString m_shownDetail;
     double m_progress = 0; // 0 hidden above the edge, 1 fully in
     QVariantAnimation *m_animation = nullptr;
     int m_areaWidth = 0;
     QStringList m_lines;
+    QStringList m_detailLines;
 };

@@ -40,10 +40,17 @@ WindowAspectHint::SizeHints WindowAspectHint::withAspect(SizeHints hints, double
     return hints;
 }
 
+bool WindowAspectHint::isAvailable()
+{
+    // Qt's offscreen platform also answers to the X11 interface when it draws through GLX.
+    return QGuiApplication::platformName() == u"xcb"
+        && qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr;
+}
+
 void WindowAspectHint::apply(QWidget *window, double ratio, QSize base)
 {
     auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11 || !window || !window->windowHandle())
+    if (!isAvailable() || !x11 || !window || !window->windowHandle())
         return;
     xcb_connection_t *connection = x11->connection();
     const auto id = static_cast<xcb_window_t>(window->winId());

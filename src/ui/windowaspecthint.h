@@ -17,6 +17,10 @@ using SizeHints = std::array<std::uint32_t, 18>;
 // or cleared with a ratio that is not above 0. Every other field is kept.
 SizeHints withAspect(SizeHints hints, double ratio, QSize base);
 
+// Whether the platform carries the hint (X11). Elsewhere (Wayland has no protocol for it) the
+// window's shape is corrected once a resize by hand has ended.
+bool isAvailable();
+
 // Applies it to window's WM_NORMAL_HINTS; nothing on other platforms. Qt rewrites the hints when
 // it resizes the window or changes its limits, so this is called again after those.
 void apply(QWidget *window, double ratio, QSize base);

@@ -1,12 +1,14 @@
 // Which item the player is on, with real libmpv: loads replaced before they start, loads
 // followed at once by a stop or by web content, and media that then fails must still be
 // reported.
+#include "httpserver/localhttpserver.h"
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
 #include "testmedia.h"
 
 #include <QProcess>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -16,6 +18,8 @@ class TestPlayerItems : public QObject
 
 private:
     QTemporaryDir m_media;
+    LocalHttpServer m_server;
+    quint16 m_closedPort = 0;
 
     // What the sound server says of the streams playing now.
     static QString soundStreams()
@@ -56,6 +60,18 @@ private Q_SLOTS:
         QFile fake(m_media.filePath(QStringLiteral("fake.mp4")));
         QVERIFY(fake.open(QIODevice::WriteOnly));
         fake.write("This is a text file with a video name.\n");
+        fake.close();
+
+        QVERIFY(m_server.listen());
+        m_server.route(QStringLiteral("/forbidden.mp4"),
+                       HttpResponse::text("Forbidden", "text/plain", 403));
+        m_server.route(QStringLiteral("/gone.mp4"), HttpResponse::notFound());
+        m_server.route(QStringLiteral("/busy.mp4"),
+                       HttpResponse::text("Try later", "text/plain", 503));
+        // A port nobody listens on: taken, then let go.
+        QTcpServer probe;
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        m_closedPort = probe.serverPort();
     }
 
     void init()
@@ -65,6 +81,52 @@ private Q_SLOTS:
     }
 
     void cleanup() { m_model.reset(); }
+
+    void aFailureSaysWhyAndLeavesNothingBehind_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("missing file") << "missing.mp4"
+                                      << "The file was not found.";
+        QTest::newRow("not media") << "fake.mp4"
+                                   << "This is not a media file the player can read.";
+        QTest::newRow("404") << "/gone.mp4"
+                             << "The server answered 404 Not Found.";
+        QTest::newRow("403") << "/forbidden.mp4"
+                             << "The server answered 403 Forbidden.";
+        QTest::newRow("503") << "/busy.mp4"
+                             << "The server answered 503 Service Unavailable.";
+        QTest::newRow("refused") << "refused"
+                                 << "The server refused the connection.";
+    }
+
+    void aFailureSaysWhyAndLeavesNothingBehind()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, reason);
+        m_model->play(mediaFile(QStringLiteral("clip.mp4")), std::nullopt, false);
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->isPlaying(), 10000);
+        QUrl url;
+        if (address == u"refused")
+            url = QUrl(QStringLiteral("http://127.0.0.1:%1/clip.mp4").arg(m_closedPort));
+        else if (address.startsWith(u'/'))
+            url = m_server.url(address);
+        else
+            url = mediaFile(address);
+        m_model->play(url, QStringLiteral("Broken"), false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), QStringLiteral("Could not play Broken."),
+                                  15000);
+        QCOMPARE(m_model->toastDetail(), reason);
+        // Neither the earlier item nor the failed one stays behind.
+        QCOMPARE(m_model->title(), PlayerModel::noMediaTitle.toString());
+        QVERIFY(!m_model->player().hasItem());
+        QVERIFY(!m_model->isPlaying());
+        QCOMPARE(m_model->currentTime(), 0.0);
+        QCOMPARE(m_model->duration(), 0.0);
+        // The reason goes with its notice.
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->toastMessage().isNull(), 5000);
+        QVERIFY(m_model->toastDetail().isEmpty());
+    }
 
     void twoLoadsBackToBack()
     {

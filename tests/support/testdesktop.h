@@ -2,6 +2,7 @@
 // The desktop around a window test: a real window manager (openbox) on the test display,
 // xdotool for input the X server delivers, and the folder screenshots are saved to.
 #include <QProcess>
+#include <QSize>
 #include <QStringList>
 
 class QWidget;
@@ -22,6 +23,25 @@ public:
 
 private:
     QProcess m_process;
+};
+
+// A private Wayland compositor (weston, headless) for the life of this object. Made before the
+// application, so that Qt connects to it: start() points WAYLAND_DISPLAY and QT_QPA_PLATFORM at
+// it, in a runtime folder of its own.
+class WaylandCompositor final
+{
+public:
+    WaylandCompositor() = default;
+    ~WaylandCompositor();
+    WaylandCompositor(const WaylandCompositor &) = delete;
+    WaylandCompositor &operator=(const WaylandCompositor &) = delete;
+
+    // False when weston is missing or its socket did not come; the reason goes to stderr.
+    bool start(QSize screen);
+
+private:
+    qint64 m_pid = 0;
+    QString m_runtime;
 };
 
 // Runs xdotool with the arguments; true when it succeeded.

@@ -168,6 +168,20 @@ private Q_SLOTS:
         QVERIFY(!shown.isNull());
     }
 
+    void aFailedItemLeavesNoEarlierFrameBehind()
+    {
+        QVERIFY(showPicture(media("thirds.mp4")));
+        const QRgb before = picture().pixel(viewSize.width() / 2, viewSize.height() / 2);
+        QVERIFY(qRed(before) + qGreen(before) + qBlue(before) > 150);
+        QSignalSpy failures(m_player.get(), &MediaPlayer::playbackFailed);
+        m_player->replaceCurrentItem(QUrl::fromLocalFile(media("missing.mp4")));
+        QTRY_COMPARE_WITH_TIMEOUT(failures.count(), 1, 10000);
+        QTRY_VERIFY(!m_player->hasItem());
+        const QImage shown = picture(QStringLiteral("failed-item"));
+        for (const int x : {viewSize.width() / 6, viewSize.width() / 2, viewSize.width() * 5 / 6})
+            QCOMPARE(shown.pixel(x, viewSize.height() / 2), qRgb(0, 0, 0));
+    }
+
     void normalShowsTheWholePicture()
     {
         QVERIFY(showPicture(media("thirds.mp4")));

@@ -16,6 +16,7 @@
 #include "windowactivation.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QMenu>
@@ -425,6 +426,34 @@ private Q_SLOTS:
         QVERIFY(toast->shownLines().join(QString()).contains(QChar(0x2026)));
         QVERIFY(toast->shownLines().constLast().endsWith(u".mp4."));
         QVERIFY(toast->shownLines().constFirst().startsWith(u"Could not play"));
+    }
+
+    void aFailureNoticeSaysWhyInASmallerSecondLine()
+    {
+        ToastOverlay *toast = content()->toast();
+        resizeContent({700, 430});
+        m_model->showToast(QStringLiteral("Could not play Dead Channel."));
+        QTRY_COMPARE(toast->message(), QStringLiteral("Could not play Dead Channel."));
+        const int plainHeight = toast->height();
+        QVERIFY(toast->shownDetailLines().isEmpty());
+        // The same notice again with its reason is shown anew, one line taller.
+        m_model->showToast(QStringLiteral("Could not play Dead Channel."),
+                           QStringLiteral("The server answered 404 Not Found."));
+        QTRY_COMPARE(toast->detail(), QStringLiteral("The server answered 404 Not Found."));
+        QCOMPARE(toast->shownLines(), QStringList {"Could not play Dead Channel."});
+        QCOMPARE(toast->shownDetailLines(), QStringList {"The server answered 404 Not Found."});
+        QVERIFY(toast->detailFont().pixelSize() < toast->font().pixelSize());
+        QVERIFY(toast->height() > plainHeight);
+        QTest::qWait(ToastOverlay::animationMs + 100);
+        const QImage shot = m_window->grab().toImage();
+        const QString folder
+            = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("../screenshots");
+        QDir().mkpath(folder);
+        shot.save(QDir(folder).filePath(QStringLiteral("notice-with-reason.png")));
+        // A notice without a reason drops the earlier one's.
+        m_model->showToast(QStringLiteral("No media or URL is available."));
+        QTRY_VERIFY(toast->shownDetailLines().isEmpty());
+        QCOMPARE(toast->detail(), QString());
     }
 };
 

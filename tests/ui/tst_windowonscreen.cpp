@@ -3,6 +3,7 @@
 // available area, in the picture's shape. Screenshots go to build/screenshots.
 #include "model/playermodel.h"
 #include "scriptedmediaplayer.h"
+#include "surface/fullscreentoggle.h"
 #include "testdesktop.h"
 #include "ui/contentview.h"
 #include "ui/playerwindow.h"
@@ -106,6 +107,48 @@ private Q_SLOTS:
         QTest::qWait(500);
         checkOnScreenInShape(WindowShape::portraitRatio);
         saveScreenshot(QStringLiteral("window-portrait-fill-on-screen"));
+    }
+
+    void leavingFullScreenTakesTheShapeChosenMeanwhileOnScreen()
+    {
+        player().setPresentationSize({1920, 1080});
+        m_model->play(QUrl(QStringLiteral("file:///media/film.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        m_window->resize(1100, 700);
+        QTest::qWait(300);
+        toggleFullScreen(m_window.get());
+        QTRY_VERIFY(content()->isFullScreen());
+        QTest::qWait(300);
+        // Chosen while the picture fills the screen: the window takes it on leaving.
+        content()->setPortraitMode(PortraitDisplayMode::fill);
+        QTest::qWait(300);
+        toggleFullScreen(m_window.get());
+        QTRY_VERIFY(!m_window->isFullScreen());
+        QTest::qWait(800);
+        checkOnScreenInShape(WindowShape::portraitRatio);
+        saveScreenshot(QStringLiteral("window-after-full-screen"));
+    }
+
+    void leavingTheMaximisedStateTakesTheNewPicturesShapeOnScreen()
+    {
+        player().setPresentationSize({1280, 720});
+        m_model->play(QUrl(QStringLiteral("file:///media/film.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        m_window->resize(1200, 710);
+        QTest::qWait(300);
+        m_window->showMaximized();
+        QTRY_VERIFY(m_window->isMaximized());
+        QTest::qWait(300);
+        // An upright clip opened while maximised, at the wide window's width, would be far
+        // taller than the screen.
+        player().setPresentationSize({1080, 1920});
+        m_model->play(QUrl(QStringLiteral("file:///media/phone.mp4")), std::nullopt, false);
+        QTest::qWait(500);
+        m_window->showNormal();
+        QTRY_VERIFY(!m_window->isMaximized());
+        QTest::qWait(800);
+        checkOnScreenInShape(1080.0 / 1920);
+        saveScreenshot(QStringLiteral("window-after-maximised"));
     }
 };
 

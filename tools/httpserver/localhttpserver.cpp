@@ -19,12 +19,16 @@ QByteArray reasonPhrase(int status)
         return "Moved Permanently";
     case 302:
         return "Found";
+    case 403:
+        return "Forbidden";
     case 404:
         return "Not Found";
     case 416:
         return "Range Not Satisfiable";
     case 500:
         return "Internal Server Error";
+    case 503:
+        return "Service Unavailable";
     default:
         return "Status";
     }

@@ -25,7 +25,12 @@ std::optional<double> arrowStep(Qt::KeyboardModifiers modifiers)
 Action desktopAction(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat,
                      const Context &context)
 {
-    if (context.listFocused || modifiers != Qt::NoModifier)
+    if (context.listFocused)
+        return PassOn {};
+    // "#" takes Shift on most layouts.
+    if (key == Qt::Key_NumberSign && (modifiers & ~Qt::ShiftModifier) == Qt::NoModifier)
+        return autoRepeat ? Action(PassOn {}) : Action(CycleTrack {TrackKind::audio});
+    if (modifiers != Qt::NoModifier)
         return PassOn {};
     switch (key) {
     case Qt::Key_Up:
@@ -39,6 +44,10 @@ Action desktopAction(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat,
         return context.fullScreen && !autoRepeat ? Action(LeaveFullScreen {}) : Action(PassOn {});
     case Qt::Key_M:
         return autoRepeat ? Action(PassOn {}) : Action(ToggleMute {});
+    case Qt::Key_J:
+        return autoRepeat ? Action(PassOn {}) : Action(CycleTrack {TrackKind::subtitle});
+    case Qt::Key_V:
+        return autoRepeat ? Action(PassOn {}) : Action(ToggleSubtitles {});
     default:
         return PassOn {};
     }

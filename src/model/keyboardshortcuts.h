@@ -1,5 +1,7 @@
 #pragma once
 // The player's keyboard rules, as a pure function of one key press.
+#include "mediatrack.h"
+
 #include <Qt>
 #include <variant>
 
@@ -39,8 +41,18 @@ struct ChangeVolume
     double by; // a fraction of full volume
     friend bool operator==(ChangeVolume, ChangeVolume) = default;
 };
+// The next audio track, or the next subtitle track (through "off").
+struct CycleTrack
+{
+    TrackKind kind;
+    friend bool operator==(CycleTrack, CycleTrack) = default;
+};
+struct ToggleSubtitles
+{
+    friend bool operator==(ToggleSubtitles, ToggleSubtitles) = default;
+};
 using Action = std::variant<PassOn, Skip, Stop, TogglePlayback, ToggleFullScreen, LeaveFullScreen,
-                            ToggleMute, ChangeVolume>;
+                            ToggleMute, ChangeVolume, CycleTrack, ToggleSubtitles>;
 
 // What the keys go to when pressed.
 struct Context
@@ -55,7 +67,8 @@ inline constexpr double volumeStep = 0.05;
 
 // Command is Qt::ControlModifier (the command key on macOS), Option Qt::AltModifier and
 // Control Qt::MetaModifier. Besides the player's own keys, the desktop's: F and F11 toggle full
-// screen, Esc leaves it, M mutes, Up and Down change the volume.
+// screen, Esc leaves it, M mutes, Up and Down change the volume; and mpv's track keys: # cycles
+// the audio tracks, J the subtitles, V shows or hides them.
 Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, const Context &context);
 
 } // namespace KeyboardShortcuts

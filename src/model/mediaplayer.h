@@ -2,6 +2,7 @@
 // The media player the model drives: one current item at a time, transport commands, and the
 // observations the model publishes. MpvPlayer implements it; tests may reach rare states with a
 // double.
+#include "mediatrack.h"
 #include "sources/streamheaders.h"
 
 #include <QObject>
@@ -55,6 +56,16 @@ public:
     // The current item, once loaded, has sound and no picture (not even cover art).
     virtual std::optional<SoundDescription> soundOnly() const { return std::nullopt; }
 
+    // The audio and subtitle tracks of the current item; none without one.
+    virtual MediaTracks tracks() const { return {}; }
+    // Selects a track of kind; nothing turns subtitles off.
+    virtual void selectTrack(TrackKind, std::optional<qint64>) { }
+    // Adds a subtitle file to the current item and selects it; subtitleFileFailed tells when it
+    // cannot be read.
+    virtual void addSubtitleFile(const QString &path) { Q_EMIT subtitleFileFailed(path); }
+    // Whether the selected subtitles are shown.
+    virtual void setSubtitlesVisible(bool) { }
+
 Q_SIGNALS:
     void waitingToPlayChanged(bool waiting);
     void bufferEmptyChanged(bool empty);
@@ -62,6 +73,8 @@ Q_SIGNALS:
     void hasItemChanged(bool hasItem);
     void presentationSizeChanged(QSize size);
     void soundOnlyChanged();
+    void tracksChanged();
+    void subtitleFileFailed(const QString &path);
     // The current item could not be opened or broke off; reason says why in a sentence for the
     // user, or is empty when the player cannot tell.
     void playbackFailed(const QString &reason);

@@ -31,6 +31,8 @@ inline constexpr const char *scale = "scale";
 inline constexpr const char *downscale = "dscale";
 inline constexpr const char *loadUnsafePlaylists = "load-unsafe-playlists";
 inline constexpr const char *videoTimingOffset = "video-timing-offset";
+inline constexpr const char *subtitleAutoLoad = "sub-auto";
+inline constexpr const char *subtitleCodepage = "sub-codepage";
 // Per-file options of a network item.
 inline constexpr const char *userAgent = "user-agent";
 inline constexpr const char *referrer = "referrer";
@@ -54,6 +56,10 @@ inline constexpr const char *mute = "mute";
 inline constexpr const char *hardwareDecoderInUse = "hwdec-current";
 inline constexpr const char *playlist = "playlist";
 inline constexpr const char *trackList = "track-list";
+inline constexpr const char *audioTrack = "aid";
+inline constexpr const char *subtitleTrack = "sid";
+inline constexpr const char *subtitleVisibility = "sub-visibility";
+inline constexpr const char *subtitleText = "sub-text";
 // Tags, looked up whatever their letter case in the file.
 inline constexpr const char *tagTitle = "metadata/by-key/title";
 inline constexpr const char *tagArtist = "metadata/by-key/artist";
@@ -79,6 +85,8 @@ inline constexpr const char *replace = "replace";
 inline constexpr const char *stop = "stop";
 inline constexpr const char *seek = "seek";
 inline constexpr const char *seekAbsoluteExact = "absolute+exact";
+inline constexpr const char *subtitleAdd = "sub-add";
+inline constexpr const char *select = "select";
 } // namespace Command
 
 } // namespace MpvNames

@@ -4,6 +4,7 @@
 #include "mpvfileoptions.h"
 #include "mpvnames.h"
 #include "mpvnode.h"
+#include "mpvtracks.h"
 #include "playbackfailure.h"
 
 #include <QByteArray>
@@ -27,6 +28,7 @@ const MpvPlayer::ObservedProperty MpvPlayer::s_observed[] = {
     {Property::displayWidth, MPV_FORMAT_INT64}, {Property::displayHeight, MPV_FORMAT_INT64},
     {Property::fileFormat, MPV_FORMAT_STRING},  {Property::seekable, MPV_FORMAT_FLAG},
     {Property::rotation, MPV_FORMAT_INT64},     {Property::eofReached, MPV_FORMAT_FLAG},
+    {Property::trackList, MPV_FORMAT_NODE},     {Property::subtitleText, MPV_FORMAT_STRING},
 };
 
 void MpvPlayer::HandleDeleter::operator()(mpv_handle *handle) const
@@ -93,6 +95,10 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
          "reconnect=1,reconnect_streamed=1,reconnect_on_network_error=1,reconnect_delay_max=5"},
         {Option::cachePause, "yes"},
         {Option::cachePauseWait, "1"},
+        // A subtitle file named as the video beside it is loaded with it; one not in UTF-8
+        // (Latin-1, Windows-1251) is recognised by its bytes.
+        {Option::subtitleAutoLoad, "exact"},
+        {Option::subtitleCodepage, "auto"},
     };
     for (const auto &[name, value] : options)
         mpv_set_option_string(mpv, name, value);
@@ -166,6 +172,8 @@ void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamH
 void MpvPlayer::forgetCurrentItem()
 {
     m_failurePending = false;
+    setTracks({});
+    setSubtitleText({});
     setSoundOnly(std::nullopt);
     m_firstFrameShown = false;
     m_eofReached = false;
@@ -299,6 +307,8 @@ void MpvPlayer::handleEvent(const mpv_event &event)
     case MPV_EVENT_COMMAND_REPLY:
         if (event.reply_userdata != 0 && event.reply_userdata == m_awaitedLoad)
             handleLoadReply(event);
+        else
+            handleSubtitleReply(event.reply_userdata, event.error);
         break;
     case MPV_EVENT_START_FILE: {
         const auto *start = static_cast<const mpv_event_start_file *>(event.data);
@@ -308,8 +318,10 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         break;
     }
     case MPV_EVENT_FILE_LOADED:
-        if (isCurrentItemStarted())
+        if (isCurrentItemStarted()) {
             setSoundOnly(describeSoundOnly());
+            chooseInitialTracks();
+        }
         break;
     case MPV_EVENT_LOG_MESSAGE: {
         const auto *message = static_cast<const mpv_event_log_message *>(event.data);
@@ -501,6 +513,14 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
     } else if (key == Property::rotation) {
         m_rotation = integer();
         updatePresentationSize();
+    } else if (key == Property::trackList) {
+        // Until the current item has loaded, the tracks are an earlier item's.
+        if (isCurrentItemStarted() && format == MPV_FORMAT_NODE)
+            setTracks(MpvTracks::fromNode(*static_cast<const mpv_node *>(data)));
+    } else if (key == Property::subtitleText) {
+        setSubtitleText(format == MPV_FORMAT_STRING
+                            ? QString::fromUtf8(*static_cast<const char **>(data))
+                            : QString());
     }
 }
 

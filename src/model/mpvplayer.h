@@ -3,6 +3,7 @@
 // options, observes properties through one table and turns them into typed state, and drains
 // mpv's events on the main thread. Video is drawn by a render context made on handle().
 #include "mediaplayer.h"
+#include <QHash>
 #include <QList>
 #include <QStringList>
 #include <QVariantMap>
@@ -41,6 +42,18 @@ public:
     bool isLikelyToKeepUp() const override { return !m_pausedForCache; }
     QSize presentationSize() const override { return m_presentationSize; }
     std::optional<SoundDescription> soundOnly() const override { return m_soundOnly; }
+    MediaTracks tracks() const override { return m_tracks; }
+    void selectTrack(TrackKind kind, std::optional<qint64> id) override;
+    void addSubtitleFile(const QString &path) override;
+    void setSubtitlesVisible(bool visible) override;
+
+    // Subtitles drawn by the view over the picture it shows, instead of by mpv into the video:
+    // for display modes that crop or turn the picture, where mpv's would be cut or lie on their
+    // side.
+    void setSubtitlesDrawnByView(bool drawnByView);
+    bool subtitlesVisible() const { return m_subtitlesVisible; }
+    // The text of the subtitle due now, formatting stripped; empty when none.
+    const QString &subtitleText() const { return m_subtitleText; }
 
     // The hardware decoder mpv uses for the current video ("vaapi", "nvdec", ...), or "no"
     // when the CPU decodes it.
@@ -54,6 +67,8 @@ Q_SIGNALS:
     void aboutToDestroyHandle();
     // The first frame after loading or seeking is ready to be shown.
     void playbackRestarted();
+    void subtitleTextChanged(const QString &text);
+    void subtitlesVisibleChanged(bool visible);
 
 private:
     struct HandleDeleter
@@ -85,6 +100,13 @@ private:
     void setSoundOnly(const std::optional<SoundDescription> &soundOnly);
     void updateWaiting();
     void setHasItem(bool hasItem);
+    // Tracks (in mpvplayertracks.cpp).
+    void setTracks(const MediaTracks &tracks);
+    // Reads the loaded item's tracks and starts it on the ones the user most likely wants.
+    void chooseInitialTracks();
+    void handleSubtitleReply(quint64 replyID, int error);
+    void setSubtitleText(const QString &text);
+    void updateSubtitleVisibility();
 
     // A failed load ends the item as mpv's own failures do.
     struct EndedItem
@@ -125,4 +147,9 @@ private:
     qint64 m_rotation = 0; // degrees clockwise the picture is shown turned
     QSize m_presentationSize;
     std::optional<SoundDescription> m_soundOnly;
+    MediaTracks m_tracks;
+    bool m_subtitlesVisible = true;
+    bool m_subtitlesDrawnByView = false;
+    QString m_subtitleText;
+    QHash<quint64, QString> m_subtitleFilesAdding; // by the reply awaited
 };

@@ -46,4 +46,20 @@ OpenPanelRequest importPlaylist()
              QStringLiteral("Plain Text (%1)").arg(text), QStringLiteral("All Files (*)")}};
 }
 
+const QStringList &subtitleExtensions()
+{
+    static const QStringList extensions {QStringLiteral("srt"), QStringLiteral("ass"),
+                                         QStringLiteral("ssa"), QStringLiteral("vtt"),
+                                         QStringLiteral("sub")};
+    return extensions;
+}
+
+OpenPanelRequest loadSubtitles()
+{
+    return {QStringLiteral("Load Subtitle File"),
+            QStringLiteral("Load"),
+            {QStringLiteral("Subtitles (%1)").arg(patterns(subtitleExtensions())),
+             QStringLiteral("All Files (*)")}};
+}
+
 } // namespace OpenPanels

@@ -1,5 +1,5 @@
 #pragma once
-// The two open panels of the model, described as values; the window shows them with the
+// The open panels of the model, described as values; the window shows them with the
 // platform's file dialog through a FileChooser.
 #include <QString>
 #include <QStringList>
@@ -22,4 +22,7 @@ namespace OpenPanels {
 const QStringList &mediaExtensions();
 OpenPanelRequest chooseMedia();
 OpenPanelRequest importPlaylist();
+// The subtitle file types added to a playing video, in order.
+const QStringList &subtitleExtensions();
+OpenPanelRequest loadSubtitles();
 } // namespace OpenPanels

@@ -52,6 +52,7 @@ PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
         setToastMessage(QString());
     });
 
+    connectTracks();
     refreshBufferingState();
 }
 

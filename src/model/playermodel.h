@@ -117,6 +117,21 @@ public:
     // Installs the key-down and mouse-moved monitor once; later calls do nothing.
     void installKeyboardShortcuts();
 
+    // Tracks (in PlayerModelTracks.cpp).
+    // The current item's audio and subtitle tracks; none for web content.
+    MediaTracks tracks() const;
+    bool subtitlesVisible() const { return m_subtitlesVisible; }
+    // A picture from the media player is current (not sound alone, not web content): subtitle
+    // files can be added to it.
+    bool hasVideoItem() const;
+    // Selects a track (nothing: subtitles off) and says so in a notice.
+    void selectTrack(TrackKind kind, std::optional<qint64> id);
+    void cycleTrack(TrackKind kind);
+    void toggleSubtitlesVisible();
+    // Asks for a subtitle file and adds it to the playing video.
+    void loadSubtitleFile();
+    void addSubtitleFile(const QString &path);
+
 Q_SIGNALS:
     void titleChanged();
     void errorMessageChanged();
@@ -137,6 +152,8 @@ Q_SIGNALS:
     void isBufferingChanged();
     void youtubeContentChanged();
     void toastMessageChanged();
+    void tracksChanged();
+    void subtitlesVisibleChanged();
 
 private:
     template<typename T>
@@ -209,6 +226,7 @@ private:
     void hideBufferingIndicator();
     void handlePlaybackFailure(const QString &reason);
     void evaluateInWebPlayer(const QString &script);
+    void connectTracks();
 
     std::unique_ptr<MediaPlayer> m_player;
     QString m_title = noMediaTitle.toString();
@@ -227,6 +245,7 @@ private:
     std::optional<YouTubeContent> m_youtubeContent;
     QString m_toastMessage;
     QString m_toastDetail;
+    bool m_subtitlesVisible = true;
 
     QTimer m_timeObserver;
     bool m_observingItemBuffer = false; // the current item's buffer flags are observed

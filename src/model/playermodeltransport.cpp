@@ -164,6 +164,10 @@ void PlayerModel::installKeyboardShortcuts()
                 Q_EMIT fullScreenToggleRequested();
             else if (std::holds_alternative<KeyboardShortcuts::LeaveFullScreen>(action))
                 Q_EMIT fullScreenLeaveRequested();
+            else if (const auto *cycle = std::get_if<KeyboardShortcuts::CycleTrack>(&action))
+                cycleTrack(cycle->kind);
+            else if (std::holds_alternative<KeyboardShortcuts::ToggleSubtitles>(action))
+                toggleSubtitlesVisible();
         },
         nullptr);
 }

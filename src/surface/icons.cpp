@@ -46,6 +46,7 @@ const QHash<QString, char16_t> &glyphs()
         {QStringLiteral("tv"), 0xe333}, // tv
         {QStringLiteral("tv.fill"), 0xe639}, // live_tv
         {QStringLiteral("xmark.circle.fill"), 0xe5c9}, // cancel
+        {QStringLiteral("captions.bubble"), 0xe048}, // subtitles
     };
     return table;
 }

@@ -8,11 +8,13 @@
 #include "model/playernotifications.h"
 #include "mpvrendercontext.h"
 #include "smartreframe.h"
+#include "subtitlepainter.h"
 #include "videolayercompositor.h"
 
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QOpenGLContext>
+#include <QPainter>
 #include <QStyleHints>
 #include <QTimer>
 #include <QWindow>
@@ -56,6 +58,14 @@ void PlayerHostingView::setPlayer(MpvPlayer *player)
                 &PlayerHostingView::updatePlayerFrame);
         connect(m_player, &MediaPlayer::hasItemChanged, this,
                 &PlayerHostingView::updatePlayerFrame);
+        // A new subtitle is drawn with the next frame, or at once on a paused one.
+        const auto redrawSubtitles = [this] {
+            if (drawsSubtitles())
+                update();
+        };
+        connect(m_player, &MpvPlayer::subtitleTextChanged, this, redrawSubtitles);
+        connect(m_player, &MpvPlayer::subtitlesVisibleChanged, this, redrawSubtitles);
+        m_player->setSubtitlesDrawnByView(drawsSubtitles());
         if (context())
             createRenderContext();
     }
@@ -65,6 +75,11 @@ void PlayerHostingView::setPlayer(MpvPlayer *player)
 MpvPlayer *PlayerHostingView::player() const
 {
     return m_player;
+}
+
+bool PlayerHostingView::drawsSubtitles() const
+{
+    return m_player && m_displayMode != PortraitDisplayMode::normal;
 }
 
 bool PlayerHostingView::isReady() const
@@ -81,6 +96,8 @@ void PlayerHostingView::setDisplayMode(PortraitDisplayMode mode)
     m_displayMode = mode;
     if (mode == PortraitDisplayMode::fill || mode == PortraitDisplayMode::rotate)
         setHorizontalPan(0);
+    if (m_player)
+        m_player->setSubtitlesDrawnByView(drawsSubtitles());
     updateSmartTimer();
     updatePlayerFrame();
 }
@@ -327,6 +344,12 @@ void PlayerHostingView::paintGL()
         // mpv keeps showing the last picture of an item that ended in failure or was stopped:
         // with nothing loaded, nothing is shown (and recorded).
         VideoLayerCompositor::clear(defaultFramebufferObject(), viewPixels);
+    if (drawsSubtitles() && m_player->hasItem() && m_player->subtitlesVisible()
+        && !m_player->subtitleText().isEmpty()) {
+        // Into the same frame the recording reads back.
+        QPainter painter(this);
+        SubtitlePainter::paint(painter, m_player->subtitleText(), m_layerFrame.crop);
+    }
     if (m_pictureReceiver && m_readback) {
         // Collected on the next turn of the event loop, once the GPU has finished the copy.
         const bool alreadyQueued = m_readback->isPending();

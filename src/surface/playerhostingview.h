@@ -39,6 +39,8 @@ public:
 
     void setDisplayMode(PortraitDisplayMode mode);
     PortraitDisplayMode displayMode() const { return m_displayMode; }
+    // In the modes that crop or turn the picture, subtitles are drawn here rather than by mpv.
+    bool drawsSubtitles() const;
     // Set while the window is in full screen; only forces a fresh layout.
     void setFillScreen(bool fillScreen);
     bool fillScreen() const { return m_fillScreen; }

@@ -1,6 +1,7 @@
 #include "applicationmenus.h"
 
 #include "model/playermodel.h"
+#include "trackmenus.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -54,6 +55,11 @@ void install(QMenuBar &menuBar, PlayerModel &model)
     };
     QObject::connect(&model, &PlayerModel::isMutedChanged, mute, updateMute);
     updateMute();
+    playback->addSeparator();
+    TrackMenus::follow(playback->addMenu(TrackMenus::audioTitle.toString()), model,
+                       TrackKind::audio);
+    TrackMenus::follow(playback->addMenu(TrackMenus::subtitlesTitle.toString()), model,
+                       TrackKind::subtitle);
 }
 
 } // namespace ApplicationMenus

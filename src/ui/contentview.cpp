@@ -2,6 +2,7 @@
 
 #include "channellist.h"
 #include "fullscreenpresenter.h"
+#include "model/openpanels.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
 #include "networkpanel.h"
@@ -17,6 +18,7 @@
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QFileInfo>
 #include <QFrame>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
@@ -388,8 +390,14 @@ void ContentView::dropEvent(QDropEvent *event)
     if (urls.isEmpty())
         return;
     event->acceptProposedAction();
-    // Only the first item counts, and only as a file.
+    // Only the first item counts, and only as a file. A subtitle file dropped on a playing
+    // video joins it instead of replacing it.
     const QUrl &first = urls.constFirst();
-    if (first.isLocalFile())
+    if (!first.isLocalFile())
+        return;
+    const QString suffix = QFileInfo(first.toLocalFile()).suffix().toLower();
+    if (m_model.hasVideoItem() && OpenPanels::subtitleExtensions().contains(suffix))
+        m_model.addSubtitleFile(first.toLocalFile());
+    else
         openURL(first);
 }

@@ -6,6 +6,7 @@
 #include "surface/fullscreentoggle.h"
 #include "surface/icons.h"
 #include "timetext.h"
+#include "trackmenus.h"
 
 #include <QApplication>
 #include <QFontDatabase>
@@ -134,6 +135,22 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
 
     m_record = new RecordControl(this);
     layout->addWidget(m_record);
+
+    m_tracksButton = addButton(QStringLiteral("captions.bubble"), false,
+                               QStringLiteral("Audio and subtitles"));
+    m_tracksMenu = new QMenu(this);
+    TrackMenus::follow(m_tracksMenu->addMenu(TrackMenus::audioTitle.toString()), m_model,
+                       TrackKind::audio);
+    TrackMenus::follow(m_tracksMenu->addMenu(TrackMenus::subtitlesTitle.toString()), m_model,
+                       TrackKind::subtitle);
+    connect(m_tracksButton, &QAbstractButton::clicked, this, [this] {
+        m_tracksMenu->popup(m_tracksButton->mapToGlobal(QPoint(0, m_tracksButton->height())));
+    });
+    const auto updateTracksButton = [this] {
+        m_tracksButton->setVisible(TrackMenus::worthAButton(m_model.tracks()));
+    };
+    connect(&m_model, &PlayerModel::tracksChanged, this, updateTracksButton);
+    updateTracksButton();
 
     m_modeButton = addButton(QString(), false, QStringLiteral("Video display mode"));
     m_modeButton->setFixedWidth(31);

@@ -37,6 +37,10 @@ public:
     QSlider *positionSlider() const { return m_position; }
     QSlider *volumeSlider() const { return m_volume; }
     QMenu *displayModeMenu() const { return m_modeMenu; }
+    // The button beside the display modes that offers the audio and subtitle tracks; shown
+    // only when there is a choice to make.
+    ControlButton *tracksButton() const { return m_tracksButton; }
+    QMenu *tracksMenu() const { return m_tracksMenu; }
     RecordControl *recordControl() const { return m_record; }
 
 Q_SIGNALS:
@@ -69,4 +73,6 @@ private:
     RecordControl *m_record = nullptr;
     ControlButton *m_modeButton = nullptr;
     QMenu *m_modeMenu = nullptr;
+    ControlButton *m_tracksButton = nullptr;
+    QMenu *m_tracksMenu = nullptr;
 };

@@ -67,6 +67,21 @@ private Q_SLOTS:
             << int(Qt::Key_M) << Qt::KeyboardModifiers(command) << Action(PassOn {});
         QTest::newRow("escape in a window passes on")
             << int(Qt::Key_Escape) << none << Action(PassOn {});
+        QTest::newRow("# cycles the audio tracks")
+            << int(Qt::Key_NumberSign) << Qt::KeyboardModifiers(shift)
+            << Action(CycleTrack {TrackKind::audio});
+        QTest::newRow("# without shift")
+            << int(Qt::Key_NumberSign) << none << Action(CycleTrack {TrackKind::audio});
+        QTest::newRow("command # passes on")
+            << int(Qt::Key_NumberSign) << Qt::KeyboardModifiers(command) << Action(PassOn {});
+        QTest::newRow("J cycles the subtitles")
+            << int(Qt::Key_J) << none << Action(CycleTrack {TrackKind::subtitle});
+        QTest::newRow("shift J passes on")
+            << int(Qt::Key_J) << Qt::KeyboardModifiers(shift) << Action(PassOn {});
+        QTest::newRow("V shows or hides the subtitles")
+            << int(Qt::Key_V) << none << Action(ToggleSubtitles {});
+        QTest::newRow("command V passes on")
+            << int(Qt::Key_V) << Qt::KeyboardModifiers(command) << Action(PassOn {});
     }
 
     void rules()
@@ -83,6 +98,9 @@ private Q_SLOTS:
         QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_Space, {}, true, {})));
         QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_F, {}, true, {})));
         QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_M, {}, true, {})));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_J, {}, true, {})));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_V, {}, true, {})));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_NumberSign, {}, true, {})));
         // Held down, the volume keeps moving.
         QVERIFY(action(Qt::Key_Up, {}, true, {}) == Action(ChangeVolume {0.05}));
     }
@@ -90,7 +108,8 @@ private Q_SLOTS:
     void aFocusedTextFieldKeepsItsKeys()
     {
         const Context typing {true, false, false};
-        for (int key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_F, Qt::Key_M, Qt::Key_Up, Qt::Key_F11})
+        for (int key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_F, Qt::Key_M, Qt::Key_Up, Qt::Key_F11,
+                        Qt::Key_J, Qt::Key_V, Qt::Key_NumberSign})
             QVERIFY(std::holds_alternative<PassOn>(action(key, {}, false, typing)));
         QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_K, command, false, typing)));
     }

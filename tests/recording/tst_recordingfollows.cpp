@@ -147,6 +147,38 @@ private Q_SLOTS:
         QVERIFY2(seconds > 5.5, qPrintable(QString::number(seconds)));
     }
 
+    void subtitlesAreRecordedAsTheyAreSeen()
+    {
+        const QString subtitled = m_dir.filePath("subtitled.mkv");
+        QVERIFY(TestMedia::makeTracks(subtitled, 60, false, true, {640, 360},
+                                      QStringLiteral("Recorded as seen")));
+        for (const PortraitDisplayMode mode :
+             {PortraitDisplayMode::normal, PortraitDisplayMode::fill}) {
+            RecordingStage stage;
+            stage.view()->setDisplayMode(mode);
+            QVERIFY(stage.play(subtitled));
+            QTRY_COMPARE(stage.player()->subtitleText(), QStringLiteral("Recorded as seen"));
+            const QString path = m_dir.filePath(QStringLiteral("subtitles-%1.mp4").arg(int(mode)));
+            const QString failure = record(path, {{2500, [] {
+                                                   }}});
+            QVERIFY2(failure.isEmpty(), qPrintable(failure));
+            const QImage frame
+                = MediaProbe::frameAt(path, 1.5).convertToFormat(QImage::Format_RGB32);
+            QVERIFY(!frame.isNull());
+            // White letters on the black picture, in the lower half, upright.
+            QRect letters;
+            for (int y = 0; y < frame.height(); ++y)
+                for (int x = 0; x < frame.width(); ++x) {
+                    const QRgb pixel = frame.pixel(x, y);
+                    if (qRed(pixel) > 200 && qGreen(pixel) > 200 && qBlue(pixel) > 200)
+                        letters |= QRect(x, y, 1, 1);
+                }
+            QVERIFY2(!letters.isEmpty(), qPrintable(PortraitDisplayModes::title(mode)));
+            QVERIFY(letters.top() > frame.height() / 2);
+            QVERIFY(letters.width() > letters.height());
+        }
+    }
+
     void aViewThatChangesSizeKeepsItsShapeInTheFile()
     {
         RecordingStage stage;

@@ -1,9 +1,10 @@
 #pragma once
-// A media player whose waiting state the test sets at will, to reach stalls of an exact length
-// that a real stream cannot be held to.
+// A media player whose waiting state and tracks the test sets at will, to reach stalls of an
+// exact length and track lists that a real stream cannot be held to.
 #include "model/mediaplayer.h"
 
 #include <QList>
+#include <QStringList>
 
 class ScriptedMediaPlayer final : public MediaPlayer
 {
@@ -37,6 +38,15 @@ public:
     bool isLikelyToKeepUp() const override { return !m_waiting; }
     QSize presentationSize() const override { return m_presentationSize; }
     std::optional<SoundDescription> soundOnly() const override { return m_soundOnly; }
+    MediaTracks tracks() const override { return m_tracks; }
+    void selectTrack(TrackKind kind, std::optional<qint64> id) override
+    {
+        for (MediaTrack &track : m_tracks)
+            if (track.kind == kind)
+                track.isSelected = id && track.id == *id;
+        Q_EMIT tracksChanged();
+    }
+    void addSubtitleFile(const QString &path) override { subtitleFiles.append(path); }
 
     void setWaiting(bool waiting)
     {
@@ -54,16 +64,24 @@ public:
         Q_EMIT soundOnlyChanged();
     }
 
-    // Every item and exact seek asked for, in order.
+    void setTracks(const MediaTracks &tracks)
+    {
+        m_tracks = tracks;
+        Q_EMIT tracksChanged();
+    }
+
+    // Every item, exact seek and subtitle file asked for, in order.
     QList<std::optional<QUrl>> items;
     QList<StreamHeaders> itemHeaders;
     QList<double> seeks;
+    QStringList subtitleFiles;
 
 private:
     bool m_hasItem = false;
     bool m_playing = false;
     bool m_waiting = false;
     std::optional<SoundDescription> m_soundOnly;
+    MediaTracks m_tracks;
     double m_position = 0;
     std::optional<double> m_duration = 100.0;
     QSize m_presentationSize {640, 360};

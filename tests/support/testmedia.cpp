@@ -1,6 +1,7 @@
 #include "testmedia.h"
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -203,6 +204,139 @@ QByteArray liveIndex(qint64 elapsedMs, int segmentCount, int window)
     for (int i = first; i < last; ++i)
         index += "#EXTINF:1.000000,\nseg" + QByteArray::number(i) + ".ts\n";
     return index;
+}
+
+bool writeSubRip(const QString &path, const QByteArray &text, double seconds)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    const int whole = int(seconds);
+    const QByteArray end = QStringLiteral("%1:%2:%3,%4")
+                               .arg(whole / 3600, 2, 10, QChar(u'0'))
+                               .arg(whole / 60 % 60, 2, 10, QChar(u'0'))
+                               .arg(whole % 60, 2, 10, QChar(u'0'))
+                               .arg(int((seconds - whole) * 1000), 3, 10, QChar(u'0'))
+                               .toLatin1();
+    file.write("1\n00:00:00,000 --> " + end + "\n" + text + "\n\n");
+    return file.error() == QFile::NoError;
+}
+
+bool makeTracks(const QString &path, double seconds, bool flagged, bool dark, QSize size,
+                const QString &englishText, const QString &frenchText)
+{
+    const QString english = path + QStringLiteral(".en.srt");
+    const QString french = path + QStringLiteral(".fr.srt");
+    if (!writeSubRip(english, englishText.toUtf8(), seconds)
+        || !writeSubRip(french, frenchText.toUtf8(), seconds))
+        return false;
+    const QString picture = dark ? QStringLiteral("color=c=black:") : QStringLiteral("testsrc2=");
+    const bool made = runFfmpeg({"-f",
+                                 "lavfi",
+                                 "-i",
+                                 QStringLiteral("%1size=%2x%3:rate=25:duration=%4")
+                                     .arg(picture)
+                                     .arg(size.width())
+                                     .arg(size.height())
+                                     .arg(seconds),
+                                 "-f",
+                                 "lavfi",
+                                 "-i",
+                                 QStringLiteral("sine=frequency=440:duration=%1").arg(seconds),
+                                 "-f",
+                                 "lavfi",
+                                 "-i",
+                                 QStringLiteral("sine=frequency=880:duration=%1").arg(seconds),
+                                 "-i",
+                                 english,
+                                 "-i",
+                                 french,
+                                 "-map",
+                                 "0",
+                                 "-map",
+                                 "1",
+                                 "-map",
+                                 "2",
+                                 "-map",
+                                 "3",
+                                 "-map",
+                                 "4",
+                                 "-c:v",
+                                 "libx264",
+                                 "-preset",
+                                 "ultrafast",
+                                 "-pix_fmt",
+                                 "yuv420p",
+                                 "-c:a",
+                                 "aac",
+                                 "-c:s",
+                                 "srt",
+                                 "-metadata:s:a:0",
+                                 "language=eng",
+                                 "-metadata:s:a:1",
+                                 "language=fre",
+                                 "-metadata:s:a:1",
+                                 "title=Commentary",
+                                 "-metadata:s:s:0",
+                                 "language=eng",
+                                 "-metadata:s:s:1",
+                                 "language=fre",
+                                 "-disposition:a:0",
+                                 flagged ? "default" : "0",
+                                 "-disposition:a:1",
+                                 "0",
+                                 "-disposition:s:0",
+                                 "0",
+                                 "-disposition:s:1",
+                                 "0",
+                                 path});
+    QFile::remove(english);
+    QFile::remove(french);
+    return made;
+}
+
+bool makeHlsWithTwoLanguages(const QString &folder, double seconds)
+{
+    return runFfmpeg({"-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("testsrc2=size=320x240:rate=25:duration=%1").arg(seconds),
+                      "-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("sine=frequency=440:duration=%1").arg(seconds),
+                      "-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("sine=frequency=880:duration=%1").arg(seconds),
+                      "-map",
+                      "0:v",
+                      "-map",
+                      "1:a",
+                      "-map",
+                      "2:a",
+                      "-c:v",
+                      "libx264",
+                      "-preset",
+                      "ultrafast",
+                      "-g",
+                      "25",
+                      "-c:a",
+                      "aac",
+                      "-f",
+                      "hls",
+                      "-hls_time",
+                      "2",
+                      "-hls_playlist_type",
+                      "vod",
+                      "-master_pl_name",
+                      "master.m3u8",
+                      "-var_stream_map",
+                      "v:0,agroup:aud a:0,agroup:aud,language:eng,name:eng,default:yes "
+                      "a:1,agroup:aud,language:fre,name:fre",
+                      "-hls_segment_filename",
+                      folder + QStringLiteral("/%v_%03d.ts"),
+                      folder + QStringLiteral("/%v.m3u8")});
 }
 
 } // namespace TestMedia

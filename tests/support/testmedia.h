@@ -29,4 +29,17 @@ bool makeSegments(const QString &folder, int count);
 // second since startMs, with no end marker.
 QByteArray liveIndex(qint64 elapsedMs, int segmentCount, int window = 4);
 
+// A SubRip file with one cue saying text (its bytes as they are: any encoding) from the start
+// to seconds.
+bool writeSubRip(const QString &path, const QByteArray &text, double seconds);
+// A Matroska clip with two sounds, 440 Hz in English (flagged default when flagged) and 880 Hz
+// in French titled "Commentary", and two SubRip tracks, English and French, each saying its
+// language's text throughout. dark: a black picture, for reading subtitle pixels.
+bool makeTracks(const QString &path, double seconds, bool flagged, bool dark = false,
+                QSize size = {320, 240}, const QString &englishText = QStringLiteral("Hello"),
+                const QString &frenchText = QStringLiteral("Bonjour"));
+// HLS in folder/master.m3u8: a video and one audio group of two renditions, English (440 Hz,
+// the default) and French (880 Hz).
+bool makeHlsWithTwoLanguages(const QString &folder, double seconds);
+
 } // namespace TestMedia

@@ -131,6 +131,8 @@ private Q_SLOTS:
         QVERIFY2(QFile::exists(face), "run ./lumo setup");
         QVERIFY(TestMedia::makeMovingPicture(media("face.mp4"), face, {1280, 720}, 2.5, 3));
         QVERIFY(TestMedia::makeMovingPicture(media("face-stays.mp4"), face, {1280, 720}, 30, 1));
+        QVERIFY(TestMedia::makeTracks(media("subtitled.mkv"), 30, false, true, {640, 360},
+                                      QStringLiteral("Upright and whole\nin every mode")));
 
         m_player = std::make_unique<MpvPlayer>();
         m_view = std::make_unique<PlayerHostingView>();
@@ -180,6 +182,49 @@ private Q_SLOTS:
         const QImage shown = picture(QStringLiteral("failed-item"));
         for (const int x : {viewSize.width() / 6, viewSize.width() / 2, viewSize.width() * 5 / 6})
             QCOMPARE(shown.pixel(x, viewSize.height() / 2), qRgb(0, 0, 0));
+    }
+
+    void subtitlesStayUprightAndWholeInEveryMode_data()
+    {
+        QTest::addColumn<Mode>("mode");
+        for (const Mode mode : PortraitDisplayModes::allCases)
+            QTest::newRow(qPrintable(PortraitDisplayModes::title(mode))) << mode;
+    }
+
+    void subtitlesStayUprightAndWholeInEveryMode()
+    {
+        QFETCH(Mode, mode);
+        m_view->setDisplayMode(mode);
+        QVERIFY(showPicture(media("subtitled.mkv")));
+        QTRY_COMPARE(m_player->subtitleText(), QStringLiteral("Upright and whole\nin every mode"));
+        QTest::qWait(300);
+        const QImage shown = picture(
+            QStringLiteral("subtitles-")
+            + PortraitDisplayModes::title(mode).toLower().replace(u' ', u'-').remove(QChar(0xb0)));
+        // The white of the letters on the black picture.
+        QRect letters;
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x) {
+                const QRgb pixel = shown.pixel(x, y);
+                if (qRed(pixel) > 200 && qGreen(pixel) > 200 && qBlue(pixel) > 200)
+                    letters |= QRect(x, y, 1, 1);
+            }
+        QVERIFY2(!letters.isEmpty(), "no subtitle drawn");
+        const QRect visible = m_view->playerLayerFrame().crop.toAlignedRect();
+        QVERIFY2(visible.adjusted(-1, -1, 1, 1).contains(letters),
+                 qPrintable(QStringLiteral("letters %1,%2 %3x%4 outside the picture")
+                                .arg(letters.x())
+                                .arg(letters.y())
+                                .arg(letters.width())
+                                .arg(letters.height())));
+        // Upright lines near the bottom of what is seen: wider than tall, in its lower half.
+        QVERIFY2(letters.width() > letters.height(),
+                 qPrintable(QStringLiteral("%1x%2").arg(letters.width()).arg(letters.height())));
+        QVERIFY(letters.top() > visible.center().y());
+        // Not cut at the sides: a margin of black on either side of the lines.
+        QVERIFY(letters.left() > visible.left() + 2);
+        QVERIFY(letters.right() < visible.right() - 2);
+        m_player->replaceCurrentItem(std::nullopt);
     }
 
     void normalShowsTheWholePicture()

@@ -8,6 +8,7 @@
 #include "ui/channellist.h"
 #include "ui/channellistmodel.h"
 #include "ui/contentview.h"
+#include "ui/controlbutton.h"
 #include "ui/networkpanel.h"
 #include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
@@ -66,6 +67,27 @@ private:
                     if (action->text() == title)
                         return action;
         return nullptr;
+    }
+    QMenu *submenu(const QString &menu, const QString &title)
+    {
+        QAction *action = menuAction(menu, title);
+        return action ? action->menu() : nullptr;
+    }
+    static QStringList texts(const QMenu *menu)
+    {
+        QStringList result;
+        for (const QAction *action : menu->actions())
+            result.append(action->isSeparator()
+                              ? QStringLiteral("---")
+                              : QString(QChar(action->isChecked() ? u'✓' : u' ')) + action->text());
+        return result;
+    }
+    static MediaTracks filmTracks()
+    {
+        MediaTrack english {TrackKind::audio, 1, "eng", {}, "aac", 2, true, false, false, true};
+        MediaTrack french {TrackKind::audio, 2, "fre", "Commentary", "aac", 2};
+        MediaTrack subtitles {TrackKind::subtitle, 1, "eng", {}, "subrip"};
+        return {english, french, subtitles};
     }
     void loadPlaylist(LocalHttpServer &server, int count)
     {
@@ -216,6 +238,93 @@ private Q_SLOTS:
         content()->setFullScreen(false);
     }
 
+    void theTrackMenusFollowTheItemsTracks()
+    {
+        QMenu *audio = submenu(QStringLiteral("Playback"), QStringLiteral("Audio Track"));
+        QMenu *subtitles = submenu(QStringLiteral("Playback"), QStringLiteral("Subtitles"));
+        QVERIFY(audio && subtitles);
+        // Nothing plays: nothing to choose, and no button for it.
+        QVERIFY(!audio->menuAction()->isEnabled());
+        QVERIFY(!subtitles->menuAction()->isEnabled());
+        QVERIFY(content()->controlBar()->tracksButton()->isHidden());
+
+        player().setPresentationSize({640, 360});
+        m_model->play(QUrl::fromLocalFile(QStringLiteral("/media/film.mkv")), std::nullopt, false);
+        player().setTracks(filmTracks());
+        QVERIFY(audio->menuAction()->isEnabled());
+        QCOMPARE(texts(audio),
+                 QStringList({QStringLiteral("✓English (AAC stereo)"),
+                              QStringLiteral(" French \"Commentary\" (AAC stereo)")}));
+        QCOMPARE(texts(subtitles),
+                 QStringList({QStringLiteral("✓Off"), QStringLiteral(" English (SubRip)"),
+                              QStringLiteral("---"), QStringLiteral(" Load Subtitle File…")}));
+        QVERIFY(!content()->controlBar()->tracksButton()->isHidden());
+
+        // A choice from the menu goes to the player and is said in a notice.
+        audio->actions().at(1)->trigger();
+        QCOMPARE(m_model->toastMessage(), QStringLiteral("Audio: French"));
+        QCOMPARE(texts(audio).at(1), QStringLiteral("✓French \"Commentary\" (AAC stereo)"));
+        subtitles->actions().at(1)->trigger();
+        QCOMPARE(m_model->toastMessage(), QStringLiteral("Subtitles: English"));
+        QCOMPARE(texts(subtitles).first(2),
+                 QStringList({QStringLiteral(" Off"), QStringLiteral("✓English (SubRip)")}));
+        // The control bar's button offers the same menus.
+        const QList<QAction *> barMenus = content()->controlBar()->tracksMenu()->actions();
+        QCOMPARE(barMenus.size(), 2);
+        QCOMPARE(texts(barMenus.at(0)->menu()), texts(audio));
+        QCOMPARE(texts(barMenus.at(1)->menu()), texts(subtitles));
+
+        // One sound and no subtitles: no button; the subtitle menu still loads a file.
+        player().setTracks({filmTracks().constFirst()});
+        QVERIFY(content()->controlBar()->tracksButton()->isHidden());
+        QCOMPARE(texts(subtitles), QStringList({QStringLiteral(" Load Subtitle File…")}));
+        QVERIFY(subtitles->menuAction()->isEnabled());
+        QVERIFY(subtitles->actions().constLast()->isEnabled());
+
+        // Web content has no tracks of the player's.
+        m_model->openRemote(QStringLiteral("https://www.youtube.com/watch?v=dQw4w9WgXcQ"),
+                            std::nullopt);
+        QVERIFY(!audio->menuAction()->isEnabled());
+        QVERIFY(!subtitles->menuAction()->isEnabled());
+    }
+
+    void aSubtitleFileDroppedOnAPlayingVideoJoinsIt()
+    {
+        const QPointF centre = QRectF(content()->rect()).center();
+        const auto drop = [&](const QString &path) {
+            QMimeData data;
+            data.setUrls({QUrl::fromLocalFile(path)});
+            // Qt hands a drop only to the widget that took the drag's entry.
+            QDragEnterEvent enter(centre.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, {});
+            QApplication::sendEvent(content(), &enter);
+            QDropEvent event(centre, Qt::CopyAction, &data, Qt::LeftButton, {});
+            QApplication::sendEvent(content(), &event);
+        };
+        // Nothing playing: a subtitle file is played as any file is.
+        drop(QStringLiteral("/media/lonely.srt"));
+        QCOMPARE(player().items.size(), 1);
+        QVERIFY(player().subtitleFiles.isEmpty());
+
+        player().setPresentationSize({640, 360});
+        m_model->play(QUrl::fromLocalFile(QStringLiteral("/media/film.mkv")), std::nullopt, false);
+        const qsizetype items = player().items.size();
+        for (const char *name : {"a.srt", "b.ASS", "c.ssa", "d.vtt", "e.sub"})
+            drop(QStringLiteral("/media/") + name);
+        QCOMPARE(player().items.size(), items);
+        QCOMPARE(player().subtitleFiles,
+                 QStringList({"/media/a.srt", "/media/b.ASS", "/media/c.ssa", "/media/d.vtt",
+                              "/media/e.sub"}));
+        QCOMPARE(m_model->title(), QStringLiteral("film.mkv"));
+        // Any other file replaces the video.
+        drop(QStringLiteral("/media/next.mp4"));
+        QCOMPARE(player().items.size(), items + 1);
+        // Sound alone takes no subtitles: the file is played.
+        player().setSoundOnly(SoundDescription {});
+        drop(QStringLiteral("/media/song.srt"));
+        QCOMPARE(player().items.size(), items + 2);
+        QCOMPARE(player().subtitleFiles.size(), 5);
+    }
+
     void aDropOfSeveralFilesPlaysTheFirst()
     {
         QMimeData data;
@@ -344,7 +453,7 @@ private Q_SLOTS:
         QCOMPARE(titles,
                  (QStringList {"Play", "Stop", "-", "Back 5 Seconds", "Forward 5 Seconds",
                                "Back 20 Seconds", "Forward 20 Seconds", "Back 60 Seconds",
-                               "Forward 60 Seconds", "Mute"}));
+                               "Forward 60 Seconds", "Mute", "-", "Audio Track", "Subtitles"}));
         m_model->play(QUrl(QStringLiteral("file:///media/a.mp4")), std::nullopt, false);
         QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Pause")));
         menuAction(QStringLiteral("Playback"), QStringLiteral("Pause"))->trigger();

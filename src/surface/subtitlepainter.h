@@ -1,0 +1,24 @@
+#pragma once
+// Subtitles drawn over the part of the picture the viewer sees, upright, in the look of mpv's
+// own: white sans-serif text with a black outline, centred near the bottom. Used where the
+// picture is cropped or turned, so that mpv's subtitles would be cut or lie on their side.
+#include <QFontMetricsF>
+#include <QRectF>
+#include <QStringList>
+
+class QPainter;
+
+namespace SubtitlePainter {
+
+// The text's size for a visible picture of this size: mpv's 55 points per 720 of height, kept
+// narrow pictures from getting more than about 14 characters a line.
+double fontPixelSize(QSizeF visible);
+
+// The text's lines, each no wider than width: its own line breaks, then breaks between words
+// (a single word too long stays whole).
+QStringList lines(const QString &text, const QFontMetricsF &metrics, double width);
+
+// Draws text at the bottom of visible.
+void paint(QPainter &painter, const QString &text, const QRectF &visible);
+
+} // namespace SubtitlePainter

@@ -166,13 +166,7 @@ private Q_SLOTS:
                 = MediaProbe::frameAt(path, 1.5).convertToFormat(QImage::Format_RGB32);
             QVERIFY(!frame.isNull());
             // White letters on the black picture, in the lower half, upright.
-            QRect letters;
-            for (int y = 0; y < frame.height(); ++y)
-                for (int x = 0; x < frame.width(); ++x) {
-                    const QRgb pixel = frame.pixel(x, y);
-                    if (qRed(pixel) > 200 && qGreen(pixel) > 200 && qBlue(pixel) > 200)
-                        letters |= QRect(x, y, 1, 1);
-                }
+            const QRect letters = MediaProbe::whiteArea(frame);
             QVERIFY2(!letters.isEmpty(), qPrintable(PortraitDisplayModes::title(mode)));
             QVERIFY(letters.top() > frame.height() / 2);
             QVERIFY(letters.width() > letters.height());

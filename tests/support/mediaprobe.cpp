@@ -185,4 +185,18 @@ QColor meanColour(const QImage &image, const QRect &rect)
     return QColor(int(r / count), int(g / count), int(b / count));
 }
 
+QRect whiteArea(const QImage &image)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    QRect area;
+    for (int y = 0; y < rgb.height(); ++y) {
+        for (int x = 0; x < rgb.width(); ++x) {
+            const QRgb pixel = rgb.pixel(x, y);
+            if (qRed(pixel) > 200 && qGreen(pixel) > 200 && qBlue(pixel) > 200)
+                area |= QRect(x, y, 1, 1);
+        }
+    }
+    return area;
+}
+
 } // namespace MediaProbe

@@ -31,5 +31,8 @@ bool decodesCleanly(const QString &path, QString *errors = nullptr);
 double flashBeepOffset(const QString &path, int *count = nullptr);
 // The mean colour of a rectangle of an image.
 QColor meanColour(const QImage &image, const QRect &rect);
+// The smallest rectangle holding every near-white pixel (each channel above 200): the letters
+// of white text on a dark picture. Empty when there is none.
+QRect whiteArea(const QImage &image);
 
 } // namespace MediaProbe

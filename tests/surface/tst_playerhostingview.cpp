@@ -1,3 +1,4 @@
+#include "mediaprobe.h"
 #include "testfaces.h"
 #include "testmedia.h"
 
@@ -202,13 +203,7 @@ private Q_SLOTS:
             QStringLiteral("subtitles-")
             + PortraitDisplayModes::title(mode).toLower().replace(u' ', u'-').remove(QChar(0xb0)));
         // The white of the letters on the black picture.
-        QRect letters;
-        for (int y = 0; y < shown.height(); ++y)
-            for (int x = 0; x < shown.width(); ++x) {
-                const QRgb pixel = shown.pixel(x, y);
-                if (qRed(pixel) > 200 && qGreen(pixel) > 200 && qBlue(pixel) > 200)
-                    letters |= QRect(x, y, 1, 1);
-            }
+        const QRect letters = MediaProbe::whiteArea(shown);
         QVERIFY2(!letters.isEmpty(), "no subtitle drawn");
         const QRect visible = m_view->playerLayerFrame().crop.toAlignedRect();
         QVERIFY2(visible.adjusted(-1, -1, 1, 1).contains(letters),

@@ -86,7 +86,7 @@ private Q_SLOTS:
     void theControlsComeInOrderWithTheirSymbolsAndHelp()
     {
         const QList<QWidget *> all = controls();
-        QCOMPARE(all.size(), 14);
+        QCOMPARE(all.size(), 15);
         const auto symbolAndHelp = [&](int i) {
             auto *button = qobject_cast<ControlButton *>(all.at(i));
             return button ? button->symbol() + QLatin1Char('|') + button->toolTip() : QString();
@@ -106,14 +106,17 @@ private Q_SLOTS:
         QCOMPARE(all.at(10), m_bar->volumeSlider());
         QCOMPARE(all.at(10)->width(), 78);
         QCOMPARE(all.at(11), m_bar->recordControl());
-        QCOMPARE(symbolAndHelp(12), "rectangle|Video display mode");
-        QCOMPARE(all.at(12)->width(), 31);
-        QCOMPARE(symbolAndHelp(13), "arrow.up.left.and.arrow.down.right|Enter full screen");
+        // Shown only when an item has tracks to choose from.
+        QCOMPARE(symbolAndHelp(12), "captions.bubble|Audio and subtitles");
+        QVERIFY(all.at(12)->isHidden());
+        QCOMPARE(symbolAndHelp(13), "rectangle|Video display mode");
+        QCOMPARE(all.at(13)->width(), 31);
+        QCOMPARE(symbolAndHelp(14), "arrow.up.left.and.arrow.down.right|Enter full screen");
 
         // Play is the prominent one.
         QCOMPARE(all.at(1)->size(), QSize(27, 19));
         QCOMPARE(all.at(0)->size(), QSize(23, 19));
-        QCOMPARE(all.at(13)->size(), QSize(23, 19));
+        QCOMPARE(all.at(14)->size(), QSize(23, 19));
     }
 
     void theSidebarButtonIsSelectedWhileTheSidebarShows()

@@ -59,6 +59,9 @@ Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, const C
         return PassOn {};
     // Arrow keys carry the keypad flag on some keyboards; it is not a modifier a user holds.
     modifiers &= ~Qt::KeypadModifier;
+    // Held down, the channels go by; only the last one is opened.
+    if ((key == Qt::Key_PageDown || key == Qt::Key_PageUp) && modifiers == Qt::NoModifier)
+        return StepChannel {key == Qt::Key_PageDown ? 1 : -1};
     if (const Action desktop = desktopAction(key, modifiers, autoRepeat, context);
         !std::holds_alternative<PassOn>(desktop))
         return desktop;

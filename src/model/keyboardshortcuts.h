@@ -51,8 +51,14 @@ struct ToggleSubtitles
 {
     friend bool operator==(ToggleSubtitles, ToggleSubtitles) = default;
 };
+// The next (+1) or previous (-1) channel of the list as shown.
+struct StepChannel
+{
+    int step;
+    friend bool operator==(StepChannel, StepChannel) = default;
+};
 using Action = std::variant<PassOn, Skip, Stop, TogglePlayback, ToggleFullScreen, LeaveFullScreen,
-                            ToggleMute, ChangeVolume, CycleTrack, ToggleSubtitles>;
+                            ToggleMute, ChangeVolume, CycleTrack, ToggleSubtitles, StepChannel>;
 
 // What the keys go to when pressed.
 struct Context
@@ -68,7 +74,8 @@ inline constexpr double volumeStep = 0.05;
 // Command is Qt::ControlModifier (the command key on macOS), Option Qt::AltModifier and
 // Control Qt::MetaModifier. Besides the player's own keys, the desktop's: F and F11 toggle full
 // screen, Esc leaves it, M mutes, Up and Down change the volume; and mpv's track keys: # cycles
-// the audio tracks, J the subtitles, V shows or hides them.
+// the audio tracks, J the subtitles, V shows or hides them; and the zapping keys of IPTV apps:
+// Page Down and Page Up play the next and previous channel, the channel list focused or not.
 Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, const Context &context);
 
 } // namespace KeyboardShortcuts

@@ -78,11 +78,13 @@ void PlayerModel::playChannel(const PlaylistEntry &entry)
         return;
     }
     startPlaying(url, entry.name(), true, entry.headers());
+    m_playingChannel = entry;
 }
 
 void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &displayName,
                                bool isLiveStream, const StreamHeaders &headers)
 {
+    m_playingChannel.reset();
     setYouTubeContent(std::nullopt);
     setErrorMessage(QString());
     QString title;
@@ -150,6 +152,7 @@ void PlayerModel::showYouTubeContent(const YouTubeContent &content,
 {
     m_observingItemBuffer = false;
     m_player->replaceCurrentItem(std::nullopt);
+    m_playingChannel.reset();
     setYouTubeContent(content);
     if (title)
         setTitle(*title);

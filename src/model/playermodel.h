@@ -91,6 +91,8 @@ public:
     // Plays a channel of the current playlist as a live stream, with the request headers the
     // playlist names for it; an address a playlist may not lead to is refused as invalid.
     void playChannel(const PlaylistEntry &entry);
+    // The channel of the playlist playing now (the last one asked for while the item lasts).
+    const std::optional<PlaylistEntry> &playingChannel() const { return m_playingChannel; }
     void openRemote(const QString &text, const std::optional<QString> &displayName);
     void importLocalM3U(const std::optional<QString> &displayName);
     void openFile();
@@ -146,6 +148,8 @@ Q_SIGNALS:
     // The keys for full screen were pressed; the window decides.
     void fullScreenToggleRequested();
     void fullScreenLeaveRequested();
+    // The next (+1) or previous (-1) channel was asked for; the channel list decides which.
+    void channelStepRequested(int step);
     void isMutedChanged();
     void videoAspectRatioChanged();
     void isLiveStreamChanged();
@@ -254,6 +258,7 @@ private:
     std::unique_ptr<PlayerInputMonitor> m_inputMonitor;
     QUuid m_remoteRequestID;
     std::optional<LastPlayableSource> m_lastPlayableSource;
+    std::optional<PlaylistEntry> m_playingChannel;
 
     std::unique_ptr<PlaylistLoader> m_loader;
     PlaylistDownloadLimits m_limits;

@@ -92,6 +92,7 @@ void PlayerModel::stop()
     setTitle(noMediaTitle.toString());
     setYouTubeContent(std::nullopt);
     hideBufferingIndicator();
+    m_playingChannel.reset();
 }
 
 void PlayerModel::observeTime()
@@ -168,6 +169,8 @@ void PlayerModel::installKeyboardShortcuts()
                 cycleTrack(cycle->kind);
             else if (std::holds_alternative<KeyboardShortcuts::ToggleSubtitles>(action))
                 toggleSubtitlesVisible();
+            else if (const auto *step = std::get_if<KeyboardShortcuts::StepChannel>(&action))
+                Q_EMIT channelStepRequested(step->step);
         },
         nullptr);
 }

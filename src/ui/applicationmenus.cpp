@@ -56,6 +56,18 @@ void install(QMenuBar &menuBar, PlayerModel &model)
     QObject::connect(&model, &PlayerModel::isMutedChanged, mute, updateMute);
     updateMute();
     playback->addSeparator();
+    for (const auto &[title, step] : {std::pair(QStringLiteral("Next Channel"), 1),
+                                      std::pair(QStringLiteral("Previous Channel"), -1)}) {
+        QAction *zap = playback->addAction(title);
+        QObject::connect(zap, &QAction::triggered, &model,
+                         [&model, step] { Q_EMIT model.channelStepRequested(step); });
+        const auto updateZap = [zap, &model] {
+            zap->setEnabled(!model.playlist().isEmpty());
+        };
+        QObject::connect(&model, &PlayerModel::playlistChanged, zap, updateZap);
+        updateZap();
+    }
+    playback->addSeparator();
     TrackMenus::follow(playback->addMenu(TrackMenus::audioTitle.toString()), model,
                        TrackKind::audio);
     TrackMenus::follow(playback->addMenu(TrackMenus::subtitlesTitle.toString()), model,

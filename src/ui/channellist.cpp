@@ -5,6 +5,7 @@
 #include "channelrowdelegate.h"
 #include "filtermenubutton.h"
 #include "model/playermodel.h"
+#include "sources/channelstep.h"
 #include "surface/icons.h"
 
 #include <QHBoxLayout>
@@ -97,8 +98,37 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     connect(m_logos, &ChannelLogoCache::logoArrived, m_list->viewport(),
             qOverload<>(&QWidget::update));
 
+    m_zapTask.setSingleShot(true);
+    m_zapTask.setInterval(zapDelayMs);
+    connect(&m_zapTask, &QTimer::timeout, this, [this] { play(m_list->currentIndex()); });
+
     connect(&m_player, &PlayerModel::playlistChanged, this, &ChannelList::showPlaylist);
     showPlaylist();
+}
+
+std::optional<int> ChannelList::playingRow() const
+{
+    const std::optional<PlaylistEntry> &playing = m_player.playingChannel();
+    if (!playing)
+        return std::nullopt;
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        if (m_model->entry(row).id() == playing->id())
+            return row;
+    return std::nullopt;
+}
+
+void ChannelList::stepChannel(int step)
+{
+    // During a series of steps each goes on from the last; afterwards from what plays.
+    const std::optional<int> from
+        = m_zapTask.isActive() ? std::optional(m_list->currentIndex().row()) : playingRow();
+    const std::optional<int> row = ChannelStep::target(from, step, m_model->rowCount());
+    if (!row)
+        return;
+    const QModelIndex index = m_model->index(*row);
+    m_list->setCurrentIndex(index);
+    m_list->scrollTo(index);
+    m_zapTask.start();
 }
 
 const ChannelFilter &ChannelList::filter() const

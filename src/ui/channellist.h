@@ -4,6 +4,7 @@
 // that channel as a live stream.
 #include "sources/channelfilter.h"
 
+#include <QTimer>
 #include <QWidget>
 
 class ChannelListModel;
@@ -27,6 +28,10 @@ public:
     void setCategory(const std::optional<QString> &category);
     // Empties the search and lifts both menus' choices.
     void resetFilters();
+    // Moves to the row after (+1) or before (-1) the playing channel's among those shown,
+    // wrapping, and plays it once no further step has come for zapDelayMs.
+    void stepChannel(int step);
+    static constexpr int zapDelayMs = 300;
 
     QString headerText() const;
     QString countryMenuTitle() const;
@@ -50,6 +55,8 @@ private:
     void fillCountryMenu();
     void fillCategoryMenu();
     void play(const QModelIndex &index);
+    // The shown row of the channel playing now.
+    std::optional<int> playingRow() const;
 
     PlayerModel &m_player;
     ChannelListModel *m_model = nullptr;
@@ -58,5 +65,6 @@ private:
     QLineEdit *m_search = nullptr;
     FilterMenuButton *m_countryButton = nullptr;
     FilterMenuButton *m_categoryButton = nullptr;
+    QTimer m_zapTask; // opens the row stepped to once the steps stop
     QListView *m_list = nullptr;
 };

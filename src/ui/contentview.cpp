@@ -132,6 +132,7 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
             [this] { applyWindowAspect(m_model.videoAspectRatio(), m_portraitMode); });
     connect(&m_model, &PlayerModel::titleChanged, this, &ContentView::updateWindowTitle);
     connect(&m_model, &PlayerModel::playlistChanged, this, &ContentView::updateChannelSection);
+    connect(&m_model, &PlayerModel::channelStepRequested, m_channelList, &ChannelList::stepChannel);
     connect(&m_model, &PlayerModel::errorMessageChanged, this, &ContentView::updateError);
     updateChannelSection();
     updateError();

@@ -80,6 +80,12 @@ private Q_SLOTS:
             << int(Qt::Key_J) << Qt::KeyboardModifiers(shift) << Action(PassOn {});
         QTest::newRow("V shows or hides the subtitles")
             << int(Qt::Key_V) << none << Action(ToggleSubtitles {});
+        QTest::newRow("page down: the next channel")
+            << int(Qt::Key_PageDown) << none << Action(StepChannel {1});
+        QTest::newRow("page up: the previous channel")
+            << int(Qt::Key_PageUp) << none << Action(StepChannel {-1});
+        QTest::newRow("shift page down passes on")
+            << int(Qt::Key_PageDown) << Qt::KeyboardModifiers(shift) << Action(PassOn {});
         QTest::newRow("command V passes on")
             << int(Qt::Key_V) << Qt::KeyboardModifiers(command) << Action(PassOn {});
     }
@@ -112,6 +118,7 @@ private Q_SLOTS:
                         Qt::Key_J, Qt::Key_V, Qt::Key_NumberSign})
             QVERIFY(std::holds_alternative<PassOn>(action(key, {}, false, typing)));
         QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_K, command, false, typing)));
+        QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_PageDown, {}, false, typing)));
     }
 
     void aFocusedListKeepsItsArrowsAndTheDesktopKeys()
@@ -119,8 +126,9 @@ private Q_SLOTS:
         const Context inList {false, true, false};
         for (int key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_F, Qt::Key_M, Qt::Key_F11})
             QVERIFY(std::holds_alternative<PassOn>(action(key, {}, false, inList)));
-        // The player's own keys still work there.
+        // The player's own keys still work there, and so do the channel keys.
         QVERIFY(action(Qt::Key_Space, {}, false, inList) == Action(TogglePlayback {}));
+        QVERIFY(action(Qt::Key_PageDown, {}, false, inList) == Action(StepChannel {1}));
         QVERIFY(action(Qt::Key_Right, {}, false, inList) == Action(Skip {5}));
     }
 

@@ -285,6 +285,52 @@ private Q_SLOTS:
         QVERIFY(m_model->isLiveStream());
     }
 
+    void thePageKeysZapThroughTheShownChannels()
+    {
+        m_list->setSearch(QStringLiteral("channel 29"));
+        m_list->setCountryCode(QStringLiteral("US"));
+        QCOMPARE(shownNames(), (QStringList {"Channel 291", "Channel 294", "Channel 297"}));
+        const auto stream = [&](int channel) {
+            return m_server->url(QStringLiteral("/streams/%1.m3u8").arg(channel));
+        };
+        QListView *view = m_list->listView();
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
+                          view->visualRect(m_list->listModel()->index(1)).center());
+        QCOMPARE(player().items.constLast(), stream(294));
+        // The next row is chosen at once and opened when no other step follows.
+        qsizetype opened = player().items.size();
+        m_list->stepChannel(1);
+        QCOMPARE(view->currentIndex().row(), 2);
+        QCOMPARE(player().items.size(), opened);
+        QTRY_COMPARE(player().items.constLast(), stream(297));
+        QCOMPARE(m_model->title(), QStringLiteral("Channel 297"));
+        QVERIFY(m_model->isLiveStream());
+        // Wrapping at both ends.
+        m_list->stepChannel(1);
+        QTRY_COMPARE(player().items.constLast(), stream(291));
+        m_list->stepChannel(-1);
+        QTRY_COMPARE(player().items.constLast(), stream(297));
+        // A channel that is not shown: next is the first row, previous the last.
+        m_model->playChannel(m_model->playlist().at(0));
+        m_list->stepChannel(1);
+        QTRY_COMPARE(player().items.constLast(), stream(291));
+        m_model->playChannel(m_model->playlist().at(0));
+        m_list->stepChannel(-1);
+        QTRY_COMPARE(player().items.constLast(), stream(297));
+        // Ten quick steps open one stream, the last one stepped to.
+        QTest::qWait(ChannelList::zapDelayMs + 100);
+        opened = player().items.size();
+        for (int press = 0; press < 10; ++press) {
+            m_list->stepChannel(1);
+            QTest::qWait(90);
+        }
+        QTRY_COMPARE(player().items.size(), opened + 1);
+        // From 297 (the last row) ten rows on is the first row.
+        QCOMPARE(player().items.constLast(), stream(291));
+        QTest::qWait(ChannelList::zapDelayMs * 2);
+        QCOMPARE(player().items.size(), opened + 1);
+    }
+
     void channelsOnlyPlayOverTheNetwork()
     {
         // A downloaded list may name anything the player could open; a click only plays

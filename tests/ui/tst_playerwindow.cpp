@@ -453,7 +453,8 @@ private Q_SLOTS:
         QCOMPARE(titles,
                  (QStringList {"Play", "Stop", "-", "Back 5 Seconds", "Forward 5 Seconds",
                                "Back 20 Seconds", "Forward 20 Seconds", "Back 60 Seconds",
-                               "Forward 60 Seconds", "Mute", "-", "Audio Track", "Subtitles"}));
+                               "Forward 60 Seconds", "Mute", "-", "Next Channel",
+                               "Previous Channel", "-", "Audio Track", "Subtitles"}));
         m_model->play(QUrl(QStringLiteral("file:///media/a.mp4")), std::nullopt, false);
         QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Pause")));
         menuAction(QStringLiteral("Playback"), QStringLiteral("Pause"))->trigger();

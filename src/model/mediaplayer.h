@@ -33,6 +33,9 @@ public:
                                     const StreamHeaders &headers = {})
         = 0;
     virtual void play() = 0;
+    // Loads the current item's address again, as it was asked for; for a live stream that broke
+    // off after it had played.
+    virtual void reloadCurrentItem() { }
     virtual void pause() = 0;
     // Seeks to the exact position, without snapping to a key frame.
     virtual void seekExactly(double seconds) = 0;
@@ -74,6 +77,8 @@ Q_SIGNALS:
     void presentationSizeChanged(QSize size);
     void soundOnlyChanged();
     void tracksChanged();
+    // The current item has played to its end (for a live stream: the stream stopped).
+    void endReached();
     void subtitleFileFailed(const QString &path);
     // The current item could not be opened or broke off; reason says why in a sentence for the
     // user, or is empty when the player cannot tell.

@@ -23,9 +23,14 @@ QByteArray fileOption(QByteArrayView key, QByteArrayView value)
 // The options a network item is loaded with: its request headers, and the only protocols its
 // demuxer may open on its behalf (an HLS index naming file: or other local addresses as
 // segments is refused).
-QVariantMap MpvFileOptions::network(const StreamHeaders &headers)
+QVariantMap MpvFileOptions::network(const StreamHeaders &headers, Reconnect reconnect)
 {
+    // Each of these exists in FFmpeg 5.1 and 7.1. A retry waits at most 5 s.
+    QByteArray reconnectOptions = "reconnect=1,reconnect_streamed=1,reconnect_delay_max=5";
+    if (reconnect == Reconnect::afterCutsAndNetworkErrors)
+        reconnectOptions += ",reconnect_on_network_error=1";
     QVariantMap options {
+        {argument(Option::streamLavfOptions), reconnectOptions},
         // A list inside an option's value keeps its own quoting.
         {argument(Option::demuxerLavfOptions),
          fileOption("protocol_whitelist", networkProtocolWhitelist)},

@@ -11,7 +11,15 @@ namespace MpvFileOptions {
 inline constexpr QByteArrayView networkProtocolWhitelist
     = "http,https,tls,tcp,crypto,httpproxy,data,rtmp,rtmps,rtsp,rtp,udp,srtp";
 
+// How a network item's connection is kept. FFmpeg's HTTP reader reconnects a stream cut before
+// its end; retrying after network errors too is only for a stream that has played, since a dead
+// server would otherwise be tried again and again before the item is given up.
+enum class Reconnect {
+    afterCuts,
+    afterCutsAndNetworkErrors,
+};
+
 // The options of loadfile for a network item, by option name.
-QVariantMap network(const StreamHeaders &headers);
+QVariantMap network(const StreamHeaders &headers, Reconnect reconnect = Reconnect::afterCuts);
 
 } // namespace MpvFileOptions

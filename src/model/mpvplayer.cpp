@@ -82,17 +82,12 @@ MpvPlayer::MpvPlayer(VideoOutput output, QObject *parent)
         // A playlist mpv expands by itself never leads to files or special protocols.
         {Option::loadUnsafePlaylists, "no"},
         // Network choices:
-        // - a server that stops sending is given up after 20 s (mpv's default is 60), the same
-        //   patience as for playlists, so a dead stream ends with a notice instead of waiting;
-        // - plain HTTP and MPEG-TS live streams reconnect after a dropped connection or network
-        //   error, waiting at most 5 s between tries, instead of ending at the first hiccup.
-        //   HLS reloads its index and fetches segments through FFmpeg's HLS demuxer, which
-        //   already retries the index and skips a segment it cannot get;
+        // - a server that says nothing for 10 s is given up (mpv's default is 60), so that a
+        //   dead channel ends in a notice instead of a spinner; the item's own options say how
+        //   its connection is kept (MpvFileOptions);
         // - a stream that stalls pauses for the cache (paused-for-cache, shown as buffering
         //   for live streams) and resumes once 1 s is buffered, rather than stuttering.
-        {Option::networkTimeout, "20"},
-        {Option::streamLavfOptions,
-         "reconnect=1,reconnect_streamed=1,reconnect_on_network_error=1,reconnect_delay_max=5"},
+        {Option::networkTimeout, "10"},
         {Option::cachePause, "yes"},
         {Option::cachePauseWait, "1"},
         // A subtitle file named as the video beside it is loaded with it; one not in UTF-8
@@ -150,7 +145,9 @@ QString argument(const char *name)
 void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamHeaders &headers)
 {
     m_entriesLeft.clear();
+    m_reconnect = MpvFileOptions::Reconnect::afterCuts;
     if (url) {
+        m_itemUrl = *url;
         m_headers = headers;
         m_itemIsLocal = url->isLocalFile();
         setHasItem(true);
@@ -194,12 +191,27 @@ bool MpvPlayer::load(const QUrl &url)
                       {argument(Command::url), target},
                       {argument(Command::flags), QByteArray(Command::replace)}};
     if (!url.isLocalFile())
-        load.insert(argument(Command::options), MpvFileOptions::network(m_headers));
+        load.insert(argument(Command::options), MpvFileOptions::network(m_headers, m_reconnect));
     m_awaitedLoad = ++m_lastReplyID;
     if (command(load, m_awaitedLoad))
         return true;
     m_awaitedLoad = 0;
     return false;
+}
+
+void MpvPlayer::reloadCurrentItem()
+{
+    if (!m_itemUrl.isValid())
+        return;
+    // The stream has played: network errors are worth retrying now.
+    m_entriesLeft.clear();
+    m_reconnect = MpvFileOptions::Reconnect::afterCutsAndNetworkErrors;
+    setHasItem(true);
+    if (!load(m_itemUrl)) {
+        handleEnd(m_currentEntry, MPV_END_FILE_REASON_ERROR, -1, 0);
+        QMetaObject::invokeMethod(this, &MpvPlayer::drainEvents, Qt::QueuedConnection);
+    }
+    updateWaiting();
 }
 
 bool MpvPlayer::loadNextEntry()
@@ -501,7 +513,10 @@ void MpvPlayer::handleProperty(const char *name, int format, void *data)
             && QByteArrayView(*static_cast<const char **>(data)) == "hls";
     } else if (key == Property::eofReached) {
         // With keep-open mpv stays on the last frame, paused or not: nothing plays there.
-        m_eofReached = flag();
+        const bool reached = flag() && isCurrentItemStarted();
+        if (reached && !m_eofReached)
+            Q_EMIT endReached();
+        m_eofReached = reached;
     } else if (key == Property::seekable) {
         m_seekable = flag();
     } else if (key == Property::displayWidth) {

@@ -3,6 +3,7 @@
 // options, observes properties through one table and turns them into typed state, and drains
 // mpv's events on the main thread. Video is drawn by a render context made on handle().
 #include "mediaplayer.h"
+#include "mpvfileoptions.h"
 #include <QHash>
 #include <QList>
 #include <QStringList>
@@ -29,6 +30,7 @@ public:
                             const StreamHeaders &headers = {}) override;
     void play() override;
     void pause() override;
+    void reloadCurrentItem() override;
     void seekExactly(double seconds) override;
     void setVolume(double fraction) override;
     void setMuted(bool muted) override;
@@ -128,8 +130,10 @@ private:
     QList<EndedItem> m_endsBeforeReply;
     qint64 m_startingEntry = -1; // the entry mpv started last
     // What the current item was loaded with, for the entries of a playlist it turns out to be.
+    QUrl m_itemUrl;
     StreamHeaders m_headers;
     bool m_itemIsLocal = false;
+    MpvFileOptions::Reconnect m_reconnect = MpvFileOptions::Reconnect::afterCuts;
     QList<QUrl> m_entriesLeft; // of that playlist, not tried yet
     QStringList m_itemMessages; // mpv's warnings and errors since the item was loaded
     bool m_failurePending = false; // the item failed; told once mpv's messages are read

@@ -53,6 +53,7 @@ PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     });
 
     connectTracks();
+    connectLiveWatch();
     refreshBufferingState();
 }
 
@@ -85,6 +86,8 @@ void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &di
                                bool isLiveStream, const StreamHeaders &headers)
 {
     m_playingChannel.reset();
+    forgetLiveItem();
+    m_wantsToPlay = true;
     setYouTubeContent(std::nullopt);
     setErrorMessage(QString());
     QString title;
@@ -153,6 +156,8 @@ void PlayerModel::showYouTubeContent(const YouTubeContent &content,
     m_observingItemBuffer = false;
     m_player->replaceCurrentItem(std::nullopt);
     m_playingChannel.reset();
+    forgetLiveItem();
+    m_wantsToPlay = false;
     setYouTubeContent(content);
     if (title)
         setTitle(*title);
@@ -292,6 +297,12 @@ void PlayerModel::showWebPlayerUnavailable()
 
 void PlayerModel::handlePlaybackFailure(const QString &reason)
 {
+    // A live channel that had played is tried again before it is given up.
+    if (isWatchingLiveItem() && m_liveStarted) {
+        liveItemBrokeOff(reason);
+        return;
+    }
+    m_wantsToPlay = false;
     // Media that cannot be opened has no text of its own: say which title failed, and why when
     // the player knows. Nothing of it stays behind: the window reads as if nothing is loaded.
     m_observingItemBuffer = false;

@@ -8,6 +8,7 @@
 #include "sources/lastplayablesource.h"
 #include "sources/playlistentry.h"
 #include "sources/youtubecontent.h"
+#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -232,6 +233,18 @@ private:
     void evaluateInWebPlayer(const QString &script);
     void connectTracks();
 
+    // Live items (in PlayerModelLive.cpp).
+    void connectLiveWatch();
+    bool isWatchingLiveItem() const;
+    void watchLiveProgress();
+    // The live item stopped or stood still: the next try is planned, or with none left the
+    // item ends in a notice saying why (reason, when known).
+    void liveItemBrokeOff(const QString &reason);
+    void tryReconnect();
+    void endLiveRecovery();
+    // A new item, or none: nothing is known of its progress.
+    void forgetLiveItem();
+
     std::unique_ptr<MediaPlayer> m_player;
     QString m_title = noMediaTitle.toString();
     QString m_errorMessage;
@@ -259,6 +272,15 @@ private:
     QUuid m_remoteRequestID;
     std::optional<LastPlayableSource> m_lastPlayableSource;
     std::optional<PlaylistEntry> m_playingChannel;
+
+    bool m_wantsToPlay = false; // the user asked the current item to play
+    QTimer m_liveWatch;
+    QTimer m_reconnectTask;
+    int m_reconnectAttempt = 0; // the try under way or planned; 0 when none
+    bool m_liveStarted = false; // the live item has moved since it was asked for
+    double m_lastLivePosition = qQNaN();
+    qint64 m_lastLiveProgressMs = 0;
+    QElapsedTimer m_liveClock;
 
     std::unique_ptr<PlaylistLoader> m_loader;
     PlaylistDownloadLimits m_limits;

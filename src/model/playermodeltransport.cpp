@@ -21,12 +21,28 @@ void PlayerModel::togglePlayback()
         setIsPlaying(!m_isPlaying);
         return;
     }
-    if (!m_player->hasItem())
+    if (m_reconnectAttempt > 0) {
+        // A pause ends the tries; play brings the channel back.
+        endLiveRecovery();
+        m_wantsToPlay = false;
+        m_player->pause();
+        refreshBufferingState();
+        setIsPlaying(false);
         return;
+    }
+    if (!m_player->hasItem()) {
+        if (!m_isLiveStream || !m_liveStarted)
+            return;
+        m_player->reloadCurrentItem();
+    }
     if (m_player->isPlaying())
         m_player->pause();
     else
         m_player->play();
+    m_wantsToPlay = m_player->isPlaying();
+    // A live item asked to play again is given its full time to move before it counts as
+    // broken off.
+    m_lastLiveProgressMs = m_liveClock.elapsed();
     setIsPlaying(m_player->isPlaying());
 }
 
@@ -93,6 +109,8 @@ void PlayerModel::stop()
     setYouTubeContent(std::nullopt);
     hideBufferingIndicator();
     m_playingChannel.reset();
+    forgetLiveItem();
+    m_wantsToPlay = false;
 }
 
 void PlayerModel::observeTime()
@@ -102,7 +120,8 @@ void PlayerModel::observeTime()
     const double position = m_player->position();
     setCurrentTime(std::isfinite(position) ? position : 0);
     setDuration(m_player->hasItem() ? m_player->duration().value_or(0) : 0);
-    setIsPlaying(m_player->isPlaying());
+    // While a live channel is being brought back, it is still meant to play.
+    setIsPlaying(m_reconnectAttempt > 0 || m_player->isPlaying());
     const QSize size = m_player->presentationSize();
     if (size.width() > 0 && size.height() > 0) {
         const double ratio = double(size.width()) / size.height();
@@ -113,6 +132,11 @@ void PlayerModel::observeTime()
 
 void PlayerModel::refreshBufferingState()
 {
+    // A live channel being brought back shows as buffering throughout.
+    if (m_reconnectAttempt > 0) {
+        setIsBuffering(true);
+        return;
+    }
     // Only live streams show the indicator: a file that stalls is not worth a spinner.
     if (m_isLiveStream && m_player->hasItem() && m_player->isWaitingToPlay())
         showBufferingIndicatorAfterDelay();

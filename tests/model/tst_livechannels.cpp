@@ -8,6 +8,7 @@
 #include "testmedia.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -15,6 +16,8 @@
 
 namespace {
 constexpr int segmentCount = 240;
+constexpr int transportSeconds = 240;
+constexpr qint64 transportPacket = 188;
 } // namespace
 
 class TestLiveChannels : public QObject
@@ -28,6 +31,7 @@ private:
     quint16 m_port = 0;
     std::unique_ptr<PlayerModel> m_model;
     QStringList m_notices;
+    QByteArray m_transportStream;
 
     bool startServer()
     {
@@ -36,6 +40,19 @@ private:
         m_server->route(QStringLiteral("/index.m3u8"), [this](const HttpRequest &) {
             return HttpResponse::text(TestMedia::liveIndex(m_liveClock.elapsed(), segmentCount),
                                       "application/vnd.apple.mpegurl");
+        });
+        // A TV channel over plain HTTP: each request joins the stream where it is by now, and
+        // the server cuts every connection after 5 s.
+        m_server->route(QStringLiteral("/channel.ts"), [this](const HttpRequest &) {
+            const qint64 rate = m_transportStream.size() / transportSeconds;
+            const qint64 offset
+                = rate * m_liveClock.elapsed() / 1000 / transportPacket * transportPacket;
+            HttpResponse response;
+            response.contentType = "video/mp2t";
+            response.body = m_transportStream.mid(offset % m_transportStream.size());
+            response.bytesPerSecond = rate * 3 / 2;
+            response.closeAfterMs = 5000;
+            return response;
         });
         m_server->route(QStringLiteral("/gone.m3u8"), HttpResponse::notFound());
         HttpResponse silence;
@@ -94,6 +111,10 @@ private Q_SLOTS:
     {
         QVERIFY(m_media.isValid());
         QVERIFY(TestMedia::makeSegments(m_media.filePath(QStringLiteral("live")), segmentCount));
+        QFile stream(m_media.filePath(QStringLiteral("channel.ts")));
+        QVERIFY(TestMedia::makeTransportStream(stream.fileName(), transportSeconds));
+        QVERIFY(stream.open(QIODevice::ReadOnly));
+        m_transportStream = stream.readAll();
         m_liveClock.start();
     }
 
@@ -163,6 +184,18 @@ private Q_SLOTS:
         QVERIFY(startServer());
         m_model->togglePlayback();
         QVERIFY(movesAgain(40000));
+    }
+
+    void aPlainHttpChannelCutMidwayPlaysOn()
+    {
+        m_model->play(address(QStringLiteral("/channel.ts")), QStringLiteral("TV"), true);
+        QVERIFY(movesAgain(20000));
+        const double start = m_model->currentTime();
+        // Past two cuts of the connection.
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > start + 12, 60000);
+        QVERIFY(m_server->requestCount(QStringLiteral("/channel.ts")) >= 3);
+        QVERIFY(m_model->isPlaying());
+        QVERIFY2(!noticed(u"Could not play"), qPrintable(m_notices.join(u'|')));
     }
 
     void deadChannelsAreGivenUpQuickly_data()

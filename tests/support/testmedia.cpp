@@ -295,6 +295,22 @@ bool makeTracks(const QString &path, double seconds, bool flagged, bool dark, QS
     return made;
 }
 
+bool makeTransportStream(const QString &path, double seconds)
+{
+    return runFfmpeg(
+        {"-f",        "lavfi",
+         "-i",        QStringLiteral("testsrc2=size=160x120:rate=10:duration=%1").arg(seconds),
+         "-f",        "lavfi",
+         "-i",        QStringLiteral("sine=duration=%1").arg(seconds),
+         "-c:v",      "libx264",
+         "-preset",   "ultrafast",
+         "-g",        "10",
+         "-pix_fmt",  "yuv420p",
+         "-c:a",      "aac",
+         "-shortest", "-f",
+         "mpegts",    path});
+}
+
 bool makeHlsWithTwoLanguages(const QString &folder, double seconds)
 {
     return runFfmpeg({"-f",

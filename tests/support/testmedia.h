@@ -38,6 +38,8 @@ bool writeSubRip(const QString &path, const QByteArray &text, double seconds);
 bool makeTracks(const QString &path, double seconds, bool flagged, bool dark = false,
                 QSize size = {320, 240}, const QString &englishText = QStringLiteral("Hello"),
                 const QString &frenchText = QStringLiteral("Bonjour"));
+// An MPEG-TS of a small picture and a tone, as a TV channel sends over plain HTTP.
+bool makeTransportStream(const QString &path, double seconds);
 // HLS in folder/master.m3u8: a video and one audio group of two renditions, English (440 Hz,
 // the default) and French (880 Hz).
 bool makeHlsWithTwoLanguages(const QString &folder, double seconds);

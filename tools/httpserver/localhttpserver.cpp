@@ -6,6 +6,8 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 QByteArray reasonPhrase(int status)
@@ -103,14 +105,35 @@ public:
             + "\r\nConnection: close\r\n";
         for (const auto &[name, value] : response.headers)
             head += name + ": " + value + "\r\n";
-        if (response.generatedBytes < 0 && response.dripIntervalMs == 0)
+        if (response.generatedBytes < 0 && response.dripIntervalMs == 0
+            && response.bytesPerSecond == 0)
             head += "Content-Length: " + QByteArray::number(response.body.size()) + "\r\n";
         head += "\r\n";
         m_socket->write(head);
         if (m_headOnly)
             return finishWhenFlushed();
 
-        if (response.dripIntervalMs > 0) {
+        if (response.closeAfterMs > 0)
+            QTimer::singleShot(response.closeAfterMs, m_socket, &QTcpSocket::abort);
+        if (response.bytesPerSecond > 0) {
+            // A tenth of a second's worth at a time.
+            m_pending = response.body;
+            const qint64 step = std::max<qint64>(1, response.bytesPerSecond / 10);
+            auto *pace = new QTimer(this);
+            connect(pace, &QTimer::timeout, this, [this, pace, step] {
+                if (m_socket->state() != QAbstractSocket::ConnectedState) {
+                    pace->stop();
+                    return;
+                }
+                if (m_pending.isEmpty()) {
+                    pace->stop();
+                    return finishWhenFlushed();
+                }
+                m_socket->write(m_pending.left(step));
+                m_pending.remove(0, step);
+            });
+            pace->start(100);
+        } else if (response.dripIntervalMs > 0) {
             m_pending = response.body;
             auto *drip = new QTimer(this);
             connect(drip, &QTimer::timeout, this, [this, drip] {

@@ -31,6 +31,11 @@ struct HttpResponse
     int dripIntervalMs = 0; // above 0: send the body one byte per interval
     // 0 or more: send this many bytes made by repeating body, with no length announced.
     qint64 generatedBytes = -1;
+    // Above 0: send the body at this many bytes a second, with no length announced, as a live
+    // stream comes.
+    qint64 bytesPerSecond = 0;
+    // Above 0: drop the connection this long after answering, as a server that cuts streams.
+    int closeAfterMs = 0;
 
     static HttpResponse text(QByteArray body, QByteArray contentType = "text/plain",
                              int status = 200);

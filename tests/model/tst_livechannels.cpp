@@ -54,6 +54,13 @@ private:
             response.closeAfterMs = 5000;
             return response;
         });
+        m_server->route(QStringLiteral("/steady.ts"), [this](const HttpRequest &) {
+            HttpResponse response;
+            response.contentType = "video/mp2t";
+            response.body = m_transportStream;
+            response.bytesPerSecond = m_transportStream.size() / transportSeconds * 3 / 2;
+            return response;
+        });
         m_server->route(QStringLiteral("/gone.m3u8"), HttpResponse::notFound());
         HttpResponse silence;
         silence.neverAnswer = true;
@@ -196,6 +203,17 @@ private Q_SLOTS:
         QVERIFY(m_server->requestCount(QStringLiteral("/channel.ts")) >= 3);
         QVERIFY(m_model->isPlaying());
         QVERIFY2(!noticed(u"Could not play"), qPrintable(m_notices.join(u'|')));
+    }
+
+    void aReplacedChannelsConnectionIsClosed()
+    {
+        m_model->play(address(QStringLiteral("/steady.ts")), QStringLiteral("Steady"), true);
+        QVERIFY(movesAgain(20000));
+        QCOMPARE(m_server->openConnectionCount(QStringLiteral("/steady.ts")), 1);
+        m_model->play(address(QStringLiteral("/index.m3u8")), QStringLiteral("Live"), true);
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->openConnectionCount(QStringLiteral("/steady.ts")), 0,
+                                  1000);
+        QVERIFY(movesAgain(20000));
     }
 
     void deadChannelsAreGivenUpQuickly_data()

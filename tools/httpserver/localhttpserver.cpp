@@ -275,6 +275,9 @@ void LocalHttpServer::dispatch(Connection *connection, const HttpRequest &reques
         return;
     }
     ++m_requestCounts[request.path];
+    ++m_openConnections[request.path];
+    connect(connection, &QObject::destroyed, this,
+            [this, path = request.path] { --m_openConnections[path]; });
     const auto route = m_routes.constFind(request.path);
     if (route != m_routes.constEnd())
         connection->respond((*route)(request));

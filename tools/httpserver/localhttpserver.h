@@ -66,6 +66,8 @@ public:
     // expression; the held ones are then answered.
     void hold(const QRegularExpression &paths);
     int requestCount(const QString &path) const { return m_requestCounts.value(path); }
+    // Connections that asked for path and are still open.
+    int openConnectionCount(const QString &path) const { return m_openConnections.value(path); }
     // Requests held now whose client is still connected.
     int heldCount() const { return int(m_held.size()); }
 
@@ -81,4 +83,5 @@ private:
     QRegularExpression m_hold;
     QList<std::pair<Connection *, HttpRequest>> m_held;
     QHash<QString, int> m_requestCounts;
+    QHash<QString, int> m_openConnections;
 };

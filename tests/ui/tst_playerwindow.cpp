@@ -20,6 +20,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QListView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -286,6 +287,36 @@ private Q_SLOTS:
                             std::nullopt);
         QVERIFY(!audio->menuAction()->isEnabled());
         QVERIFY(!subtitles->menuAction()->isEnabled());
+    }
+
+    void thePageKeysAndTheMenuZapThroughTheChannels()
+    {
+        QAction *next = menuAction(QStringLiteral("Playback"), QStringLiteral("Next Channel"));
+        QAction *previous
+            = menuAction(QStringLiteral("Playback"), QStringLiteral("Previous Channel"));
+        QVERIFY(next && previous);
+        QVERIFY(!next->isEnabled() && !previous->isEnabled());
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        loadPlaylist(server, 3);
+        QVERIFY(next->isEnabled() && previous->isEnabled());
+        // Whether the last item asked for is channel i's stream.
+        const auto playing = [this](int i) {
+            return !player().items.isEmpty()
+                && player().items.constLast()
+                == QUrl(QStringLiteral("http://127.0.0.1:9/%1.m3u8").arg(i));
+        };
+        // Nothing plays yet: Page Down starts at the first row, Page Up at the last.
+        QTest::keyClick(m_window->windowHandle(), Qt::Key_PageDown);
+        QTRY_VERIFY(playing(0));
+        QCOMPARE(m_model->title(), QStringLiteral("Channel 0"));
+        QTest::keyClick(m_window->windowHandle(), Qt::Key_PageUp);
+        QTRY_VERIFY(playing(2));
+        next->trigger();
+        QTRY_VERIFY(playing(0));
+        previous->trigger();
+        QTRY_VERIFY(playing(2));
+        QCOMPARE(content()->channelList()->listView()->currentIndex().row(), 2);
     }
 
     void aSubtitleFileDroppedOnAPlayingVideoJoinsIt()

@@ -1,0 +1,257 @@
+#include "xmltvreader.h"
+
+#include "xmltvtime.h"
+
+#include <libxml/parser.h>
+
+namespace {
+constexpr int firstChunkBytes = 4; // libxml2 tells the encoding from the first bytes
+} // namespace
+
+// Owns libxml2's push parser context; its callbacks call back into the reader.
+struct XmltvReader::Parser
+{
+    xmlSAXHandler sax {};
+    xmlParserCtxtPtr context = nullptr;
+    QByteArray pending; // the first bytes, until there are enough to start
+
+    ~Parser()
+    {
+        if (context) {
+            xmlFreeDoc(context->myDoc);
+            xmlFreeParserCtxt(context);
+        }
+    }
+
+    static XmltvReader *reader(void *context)
+    {
+        return static_cast<XmltvReader *>(static_cast<xmlParserCtxtPtr>(context)->_private);
+    }
+
+    static void startElement(void *context, const xmlChar *name, const xmlChar *, const xmlChar *,
+                             int, const xmlChar **, int attributeCount, int,
+                             const xmlChar **attributes)
+    {
+        reader(context)->startElement(reinterpret_cast<const char *>(name),
+                                      reinterpret_cast<const char **>(attributes), attributeCount);
+    }
+    static void endElement(void *context, const xmlChar *name, const xmlChar *, const xmlChar *)
+    {
+        reader(context)->endElement(reinterpret_cast<const char *>(name));
+    }
+    static void characters(void *context, const xmlChar *text, int length)
+    {
+        reader(context)->text(QByteArrayView(reinterpret_cast<const char *>(text), length));
+    }
+    // Errors are collected, not printed: the reader says what went wrong.
+    static void error(void *, const char *, ...) { }
+};
+
+XmltvReader::XmltvReader()
+    : XmltvReader(Options {})
+{ }
+
+XmltvReader::XmltvReader(Options options)
+    : m_options(std::move(options))
+    , m_parser(std::make_unique<Parser>())
+{
+    xmlSAXHandler &sax = m_parser->sax;
+    sax.initialized = XML_SAX2_MAGIC;
+    sax.startElementNs = &Parser::startElement;
+    sax.endElementNs = &Parser::endElement;
+    sax.characters = &Parser::characters;
+    sax.cdataBlock = &Parser::characters;
+    sax.error = &Parser::error;
+    sax.warning = &Parser::error;
+}
+
+XmltvReader::~XmltvReader() = default;
+
+void XmltvReader::feed(QByteArrayView bytes)
+{
+    Parser &parser = *m_parser;
+    if (!parser.context) {
+        parser.pending.append(bytes);
+        if (parser.pending.size() < firstChunkBytes)
+            return;
+        parser.context = xmlCreatePushParserCtxt(&parser.sax, nullptr, parser.pending.constData(),
+                                                 int(parser.pending.size()), nullptr);
+        parser.pending.clear();
+        if (!parser.context) {
+            m_error = QStringLiteral("the XML reader could not start");
+            return;
+        }
+        parser.context->_private = this;
+        // Recover from what can be recovered, never fetch anything, and allow the long text
+        // and deep documents real guides have. Entities stay unexpanded except the XML ones.
+        xmlCtxtUseOptions(parser.context,
+                          XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING
+                              | XML_PARSE_NOERROR);
+        return;
+    }
+    // libxml2 takes an int length: large chunks go in parts.
+    constexpr qsizetype part = 1 << 20;
+    for (qsizetype at = 0; at < bytes.size(); at += part) {
+        const QByteArrayView piece = bytes.sliced(at, std::min(part, bytes.size() - at));
+        xmlParseChunk(parser.context, piece.data(), int(piece.size()), 0);
+        if (parser.context->disableSAX && m_error.isEmpty()) {
+            const xmlError *error = xmlCtxtGetLastError(parser.context);
+            m_error = error && error->message ? QString::fromUtf8(error->message).trimmed()
+                                              : QStringLiteral("the guide is not well-formed XML");
+            return;
+        }
+    }
+}
+
+void XmltvReader::finish()
+{
+    Parser &parser = *m_parser;
+    if (!parser.context) {
+        // Shorter than a prolog: there is no guide in it.
+        if (m_error.isEmpty())
+            m_error = QStringLiteral("the guide is empty");
+        return;
+    }
+    xmlParseChunk(parser.context, nullptr, 0, 1);
+    if (m_error.isEmpty() && !parser.context->wellFormed) {
+        const xmlError *error = xmlCtxtGetLastError(parser.context);
+        m_error = error && error->message ? QString::fromUtf8(error->message).trimmed()
+                                          : QStringLiteral("the guide is not well-formed XML");
+    }
+    // A programme cut off by the end is not kept; channels named so far are.
+    if (m_place == Place::channel || m_place == Place::displayName) {
+        if (!m_channel.id.isEmpty())
+            m_channels.push_back(std::move(m_channel));
+    }
+    m_place = Place::outside;
+}
+
+void XmltvReader::startElement(QByteArrayView name, const char **attributes, int count)
+{
+    // Attributes come as (name, prefix, URI, value start, value end) quintuples.
+    const auto attribute = [&](QByteArrayView wanted) -> QByteArrayView {
+        for (int i = 0; i < count; ++i) {
+            const char **entry = attributes + 5 * i;
+            if (QByteArrayView(entry[0]) == wanted)
+                return QByteArrayView(entry[3], entry[4] - entry[3]);
+        }
+        return {};
+    };
+    if (m_skipDepth > 0) {
+        ++m_skipDepth;
+        return;
+    }
+    switch (m_place) {
+    case Place::outside:
+        if (name == "channel") {
+            m_place = Place::channel;
+            m_channel = GuideChannel {QString::fromUtf8(attribute("id")), {}};
+        } else if (name == "programme") {
+            m_place = Place::programme;
+            m_start = attribute("start").toByteArray();
+            m_stop = attribute("stop").toByteArray();
+            m_programmeChannel = QString::fromUtf8(attribute("channel"));
+            m_title.reset();
+        }
+        return;
+    case Place::channel:
+        if (name == "display-name") {
+            m_place = Place::displayName;
+            m_text.clear();
+        } else {
+            m_skipDepth = 1;
+        }
+        return;
+    case Place::programme:
+        if (name == "title" && !m_title) {
+            m_place = Place::title;
+            m_text.clear();
+        } else {
+            m_skipDepth = 1;
+        }
+        return;
+    case Place::displayName:
+    case Place::title:
+        // Markup inside a name: its text counts, the element itself does not.
+        m_skipDepth = 0;
+        return;
+    }
+}
+
+void XmltvReader::endElement(QByteArrayView name)
+{
+    if (m_skipDepth > 0) {
+        --m_skipDepth;
+        return;
+    }
+    switch (m_place) {
+    case Place::outside:
+        return;
+    case Place::channel:
+        if (name == "channel") {
+            if (!m_channel.id.isEmpty())
+                m_channels.push_back(std::move(m_channel));
+            m_channel = {};
+            m_place = Place::outside;
+        }
+        return;
+    case Place::displayName:
+        if (name == "display-name") {
+            const QString displayName = QString::fromUtf8(m_text).trimmed();
+            if (!displayName.isEmpty())
+                m_channel.displayNames.append(displayName);
+            m_place = Place::channel;
+        }
+        return;
+    case Place::programme:
+        if (name == "programme") {
+            endProgramme();
+            m_place = Place::outside;
+        }
+        return;
+    case Place::title:
+        if (name == "title") {
+            m_title = QString::fromUtf8(m_text).trimmed();
+            m_place = Place::programme;
+        }
+        return;
+    }
+}
+
+void XmltvReader::text(QByteArrayView bytes)
+{
+    if (m_skipDepth == 0 && (m_place == Place::displayName || m_place == Place::title))
+        m_text.append(bytes);
+}
+
+void XmltvReader::endProgramme()
+{
+    if (!m_wanted && m_options.wantedChannels)
+        m_wanted = m_options.wantedChannels(m_channels);
+    const std::optional<qint64> start = XmltvTime::parse(m_start);
+    const std::optional<qint64> stop
+        = m_stop.isEmpty() ? std::optional<qint64>() : XmltvTime::parse(m_stop);
+    if (!start || (!m_stop.isEmpty() && !stop)) {
+        ++m_skipped;
+        return;
+    }
+    if (m_wanted && !m_wanted->contains(m_programmeChannel))
+        return;
+    const qint64 end = stop.value_or(*start);
+    if (end < m_options.keepFrom || *start > m_options.keepUntil)
+        return;
+    m_programmes[m_programmeChannel].push_back(
+        ReadProgramme {*start, stop, intern(m_title.value_or(QString()))});
+    ++m_programmeCount;
+}
+
+quint32 XmltvReader::intern(const QString &title)
+{
+    const auto found = m_titleIndex.constFind(title);
+    if (found != m_titleIndex.cend())
+        return *found;
+    const auto index = quint32(m_titles.size());
+    m_titles.append(title);
+    m_titleIndex.insert(title, index);
+    return index;
+}

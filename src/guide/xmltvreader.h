@@ -1,0 +1,90 @@
+#pragma once
+// Reads an XMLTV guide as its unpacked bytes come, with libxml2's push parser: the channels, and
+// the programmes of the channels asked for within a time window, titles kept once each. Never
+// holds more of the document than the chunk at hand.
+#include "guidechannels.h"
+#include "guideschedule.h"
+
+#include <QByteArrayView>
+#include <QHash>
+#include <QSet>
+#include <QStringList>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <vector>
+
+class XmltvReader
+{
+public:
+    struct Options
+    {
+        // Asked once, when the first programme comes (a guide lists its channels first): the
+        // ids of the channels whose programmes are kept. Unset: every channel's.
+        std::function<QSet<QString>(const std::vector<GuideChannel> &)> wantedChannels;
+        // Programmes whose stop (or start, without one) lies outside are not kept.
+        qint64 keepFrom = std::numeric_limits<qint64>::min();
+        qint64 keepUntil = std::numeric_limits<qint64>::max();
+    };
+
+    XmltvReader();
+    explicit XmltvReader(Options options);
+    ~XmltvReader();
+    XmltvReader(const XmltvReader &) = delete;
+    XmltvReader &operator=(const XmltvReader &) = delete;
+
+    void feed(QByteArrayView bytes);
+    // The end of the document: a guide cut short keeps what was read.
+    void finish();
+
+    const std::vector<GuideChannel> &channels() const { return m_channels; }
+    // The kept programmes by channel id, each channel's in the order read.
+    const QHash<QString, std::vector<ReadProgramme>> &programmes() const { return m_programmes; }
+    // The titles programmes point into.
+    const QStringList &titles() const { return m_titles; }
+    qint64 programmeCount() const { return m_programmeCount; }
+    // Programmes left out because their start or stop could not be read.
+    int skippedProgrammes() const { return m_skipped; }
+    // libxml2 met something it could not read past (not XML, cut short, broken): what came
+    // before is kept. errorText says what, in libxml2's words.
+    bool hasError() const { return !m_error.isEmpty(); }
+    const QString &errorText() const { return m_error; }
+
+private:
+    struct Parser;
+    friend struct Parser;
+
+    void startElement(QByteArrayView name, const char **attributes, int count);
+    void endElement(QByteArrayView name);
+    void text(QByteArrayView bytes);
+    void endProgramme();
+    quint32 intern(const QString &title);
+
+    Options m_options;
+    std::unique_ptr<Parser> m_parser;
+    std::vector<GuideChannel> m_channels;
+    QHash<QString, std::vector<ReadProgramme>> m_programmes;
+    QStringList m_titles;
+    QHash<QString, quint32> m_titleIndex;
+    std::optional<QSet<QString>> m_wanted;
+    qint64 m_programmeCount = 0;
+    int m_skipped = 0;
+    QString m_error;
+
+    // Where the reader is in the document.
+    enum class Place {
+        outside,
+        channel,
+        displayName,
+        programme,
+        title,
+    };
+    Place m_place = Place::outside;
+    QByteArray m_text;
+    GuideChannel m_channel;
+    QByteArray m_start;
+    QByteArray m_stop;
+    QString m_programmeChannel;
+    std::optional<QString> m_title;
+    int m_skipDepth = 0; // elements inside a programme or channel that are not read
+};

@@ -1,0 +1,189 @@
+// XMLTV guides read as their bytes come: channels, programmes and titles, and the real world's
+// damage (cut-short files, bad entities, old encodings, long lines, no XML at all).
+#include "guide/xmltvreader.h"
+
+#include <QTest>
+
+namespace {
+const QByteArray guide
+    = "<?xml version='1.0' encoding='UTF-8'?>\n"
+      "<!DOCTYPE tv SYSTEM 'xmltv.dtd'>\n"
+      "<tv generator-info-name='test'>\n"
+      "  <channel id='bbc1.uk'>\n"
+      "    <display-name lang='en'>BBC One</display-name>\n"
+      "    <display-name>BBC 1</display-name>\n"
+      "    <icon src='http://example.com/bbc1.png'/>\n"
+      "  </channel>\n"
+      "  <channel id='arte.fr'><display-name>Arte</display-name></channel>\n"
+      "  <programme start='20241125180000 +0000' stop='20241125190000 +0000' channel='bbc1.uk'>\n"
+      "    <title lang='en'>News &amp; Weather</title>\n"
+      "    <title lang='fr'>Informations</title>\n"
+      "    <desc>The news of the day.</desc>\n"
+      "  </programme>\n"
+      "  <programme start='20241125190000 +0000' channel='bbc1.uk'>\n"
+      "    <title><![CDATA[Quiz <Night>]]></title>\n"
+      "  </programme>\n"
+      "  <programme start='yesterday' stop='20241125190000 +0000' channel='arte.fr'>\n"
+      "    <title>Unreadable start</title>\n"
+      "  </programme>\n"
+      "  <programme start='20241125200000 +0100' stop='20241125210000 +0100' channel='arte.fr'>\n"
+      "    <title>Documentaire</title>\n"
+      "  </programme>\n"
+      "  <programme start='20241125200000 +0000' stop='20241125210000 +0000' channel='nowhere'>\n"
+      "    <title>News &amp; Weather</title>\n"
+      "  </programme>\n"
+      "</tv>\n";
+
+QString title(const XmltvReader &reader, const QString &channel, int index)
+{
+    return reader.titles().at(int(reader.programmes().value(channel).at(index).title));
+}
+} // namespace
+
+class TestXmltvReader : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aGuideIsReadWhateverItsChunks_data()
+    {
+        QTest::addColumn<int>("chunk");
+        for (const int chunk : {1, 3, 64, 1 << 20})
+            QTest::addRow("%d", chunk) << chunk;
+    }
+
+    void aGuideIsReadWhateverItsChunks()
+    {
+        QFETCH(int, chunk);
+        XmltvReader reader;
+        for (qsizetype at = 0; at < guide.size(); at += chunk)
+            reader.feed(
+                QByteArrayView(guide).sliced(at, std::min<qsizetype>(chunk, guide.size() - at)));
+        reader.finish();
+        QVERIFY2(!reader.hasError(), qPrintable(reader.errorText()));
+        QCOMPARE(reader.channels().size(), size_t(2));
+        QCOMPARE(reader.channels()[0],
+                 (GuideChannel {QStringLiteral("bbc1.uk"), {"BBC One", "BBC 1"}}));
+        QCOMPARE(reader.channels()[1].displayNames, QStringList {"Arte"});
+        // The first title, entities and CDATA decoded; a missing stop stays missing here.
+        QCOMPARE(reader.programmes().value("bbc1.uk").size(), size_t(2));
+        QCOMPARE(title(reader, "bbc1.uk", 0), QStringLiteral("News & Weather"));
+        QCOMPARE(title(reader, "bbc1.uk", 1), QStringLiteral("Quiz <Night>"));
+        QVERIFY(!reader.programmes().value("bbc1.uk").at(1).stop);
+        // Read in UTC: 20:00 at +0100 is 19:00.
+        const ReadProgramme documentary = reader.programmes().value("arte.fr").at(0);
+        QCOMPARE(documentary.start, qint64(1732561200));
+        QCOMPARE(reader.skippedProgrammes(), 1);
+        // A channel the guide does not list still has its programmes read.
+        QCOMPARE(reader.programmes().value("nowhere").size(), size_t(1));
+        // One title kept once.
+        QCOMPARE(reader.titles().count(QStringLiteral("News & Weather")), 1);
+        QCOMPARE(reader.programmeCount(), 4);
+    }
+
+    void onlyTheChannelsAskedForAndTheWindowAreKept()
+    {
+        XmltvReader::Options options;
+        std::vector<GuideChannel> seen;
+        options.wantedChannels = [&](const std::vector<GuideChannel> &channels) {
+            seen = channels;
+            return QSet<QString> {QStringLiteral("bbc1.uk")};
+        };
+        // 18:30 to 19:30: the first programme stops inside it; the second has no stop and
+        // starts inside it.
+        options.keepFrom = 1732559400;
+        options.keepUntil = 1732563000;
+        XmltvReader reader(std::move(options));
+        reader.feed(guide);
+        reader.finish();
+        QCOMPARE(seen.size(), size_t(2));
+        QCOMPARE(reader.programmes().keys(), QStringList {"bbc1.uk"});
+        QCOMPARE(reader.programmes().value("bbc1.uk").size(), size_t(2));
+    }
+
+    void oldEncodingsDeclaredInTheProlog_data()
+    {
+        QTest::addColumn<QByteArray>("encoding");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("Latin-1") << QByteArray("ISO-8859-1")
+                                 << QByteArray("T\xe9l\xe9 Qu\xe9"
+                                               "bec")
+                                 << QStringLiteral("Télé Québec");
+        QTest::newRow("Windows-1252")
+            << QByteArray("windows-1252") << QByteArray("\x93Quoted\x94 \x80 5")
+            << QStringLiteral("“Quoted” € 5");
+    }
+
+    void oldEncodingsDeclaredInTheProlog()
+    {
+        QFETCH(QByteArray, encoding);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, expected);
+        const QByteArray document = "<?xml version=\"1.0\" encoding=\"" + encoding
+            + "\"?>\n<tv>"
+              "<channel id=\"x\"><display-name>"
+            + bytes + "</display-name></channel></tv>";
+        XmltvReader reader;
+        reader.feed(document);
+        reader.finish();
+        QVERIFY2(!reader.hasError(), qPrintable(reader.errorText()));
+        QCOMPARE(reader.channels().at(0).displayNames, QStringList {expected});
+    }
+
+    void aCutShortGuideKeepsWhatCame()
+    {
+        const qsizetype cut = guide.indexOf("<programme start='20241125200000 +0100'") + 30;
+        XmltvReader reader;
+        reader.feed(QByteArrayView(guide).first(cut));
+        reader.finish();
+        QVERIFY(reader.hasError());
+        QCOMPARE(reader.channels().size(), size_t(2));
+        QCOMPARE(reader.programmes().value("bbc1.uk").size(), size_t(2));
+        QVERIFY(!reader.programmes().contains("arte.fr"));
+    }
+
+    void aBadEntityIsPassedOver()
+    {
+        XmltvReader reader;
+        reader.feed("<tv><channel id=\"a\"><display-name>Fish &chips; Co</display-name></channel>"
+                    "<programme start=\"20241125180000\" stop=\"20241125190000\" channel=\"a\">"
+                    "<title>After &nbsp; it</title></programme></tv>");
+        reader.finish();
+        QCOMPARE(reader.channels().size(), size_t(1));
+        QCOMPARE(reader.programmes().value("a").size(), size_t(1));
+    }
+
+    void aVeryLongLineIsRead()
+    {
+        QByteArray line = "<tv>";
+        for (int i = 0; i < 15000; ++i)
+            line += "<programme start=\"20241125180000\" stop=\"20241125190000\" channel=\"c"
+                + QByteArray::number(i % 50) + "\"><title>Programme number " + QByteArray::number(i)
+                + "</title></programme>";
+        line += "</tv>";
+        QVERIFY(line.size() > 1'500'000 && !line.contains('\n'));
+        XmltvReader reader;
+        reader.feed(line);
+        reader.finish();
+        QVERIFY2(!reader.hasError(), qPrintable(reader.errorText()));
+        QCOMPARE(reader.programmeCount(), 15000);
+    }
+
+    void somethingThatIsNotXmlIsAnError()
+    {
+        for (const QByteArray &bytes :
+             {QByteArray("#EXTM3U\n#EXTINF:-1,Not a guide\nhttp://example.com/\n"),
+              QByteArray("\x89PNG\r\n\x1a\n\0\0\0", 11), QByteArray()}) {
+            XmltvReader reader;
+            reader.feed(bytes);
+            reader.finish();
+            QVERIFY(reader.hasError());
+            QVERIFY(reader.channels().empty());
+            QCOMPARE(reader.programmeCount(), 0);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestXmltvReader)
+#include "tst_xmltvreader.moc"

@@ -12,7 +12,7 @@
 #include <QScreen>
 #include <QTest>
 
-class TestWindowWithoutAspectHint : public QObject
+class TestWaylandResize : public QObject
 {
     Q_OBJECT
 
@@ -86,8 +86,8 @@ int main(int argc, char *argv[])
     if (!compositor.start({1600, 1000}))
         return 1;
     QApplication application(argc, argv);
-    TestWindowWithoutAspectHint test;
+    TestWaylandResize test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "tst_windowwithoutaspecthint.moc"
+#include "tst_waylandresize.moc"

@@ -85,18 +85,4 @@ std::optional<qint64> parse(QByteArrayView text)
     return local - zoneSeconds;
 }
 
-std::optional<double> parseShift(QStringView text)
-{
-    bool ok = false;
-    const double hours = text.trimmed().toDouble(&ok);
-    if (!ok || !std::isfinite(hours) || hours < -12 || hours > 14)
-        return std::nullopt;
-    return hours;
-}
-
-qint64 shiftSeconds(double hours)
-{
-    return qint64(std::llround(hours * 3600));
-}
-
 } // namespace XmltvTime

@@ -30,6 +30,7 @@ PlaylistLoadResult loadPlaylist(const QByteArray &bytes, const QUrl &baseURL,
         result.error = playlistErrorDescription(PlaylistError::empty);
         return result;
     }
+    result.header = PlaylistHeader::read(QByteArrayView(bytes), baseURL);
     result.index = ChannelIndex::build(result.entries, stop);
     if (!result.index)
         return PlaylistLoadResult::failure(playlistLoadStoppedDescription());

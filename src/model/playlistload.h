@@ -3,6 +3,7 @@
 // Pure and thread-safe, so that large playlists can be read off the main thread.
 #include "sources/channelindex.h"
 #include "sources/playlistentry.h"
+#include "sources/playlistheader.h"
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -17,8 +18,9 @@ struct PlaylistLoadResult
     // The entries prepared for the channel search and menus; null on error. Built with the
     // parse, so that the interface thread never walks the whole list.
     std::shared_ptr<const ChannelIndex> index;
+    PlaylistHeader header; // the guides and shift its first line names
 
-    static PlaylistLoadResult failure(QString error) { return {{}, std::move(error), nullptr}; }
+    static PlaylistLoadResult failure(QString error) { return {{}, std::move(error), nullptr, {}}; }
 };
 
 // Twice the largest playlist we measure (200,000 channels, 63 MB) and far above real channel

@@ -38,29 +38,49 @@ PlaylistEntry::PlaylistEntry(QUuid id, QString name, const QUrl &url,
 
 PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
                                          QByteArrayView encodedLogoURL, QString groupTitle,
-                                         QString countryCode)
+                                         QString countryCode, const PlaylistGuideKeys &guideKeys)
 {
     PlaylistEntry entry = withTexts(
         id, name, encodedUrl,
-        encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL));
+        encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL),
+        guideKeys);
     entry.m_groupTitle = groupTitle.isEmpty() ? QString() : std::move(groupTitle);
     entry.m_countryCode = countryCode.isEmpty() ? QString() : std::move(countryCode);
     return entry;
 }
 
 PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayView url,
-                                       std::optional<QByteArrayView> logo)
+                                       std::optional<QByteArrayView> logo,
+                                       const PlaylistGuideKeys &guideKeys)
 {
     PlaylistEntry entry;
     entry.m_id = id;
     entry.m_nameSize = qint32(name.size());
-    const qsizetype nameBytes = name.size() * qsizetype(sizeof(char16_t));
-    entry.m_texts.resize(nameBytes + url.size() + (logo ? logo->size() : 0));
+    entry.m_tvgIdSize = qint32(guideKeys.tvgId.size());
+    QStringView ownTvgName;
+    if (guideKeys.tvgName.isEmpty()) {
+        entry.m_tvgNameSize = noTvgName;
+    } else if (guideKeys.tvgName == name) {
+        entry.m_tvgNameSize = tvgNameIsName;
+    } else {
+        ownTvgName = guideKeys.tvgName;
+        entry.m_tvgNameSize = qint32(ownTvgName.size());
+    }
+    if (guideKeys.shiftSeconds)
+        entry.m_shiftSeconds = *guideKeys.shiftSeconds;
+    const qsizetype textBytes = entry.urlAt();
+    entry.m_texts.resize(textBytes + url.size() + (logo ? logo->size() : 0));
     char *out = entry.m_texts.data();
-    std::memcpy(out, name.utf16(), size_t(nameBytes));
-    std::memcpy(out + nameBytes, url.data(), size_t(url.size()));
+    for (const QStringView text : {name, guideKeys.tvgId, ownTvgName}) {
+        const auto bytes = size_t(text.size()) * sizeof(char16_t);
+        if (bytes)
+            std::memcpy(out, text.utf16(), bytes);
+        out += bytes;
+    }
+    out = entry.m_texts.data();
+    std::memcpy(out + textBytes, url.data(), size_t(url.size()));
     if (logo) {
-        entry.m_logoAt = qint32(nameBytes + url.size());
+        entry.m_logoAt = qint32(textBytes + url.size());
         std::memcpy(out + entry.m_logoAt, logo->data(), size_t(logo->size()));
     }
     return entry;
@@ -101,6 +121,22 @@ std::optional<QString> PlaylistEntry::countryCode() const
     return absentIfNull(m_countryCode);
 }
 
+QStringView PlaylistEntry::tvgName() const
+{
+    if (m_tvgNameSize == tvgNameIsName)
+        return nameView();
+    if (m_tvgNameSize == noTvgName)
+        return {};
+    return textAt(qsizetype(m_nameSize) + m_tvgIdSize, m_tvgNameSize);
+}
+
+std::optional<qint32> PlaylistEntry::tvgShiftSeconds() const
+{
+    if (m_shiftSeconds == noShift)
+        return std::nullopt;
+    return m_shiftSeconds;
+}
+
 const StreamHeaders &PlaylistEntry::headers() const
 {
     static const StreamHeaders none;
@@ -119,6 +155,9 @@ size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
     seed = combine(seed, entry.m_texts);
     seed = combine(seed, entry.m_nameSize);
     seed = combine(seed, entry.m_logoAt);
+    seed = combine(seed, entry.m_tvgIdSize);
+    seed = combine(seed, entry.m_tvgNameSize);
+    seed = combine(seed, entry.m_shiftSeconds);
     for (const QString *text : {&entry.m_groupTitle, &entry.m_countryCode}) {
         seed = combine(seed, !text->isNull());
         if (!text->isNull())

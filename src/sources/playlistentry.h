@@ -12,8 +12,19 @@
 #include <QUrl>
 #include <QUuid>
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <optional>
+
+// What ties an entry to a programme guide's channel, as its #EXTINF line gives it: tvg-id,
+// tvg-name (empty views when absent) and tvg-shift in seconds.
+struct PlaylistGuideKeys
+{
+    QStringView tvgId;
+    QStringView tvgName;
+    std::optional<qint32> shiftSeconds;
+};
 
 class PlaylistEntry
 {
@@ -27,7 +38,7 @@ public:
     // logo address is none.
     static PlaylistEntry fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
                                      QByteArrayView encodedLogoURL, QString groupTitle,
-                                     QString countryCode);
+                                     QString countryCode, const PlaylistGuideKeys &guideKeys = {});
 
     QUuid id() const { return m_id; }
     QString name() const { return nameView().toString(); }
@@ -40,6 +51,11 @@ public:
     std::optional<QUrl> logoURL() const;
     std::optional<QString> groupTitle() const;
     std::optional<QString> countryCode() const;
+    // The guide keys, valid while the entry is; empty views when absent.
+    QStringView tvgId() const { return textAt(m_nameSize, m_tvgIdSize); }
+    QStringView tvgName() const;
+    // The entry's own tvg-shift in seconds; nothing when the playlist's applies.
+    std::optional<qint32> tvgShiftSeconds() const;
     // Not one of the compared fields: two entries that differ only here are equal.
     const StreamHeaders &headers() const;
     void setHeaders(std::shared_ptr<const StreamHeaders> headers);
@@ -52,24 +68,43 @@ public:
     friend bool operator==(const PlaylistEntry &a, const PlaylistEntry &b)
     {
         return a.m_id == b.m_id && a.m_nameSize == b.m_nameSize && a.m_logoAt == b.m_logoAt
-            && a.m_texts == b.m_texts && a.m_groupTitle == b.m_groupTitle
+            && a.m_tvgIdSize == b.m_tvgIdSize && a.m_tvgNameSize == b.m_tvgNameSize
+            && a.m_shiftSeconds == b.m_shiftSeconds && a.m_texts == b.m_texts
+            && a.m_groupTitle == b.m_groupTitle
             && a.m_countryCode == b.m_countryCode;
     }
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
 
 private:
     static PlaylistEntry withTexts(QUuid id, QStringView name, QByteArrayView url,
-                                   std::optional<QByteArrayView> logo);
-    qsizetype urlAt() const { return m_nameSize * qsizetype(sizeof(char16_t)); }
+                                   std::optional<QByteArrayView> logo,
+                                   const PlaylistGuideKeys &guideKeys = {});
+    // UTF-16 code units before the addresses: the name, the tvg-id and a tvg-name of its own.
+    qsizetype textUnits() const
+    {
+        return qsizetype(m_nameSize) + m_tvgIdSize + std::max<qint32>(m_tvgNameSize, 0);
+    }
+    qsizetype urlAt() const { return textUnits() * qsizetype(sizeof(char16_t)); }
+    QStringView textAt(qsizetype at, qsizetype size) const
+    {
+        return QStringView(reinterpret_cast<const char16_t *>(m_texts.constData()) + at, size);
+    }
 
     // Absent optional values are null (never empty) strings: the parser only keeps non-empty
     // groups, exactly two-character countries and non-empty logo addresses.
-    // One block for the name (UTF-16) and both addresses, in that order: a huge list makes one
-    // allocation per channel instead of three.
+    // One block for the name, the tvg-id and the tvg-name (UTF-16), then both addresses, in
+    // that order: a huge list makes one allocation per channel instead of five.
     QUuid m_id;
     QByteArray m_texts;
     qint32 m_nameSize = 0; // in UTF-16 code units
     qint32 m_logoAt = -1; // where the logo address starts in m_texts; -1 for none
+    qint32 m_tvgIdSize = 0;
+    // The tvg-name's size, or one of these; most lists repeat the name there.
+    static constexpr qint32 noTvgName = -1;
+    static constexpr qint32 tvgNameIsName = -2;
+    qint32 m_tvgNameSize = noTvgName;
+    static constexpr qint32 noShift = std::numeric_limits<qint32>::min();
+    qint32 m_shiftSeconds = noShift;
     QString m_groupTitle;
     QString m_countryCode;
     // Shared: most entries have none, and those that do mostly share one set.

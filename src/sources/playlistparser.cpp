@@ -2,6 +2,7 @@
 
 #include "playlistlines.h"
 #include "urlparts.h"
+#include "tvgshift.h"
 
 #include <QHash>
 #include <QRandomGenerator>
@@ -219,6 +220,9 @@ struct PendingInfo
     QByteArray logo;
     QString group;
     QString country;
+    QString tvgId;
+    QString tvgName;
+    std::optional<qint32> shiftSeconds;
 };
 
 class Parser
@@ -238,8 +242,15 @@ public:
         m_pending = {};
         if (!title.isEmpty())
             m_pending.name = title.toString();
-        else if (std::optional<QStringView> name = attributes.value(u"tvg-name"))
-            m_pending.name = name->toString();
+        const std::optional<QStringView> tvgName = attributes.value(u"tvg-name");
+        if (tvgName) {
+            m_pending.tvgName = tvgName->toString();
+            if (title.isEmpty())
+                m_pending.name = m_pending.tvgName;
+        }
+        if (std::optional<QStringView> shift = attributes.value(u"tvg-shift")) {
+            m_pending.shiftSeconds = TvgShift::parseSeconds(*shift);
+        }
 
         if (std::optional<QStringView> logo = attributes.value(u"tvg-logo"))
             m_pending.logo = encodedAddress(*logo, nullptr).value_or(QByteArray());
@@ -252,10 +263,11 @@ public:
         std::optional<QString> code;
         if (country)
             code = PlaylistParser::normalizedCountryCode(*country);
-        if (!code) {
-            if (std::optional<QStringView> tvgID = attributes.value(u"tvg-id"))
-                code = PlaylistParser::inferredCountryCode(tvgID->toString());
-        }
+        const std::optional<QStringView> tvgID = attributes.value(u"tvg-id");
+        if (tvgID)
+            m_pending.tvgId = tvgID->toString();
+        if (!code && tvgID)
+            code = PlaylistParser::inferredCountryCode(m_pending.tvgId);
         if (code)
             m_pending.country = m_pool.intern(*code);
 
@@ -292,9 +304,10 @@ public:
         QString name = std::move(m_pending.name);
         if (name.isEmpty())
             name = nameFromAddress(*address);
-        m_entries.append(PlaylistEntry::fromEncoded(m_uuids.next(), name, *address, m_pending.logo,
-                                                    std::move(m_pending.group),
-                                                    std::move(m_pending.country)));
+        m_entries.append(PlaylistEntry::fromEncoded(
+            m_uuids.next(), name, *address, m_pending.logo, std::move(m_pending.group),
+            std::move(m_pending.country),
+            {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}));
         m_pending = {};
         if (!m_pendingHeaders.isEmpty()) {
             if (!m_lastHeaders || *m_lastHeaders != m_pendingHeaders)

@@ -58,21 +58,6 @@ private Q_SLOTS:
         else
             QCOMPARE(read, seconds);
     }
-
-    void shifts()
-    {
-        QCOMPARE(XmltvTime::parseShift(u"2"), 2.0);
-        QCOMPARE(XmltvTime::parseShift(u"-1.5"), -1.5);
-        QCOMPARE(XmltvTime::parseShift(u"+0.25"), 0.25);
-        QCOMPARE(XmltvTime::parseShift(u" 14 "), 14.0);
-        QCOMPARE(XmltvTime::parseShift(u"-12"), -12.0);
-        QVERIFY(!XmltvTime::parseShift(u"14.5"));
-        QVERIFY(!XmltvTime::parseShift(u"-13"));
-        QVERIFY(!XmltvTime::parseShift(u"two"));
-        QVERIFY(!XmltvTime::parseShift(u""));
-        QCOMPARE(XmltvTime::shiftSeconds(-1.5), qint64(-5400));
-        QCOMPARE(XmltvTime::shiftSeconds(0.25), qint64(900));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestXmltvTime)

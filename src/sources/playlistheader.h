@@ -1,0 +1,19 @@
+#pragma once
+// What a playlist's #EXTM3U line says for all its channels: the programme guides it names
+// (x-tvg-url or url-tvg, each a comma-separated list) and the tvg-shift of every entry.
+#include <QByteArrayView>
+#include <QList>
+#include <QUrl>
+#include <optional>
+
+struct PlaylistHeader
+{
+    QList<QUrl> guides; // in the order listed, relative addresses resolved, no repeats
+    std::optional<qint32> shiftSeconds;
+
+    // The header of a playlist's bytes (UTF-8 or Latin-1, a UTF-8 mark skipped); an empty
+    // header when the first line that is not blank is no #EXTM3U line.
+    static PlaylistHeader read(QByteArrayView bytes, const QUrl &baseURL);
+
+    friend bool operator==(const PlaylistHeader &, const PlaylistHeader &) = default;
+};

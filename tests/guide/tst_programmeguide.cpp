@@ -146,7 +146,8 @@ private Q_SLOTS:
                                    std::nullopt, evening);
         // Stops from 18:00 today to 20:00 the day after tomorrow, both included: P45 to P95.
         QCOMPARE(guide.programmeCount(), 51);
-        QVERIFY(nowTitle(guide, 0, evening - 3 * 3600).isEmpty());
+        QVERIFY(nowTitle(guide, 0, evening - 3 * 3600 - 1).isEmpty());
+        QCOMPARE(nowTitle(guide, 0, evening - 3 * 3600), u"P45"_s);
         QCOMPARE(nowTitle(guide, 0, evening - 2 * 3600 + 1), u"P46"_s);
         QCOMPARE(nowTitle(guide, 0, evening + 47 * 3600 + 1), u"P95"_s);
         QCOMPARE(guide.nextChange(evening + 1), evening + 3600);

@@ -55,13 +55,33 @@ GuideDecoder::~GuideDecoder() = default;
 
 QByteArray GuideDecoder::feed(QByteArrayView chunk)
 {
+    QByteArray output;
+    feed(chunk, [&output](QByteArrayView block) {
+        output.append(block);
+        return true;
+    });
+    return output;
+}
+
+QByteArray GuideDecoder::finish()
+{
+    QByteArray output;
+    finish([&output](QByteArrayView block) {
+        output.append(block);
+        return true;
+    });
+    return output;
+}
+
+bool GuideDecoder::feed(QByteArrayView chunk, const Sink &sink)
+{
     if (m_failed)
-        return {};
+        return true;
     if (m_format == Format::unknown) {
         m_head.append(chunk);
         if (m_head.size() < xzMagic.size()
             && (xzMagic.startsWith(m_head) || gzipMagic.startsWith(m_head.left(2))))
-            return {};
+            return true;
         if (m_head.startsWith(gzipMagic)) {
             m_format = Format::gzip;
             m_zlib = std::make_unique<Zlib>();
@@ -74,18 +94,18 @@ QByteArray GuideDecoder::feed(QByteArrayView chunk)
             m_format = Format::plain;
         }
         const QByteArray head = std::exchange(m_head, {});
-        return m_failed ? QByteArray() : unpack(head);
+        return m_failed || unpack(head, sink);
     }
-    return unpack(chunk);
+    return unpack(chunk, sink);
 }
 
-QByteArray GuideDecoder::finish()
+void GuideDecoder::finish(const Sink &sink)
 {
-    QByteArray rest;
     if (m_format == Format::unknown) {
         // Too short to be packed: whatever it is, it is read as it is.
         m_format = Format::plain;
-        rest = unpack(std::exchange(m_head, {}));
+        if (!unpack(std::exchange(m_head, {}), sink))
+            return;
     }
     if (m_format == Format::xz && !m_failed) {
         // Concatenated xz streams end only when told the input has.
@@ -99,33 +119,31 @@ QByteArray GuideDecoder::finish()
             const lzma_ret status = lzma_code(&stream, LZMA_FINISH);
             block.resize(outputChunk - qsizetype(stream.avail_out));
             m_unpacked += block.size();
-            rest += block;
             if (status == LZMA_STREAM_END)
                 m_ended = true;
+            if (!block.isEmpty() && !sink(block))
+                return;
             if (status != LZMA_OK)
                 break;
         }
     }
     if (m_format != Format::plain && !m_ended && !m_failed)
         m_truncated = true;
-    return rest;
 }
 
-QByteArray GuideDecoder::unpack(QByteArrayView chunk)
+bool GuideDecoder::unpack(QByteArrayView chunk, const Sink &sink)
 {
     if (m_format == Format::plain) {
         m_unpacked += chunk.size();
-        return chunk.toByteArray();
+        return chunk.isEmpty() || sink(chunk);
     }
-    QByteArray output;
+    QByteArray output(outputChunk, Qt::Uninitialized);
     const auto *input = reinterpret_cast<const uint8_t *>(chunk.data());
     std::size_t left = std::size_t(chunk.size());
     // A full output block may leave more unpacked output behind, even with no input left.
     bool more = left > 0;
     while (more && !m_failed) {
-        const qsizetype before = output.size();
-        output.resize(before + outputChunk);
-        auto *space = reinterpret_cast<uint8_t *>(output.data() + before);
+        auto *space = reinterpret_cast<uint8_t *>(output.data());
         std::size_t produced = 0;
         std::size_t consumed = 0;
         if (m_format == Format::gzip) {
@@ -163,13 +181,14 @@ QByteArray GuideDecoder::unpack(QByteArrayView chunk)
             else if (status != LZMA_OK && status != LZMA_BUF_ERROR)
                 m_failed = true;
         }
-        output.resize(before + qsizetype(produced));
         input += consumed;
         left -= consumed;
+        m_unpacked += qint64(produced);
+        if (produced > 0 && !sink(QByteArrayView(output.constData(), qsizetype(produced))))
+            return false;
         more = left > 0 || produced == std::size_t(outputChunk);
         if (consumed == 0 && produced == 0)
             break; // nothing moves: the rest waits for more input
     }
-    m_unpacked += output.size();
-    return output;
+    return true;
 }

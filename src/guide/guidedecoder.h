@@ -3,6 +3,7 @@
 // or plain text passed through. Holds only what one chunk unpacks to.
 #include <QByteArray>
 #include <QByteArrayView>
+#include <functional>
 #include <memory>
 
 class GuideDecoder
@@ -20,10 +21,19 @@ public:
     GuideDecoder(const GuideDecoder &) = delete;
     GuideDecoder &operator=(const GuideDecoder &) = delete;
 
-    // The unpacked bytes of the next chunk (may be empty while a format is being told or a
-    // packed block is incomplete). After an error nothing more comes.
+    // Takes each unpacked block (at most 256 KB) as it is made; false stops the unpacking.
+    using Sink = std::function<bool(QByteArrayView block)>;
+
+    // Unpacks the next chunk into sink, a block at a time, so that a small chunk that unpacks
+    // to a lot is never held whole. False when sink stopped it. After an error nothing more
+    // comes.
+    bool feed(QByteArrayView chunk, const Sink &sink);
+    // The end of the input: what is left over goes to sink.
+    void finish(const Sink &sink);
+
+    // The same, collected: the unpacked bytes of the next chunk (may be empty while a format is
+    // being told or a packed block is incomplete), and what is left at the end.
     QByteArray feed(QByteArrayView chunk);
-    // The end of the input: what is left over.
     QByteArray finish();
 
     Format format() const { return m_format; }
@@ -36,7 +46,7 @@ public:
 private:
     struct Zlib;
     struct Xz;
-    QByteArray unpack(QByteArrayView chunk);
+    bool unpack(QByteArrayView chunk, const Sink &sink);
 
     Format m_format = Format::unknown;
     QByteArray m_head; // bytes held until the format is told

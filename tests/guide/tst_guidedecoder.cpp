@@ -120,6 +120,34 @@ private Q_SLOTS:
         GuideDecoder empty;
         QVERIFY(unpackInChunks(empty, {}, 1).isEmpty());
     }
+
+    // 64 MB of spaces pack into about 64 KB of gzip (and far less xz): handed over whole, one
+    // chunk would unpack into 64 MB at once.
+    void aSmallChunkThatUnpacksToMuchComesInBlocks_data()
+    {
+        QTest::addColumn<QString>("tool");
+        QTest::newRow("gzip") << QStringLiteral("gzip");
+        QTest::newRow("xz") << QStringLiteral("xz");
+    }
+    void aSmallChunkThatUnpacksToMuchComesInBlocks()
+    {
+        QFETCH(QString, tool);
+        const QByteArray bomb = packed(tool, QByteArray(64 << 20, ' '));
+        QVERIFY(bomb.size() < 1 << 20);
+        GuideDecoder decoder;
+        qsizetype largest = 0;
+        qint64 taken = 0;
+        // The sink stops the unpacking after 8 MB.
+        const bool finished = decoder.feed(bomb, [&](QByteArrayView block) {
+            largest = std::max(largest, block.size());
+            taken += block.size();
+            return taken < (8 << 20);
+        });
+        QVERIFY(!finished);
+        QVERIFY2(largest <= 256 * 1024, qPrintable(QString::number(largest)));
+        QVERIFY(taken >= 8 << 20);
+        QVERIFY(taken < 9 << 20);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestGuideDecoder)

@@ -6,6 +6,7 @@
 
 #include "guidechannels.h"
 #include "guideschedule.h"
+#include "xmltvreader.h"
 
 #include <QHash>
 #include <QList>
@@ -13,14 +14,6 @@
 #include <QStringList>
 #include <optional>
 #include <vector>
-
-// One guide as read.
-struct GuideRead
-{
-    std::vector<GuideChannel> channels;
-    QHash<QString, std::vector<ReadProgramme>> programmes; // by channel id, in the order read
-    QStringList titles; // what the programmes' title indices point into
-};
 
 class ProgrammeGuide
 {

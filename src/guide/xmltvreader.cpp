@@ -255,3 +255,9 @@ quint32 XmltvReader::intern(const QString &title)
     m_titleIndex.insert(title, index);
     return index;
 }
+
+GuideRead XmltvReader::take()
+{
+    m_titleIndex.clear();
+    return {std::move(m_channels), std::move(m_programmes), std::move(m_titles)};
+}

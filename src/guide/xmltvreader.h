@@ -14,6 +14,14 @@
 #include <memory>
 #include <vector>
 
+// One guide as read.
+struct GuideRead
+{
+    std::vector<GuideChannel> channels;
+    QHash<QString, std::vector<ReadProgramme>> programmes; // by channel id, in the order read
+    QStringList titles; // what the programmes' title indices point into
+};
+
 class XmltvReader
 {
 public:
@@ -42,6 +50,8 @@ public:
     const QHash<QString, std::vector<ReadProgramme>> &programmes() const { return m_programmes; }
     // The titles programmes point into.
     const QStringList &titles() const { return m_titles; }
+    // Everything read, moved out; the reader is spent.
+    GuideRead take();
     qint64 programmeCount() const { return m_programmeCount; }
     // Programmes left out because their start or stop could not be read.
     int skippedProgrammes() const { return m_skipped; }

@@ -4,9 +4,10 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 
-namespace {
-
-const QString timedOut = QStringLiteral("The request timed out.");
+QString downloadTimedOutDescription()
+{
+    return QStringLiteral("The request timed out.");
+}
 
 QString networkErrorDescription(QNetworkReply::NetworkError error, const QString &fallback)
 {
@@ -17,7 +18,7 @@ QString networkErrorDescription(QNetworkReply::NetworkError error, const QString
         return QStringLiteral("A server with the specified hostname could not be found.");
     case QNetworkReply::TimeoutError:
     case QNetworkReply::OperationCanceledError:
-        return timedOut;
+        return downloadTimedOutDescription();
     case QNetworkReply::RemoteHostClosedError:
         return QStringLiteral("The network connection was lost.");
     case QNetworkReply::TooManyRedirectsError:
@@ -35,7 +36,16 @@ QString networkErrorDescription(QNetworkReply::NetworkError error, const QString
     }
 }
 
-} // namespace
+QNetworkRequest downloadRequest(const QUrl &url)
+{
+    QNetworkRequest request(url);
+    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute,
+                         QNetworkRequest::PreferNetwork);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::NoLessSafeRedirectPolicy);
+    request.setMaximumRedirectsAllowed(10);
+    return request;
+}
 
 PlaylistDownload::PlaylistDownload(QNetworkAccessManager &network, const QUrl &url,
                                    const PlaylistDownloadLimits &limits, Completion completion,
@@ -44,17 +54,11 @@ PlaylistDownload::PlaylistDownload(QNetworkAccessManager &network, const QUrl &u
     , m_limits(limits)
     , m_completion(std::move(completion))
 {
-    QNetworkRequest request(url);
-    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute,
-                         QNetworkRequest::PreferNetwork);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(10);
-    m_reply = network.get(request);
+    m_reply = network.get(downloadRequest(url));
 
     m_idleTimer.setSingleShot(true);
     // A server that stops sending, before or after its headers, times out like a silent one.
-    connect(&m_idleTimer, &QTimer::timeout, this, [this] { fail(timedOut); });
+    connect(&m_idleTimer, &QTimer::timeout, this, [this] { fail(downloadTimedOutDescription()); });
     m_idleTimer.start(m_limits.idleTimeoutMs);
 
     connect(m_reply, &QNetworkReply::metaDataChanged, this, [this] {

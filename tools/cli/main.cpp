@@ -1,6 +1,7 @@
 // lumo-cli: diagnostics for what the player makes of an address or a playlist.
 
 #include "classifycommand.h"
+#include "guidecommand.h"
 #include "pagecommand.h"
 #include "parsecommand.h"
 
@@ -13,7 +14,8 @@ namespace {
 constexpr const char *usage = "usage:\n"
                               "  lumo-cli classify TEXT\n"
                               "  lumo-cli parse-m3u FILE [--base ADDRESS] [--count]\n"
-                              "  lumo-cli page ADDRESS [--origin ORIGIN]\n";
+                              "  lumo-cli page ADDRESS [--origin ORIGIN]\n"
+                              "  lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601\n";
 
 } // namespace
 
@@ -37,6 +39,8 @@ int main(int argc, char *argv[])
     }
     if (command == u"parse-m3u")
         return runParseCommand(arguments.mid(1));
+    if (command == u"guide")
+        return runGuideCommand(arguments.mid(1));
     if (command == u"page")
         return runPageCommand(arguments.mid(1));
     std::fputs(usage, stderr);

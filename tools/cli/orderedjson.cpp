@@ -3,16 +3,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-namespace {
-
-// QJsonDocument writes only arrays and objects; a one-element array gives a value's text.
 QByteArray valueJson(const QJsonValue &value)
 {
+    // QJsonDocument writes only arrays and objects; a one-element array gives a value's text.
     const QByteArray array = QJsonDocument(QJsonArray {value}).toJson(QJsonDocument::Compact);
     return array.mid(1, array.size() - 2);
 }
-
-} // namespace
 
 QByteArray toCompactJson(const OrderedJsonObject &object)
 {

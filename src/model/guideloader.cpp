@@ -1,0 +1,161 @@
+#include "guideloader.h"
+
+#include "guide/guidewants.h"
+
+#include <QNetworkAccessManager>
+#include <QPointer>
+#include <deque>
+#include <vector>
+
+namespace {
+// Programmes read are kept this far around the window any shift could move into view; the
+// exact window is cut once the entries' shifts are known.
+constexpr qint64 maxShiftAhead = 14 * 3600;
+constexpr qint64 maxShiftBehind = 12 * 3600;
+} // namespace
+
+// One load: its guides fetched a few at a time, then merged.
+class GuideLoad final : public QObject
+{
+public:
+    GuideLoad(QNetworkAccessManager &network, GuideLoader::Request request,
+              const GuideLoader::Limits &limits, std::function<void(GuideLoader::Result)> done,
+              QObject *parent)
+        : QObject(parent)
+        , m_network(network)
+        , m_request(std::move(request))
+        , m_limits(limits)
+        , m_done(std::move(done))
+        , m_reads(size_t(m_request.guides.size()))
+        , m_notices(size_t(m_request.guides.size()))
+        , m_fetches(size_t(m_request.guides.size()), nullptr)
+    {
+        for (qsizetype i = 0; i < m_request.guides.size(); ++i)
+            m_waiting.push_back(i);
+        startMore();
+    }
+
+private:
+    void startMore()
+    {
+        while (!m_waiting.empty() && m_running < std::max(1, m_limits.atOnce)) {
+            const qsizetype index = m_waiting.front();
+            m_waiting.pop_front();
+            ++m_running;
+            XmltvReader::Options options;
+            options.wantedChannels = [this](const std::vector<GuideChannel> &channels) {
+                if (!m_wants)
+                    m_wants = std::make_unique<GuideWants>(m_request.entries);
+                return m_wants->wanted(channels);
+            };
+            options.keepFrom = m_request.moment - ProgrammeGuide::keptBehind - maxShiftAhead;
+            options.keepUntil = m_request.moment + ProgrammeGuide::keptAhead + maxShiftBehind;
+            // The fetch never ends inside its constructor, so it is known here by then.
+            m_fetches[size_t(index)] = new GuideFetch(
+                m_network, m_request.guides[index], std::move(options), m_limits.fetch,
+                [this, index] { fetchEnded(index); }, this);
+        }
+        if (m_running == 0 && m_waiting.empty())
+            merge();
+    }
+
+    void fetchEnded(qsizetype index)
+    {
+        GuideFetch *fetch = std::exchange(m_fetches[size_t(index)], nullptr);
+        m_reads[size_t(index)] = fetch->take();
+        m_notices[size_t(index)] = fetch->notices();
+        fetch->deleteLater();
+        --m_running;
+        startMore();
+    }
+
+    void merge()
+    {
+        GuideLoader::Result result;
+        for (const QStringList &notices : m_notices)
+            result.notices += notices;
+        result.guide = std::make_shared<const ProgrammeGuide>(
+            m_reads, m_request.entries, m_request.playlistShift, m_request.moment);
+        m_reads.clear();
+        m_done(std::move(result));
+    }
+
+    QNetworkAccessManager &m_network;
+    GuideLoader::Request m_request;
+    GuideLoader::Limits m_limits;
+    std::function<void(GuideLoader::Result)> m_done;
+    std::deque<qsizetype> m_waiting;
+    int m_running = 0;
+    std::vector<GuideRead> m_reads;
+    std::vector<QStringList> m_notices;
+    std::unique_ptr<GuideWants> m_wants;
+    std::vector<GuideFetch *> m_fetches; // by guide, while it is fetched
+};
+
+// Owns the network access of the loader's thread and the load under way there.
+class GuideLoader::Worker final : public QObject
+{
+public:
+    void start(GuideLoader::Request request, const GuideLoader::Limits &limits,
+               std::function<void(GuideLoader::Result)> done)
+    {
+        stop();
+        if (!m_network)
+            m_network = new QNetworkAccessManager(this);
+        m_load = new GuideLoad(*m_network, std::move(request), limits, std::move(done), this);
+    }
+
+    void stop()
+    {
+        delete m_load;
+        m_load = nullptr;
+    }
+
+private:
+    QNetworkAccessManager *m_network = nullptr; // made on this thread
+    QPointer<GuideLoad> m_load;
+};
+
+GuideLoader::GuideLoader()
+    : m_current(std::make_shared<std::atomic<quint64>>(0))
+{
+    m_thread.setObjectName(QStringLiteral("guide loader"));
+    m_worker = new Worker;
+    m_worker->moveToThread(&m_thread);
+    connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+    m_thread.start(QThread::LowPriority);
+}
+
+GuideLoader::~GuideLoader()
+{
+    m_current->fetch_add(1);
+    QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->stop(); });
+    m_thread.quit();
+    m_thread.wait();
+}
+
+void GuideLoader::load(Request request, QObject *context, Done done)
+{
+    const quint64 generation = m_current->fetch_add(1) + 1;
+    QPointer<QObject> target(context);
+    auto deliver = [current = m_current, generation, target,
+                    done = std::move(done)](GuideLoader::Result result) {
+        if (!target)
+            return;
+        QMetaObject::invokeMethod(target.data(), [current, generation, done,
+                                                  result = std::move(result)] {
+            if (current->load() == generation)
+                done(result);
+        });
+    };
+    QMetaObject::invokeMethod(m_worker, [worker = m_worker, request = std::move(request),
+                                         limits = m_limits, deliver = std::move(deliver)]() mutable {
+        worker->start(std::move(request), limits, std::move(deliver));
+    });
+}
+
+void GuideLoader::cancel()
+{
+    m_current->fetch_add(1);
+    QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->stop(); });
+}

@@ -1,0 +1,258 @@
+// Guides loaded for a playlist from files and a real local HTTP server, and the bad ones: cut
+// short, packed bombs, not XML, silent servers, missing files; each ends in a notice with what
+// could be read kept.
+#include "httpserver/localhttpserver.h"
+#include "model/guideloader.h"
+#include "sources/playlistparser.h"
+
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// 2026-11-25 20:00:00 UTC
+constexpr qint64 evening = 1795636800;
+
+QByteArray packed(const QString &tool, const QByteArray &input)
+{
+    QProcess process;
+    process.start(tool, {u"-c"_s});
+    process.waitForStarted();
+    process.write(input);
+    process.closeWriteChannel();
+    process.waitForFinished(60000);
+    return process.readAllStandardOutput();
+}
+
+// A guide of one channel with hour-long programmes from 18:00 to 23:00, titled prefix + hour.
+QByteArray guide(const QByteArray &channel, const QByteArray &prefix)
+{
+    QByteArray xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<tv>\n<channel id=\"" + channel
+        + "\"><display-name>" + channel + "</display-name></channel>\n";
+    for (int hour = 18; hour < 23; ++hour) {
+        xml += "<programme channel=\"" + channel + "\" start=\"20261125" + QByteArray::number(hour)
+            + "0000 +0000\" stop=\"20261125" + QByteArray::number(hour + 1)
+            + "0000 +0000\"><title>" + prefix + QByteArray::number(hour)
+            + "</title></programme>\n";
+    }
+    return xml + "</tv>\n";
+}
+
+const QList<PlaylistEntry> &entries()
+{
+    static const QList<PlaylistEntry> list = PlaylistParser::parse(
+        QByteArrayView("#EXTM3U\n#EXTINF:-1 tvg-id=\"one\",One\nhttp://h/1\n"
+                       "#EXTINF:-1 tvg-id=\"two\",Two\nhttp://h/2\n"),
+        QUrl(u"http://lists.example/tv.m3u"_s));
+    return list;
+}
+
+QString nowTitle(const GuideLoader::Result &result, qsizetype entry)
+{
+    const ProgrammeGuide::NowNext found = result.guide->at(entry, evening + 60);
+    return found.now ? found.now->title : QString();
+}
+
+} // namespace
+
+class TestGuideLoader : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Loads guides with the loader and waits for the result.
+    GuideLoader::Result load(const QList<QUrl> &guides, const GuideLoader::Limits &limits = {})
+    {
+        GuideLoader loader;
+        loader.setLimits(limits);
+        std::optional<GuideLoader::Result> result;
+        loader.load({guides, entries(), std::nullopt, evening}, this,
+                    [&result](const GuideLoader::Result &loaded) { result = loaded; });
+        if (!QTest::qWaitFor([&] { return result.has_value(); }, 60000))
+            qFatal("the guides did not load");
+        return *result;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        QVERIFY(m_server.listen());
+    }
+
+    void guidesOverHttpPackedOrNotAreMergedInOrder()
+    {
+        m_server.route(u"/one.xml.gz"_s,
+                       HttpResponse::text(packed(u"gzip"_s, guide("one", "A")), "text/plain"));
+        // Named as gzip, packed as xz: the bytes tell.
+        m_server.route(u"/two.gz"_s,
+                       HttpResponse::text(packed(u"xz"_s, guide("two", "B")), "text/plain"));
+        m_server.route(u"/both.xml"_s, HttpResponse::text(guide("one", "C") + "", "text/xml"));
+        const GuideLoader::Result result
+            = load({m_server.url(u"/one.xml.gz"_s), m_server.url(u"/two.gz"_s),
+                    m_server.url(u"/both.xml"_s)});
+        QVERIFY2(result.notices.isEmpty(), qPrintable(result.notices.join(u'\n')));
+        QCOMPARE(nowTitle(result, 0), u"A20"_s); // the first guide wins for one start
+        QCOMPARE(nowTitle(result, 1), u"B20"_s);
+        QCOMPARE(result.guide->matchedEntries(), 2);
+    }
+
+    void aGzipBombIsReadUpToTheLimit()
+    {
+        // The channel and two programmes, then 64 MB of spaces: about 64 KB packed.
+        QByteArray xml = guide("one", "A");
+        xml.chop(QByteArray("</tv>\n").size());
+        xml += QByteArray(64 << 20, ' ') + "</tv>\n";
+        const QByteArray bomb = packed(u"gzip"_s, xml);
+        QVERIFY(bomb.size() < 200 * 1024);
+        m_server.route(u"/bomb.xml.gz"_s, HttpResponse::text(bomb, "application/gzip"));
+        GuideLoader::Limits limits;
+        limits.fetch.maxUnpackedBytes = 8 << 20;
+        const GuideLoader::Result result = load({m_server.url(u"/bomb.xml.gz"_s)}, limits);
+        QCOMPARE(result.notices,
+                 QStringList {u"The programme guide “bomb.xml.gz” is larger than 8 MB unpacked: "
+                              "only its first 8 MB are used."_s});
+        QCOMPARE(nowTitle(result, 0), u"A20"_s);
+    }
+
+    void aGuideCutShortKeepsWhatCame()
+    {
+        const QByteArray whole = packed(u"gzip"_s, guide("one", "A"));
+        const QString path = m_dir.filePath(u"cut.xml.gz"_s);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(whole.first(whole.size() - 12)); // the trailer and a little more
+        file.close();
+        const GuideLoader::Result result = load({QUrl::fromLocalFile(path)});
+        QCOMPARE(result.notices,
+                 QStringList {u"The programme guide “cut.xml.gz” is damaged or cut short: what "
+                              "could be read of it is used."_s});
+        QCOMPARE(nowTitle(result, 0), u"A20"_s);
+    }
+
+    void somethingElseIsNoGuide()
+    {
+        m_server.route(u"/page.html"_s, HttpResponse::text("\x89PNG\r\n\x1a\n\x00\x01 binary"));
+        m_server.route(u"/gone.xml"_s, HttpResponse::notFound());
+        m_server.route(u"/other.xml"_s, HttpResponse::text(guide("two", "B")));
+        const GuideLoader::Result result
+            = load({m_server.url(u"/page.html"_s), m_server.url(u"/gone.xml"_s),
+                    QUrl::fromLocalFile(m_dir.filePath(u"missing.xml"_s)),
+                    QUrl(u"ftp://example.com/g.xml"_s), m_server.url(u"/other.xml"_s)});
+        QCOMPARE(result.notices,
+                 (QStringList {
+                     u"The file “page.html” isn’t a programme guide (XMLTV)."_s,
+                     u"The programme guide “gone.xml” couldn’t be loaded. The server returned "
+                     "an error (404)."_s,
+                     u"The programme guide “missing.xml” couldn’t be loaded. There is no such "
+                     "file."_s,
+                     u"The programme guide “g.xml” couldn’t be loaded. Only http and https "
+                     "addresses can be downloaded."_s,
+                 }));
+        // The good guide among them still counts.
+        QCOMPARE(nowTitle(result, 1), u"B20"_s);
+    }
+
+    void aServerThatNeverAnswersTimesOut()
+    {
+        HttpResponse silent;
+        silent.neverAnswer = true;
+        m_server.route(u"/silent.xml"_s, silent);
+        m_server.route(u"/fine.xml"_s, HttpResponse::text(guide("one", "A")));
+        GuideLoader::Limits limits;
+        limits.fetch.idleTimeoutMs = 400;
+        const GuideLoader::Result result
+            = load({m_server.url(u"/silent.xml"_s), m_server.url(u"/fine.xml"_s)}, limits);
+        QCOMPARE(result.notices,
+                 QStringList {u"The programme guide “silent.xml” couldn’t be loaded. The "
+                              "request timed out."_s});
+        QCOMPARE(nowTitle(result, 0), u"A20"_s);
+    }
+
+    void aGuideThatStopsMidwayKeepsWhatCame()
+    {
+        // Sends the guide slowly and drops the connection part of the way.
+        m_server.route(u"/stall.xml"_s, [body = guide("one", "A")](const HttpRequest &) {
+            HttpResponse response;
+            response.body = body;
+            response.bytesPerSecond = 2000;
+            response.closeAfterMs = 300;
+            return response;
+        });
+        const GuideLoader::Result result = load({m_server.url(u"/stall.xml"_s)});
+        QCOMPARE(result.notices,
+                 QStringList {u"The programme guide “stall.xml” is damaged or cut short: what "
+                              "could be read of it is used."_s});
+        // The channel came before the cut, its programmes did not.
+        QCOMPARE(result.guide->matchedEntries(), 1);
+    }
+
+    void atMostFourAtOnce()
+    {
+        m_server.hold(QRegularExpression(u"^/held"_s));
+        QList<QUrl> guides;
+        for (int i = 0; i < 6; ++i) {
+            const QString path = u"/held%1.xml"_s.arg(i);
+            m_server.route(path, HttpResponse::text(guide("one", "H" + QByteArray::number(i))));
+            guides.append(m_server.url(path));
+        }
+        GuideLoader loader;
+        std::optional<GuideLoader::Result> result;
+        loader.load({guides, entries(), std::nullopt, evening}, this,
+                    [&result](const GuideLoader::Result &loaded) { result = loaded; });
+        QTRY_COMPARE(m_server.heldCount(), 4);
+        QTest::qWait(300);
+        QCOMPARE(m_server.heldCount(), 4);
+        m_server.hold(QRegularExpression());
+        QTRY_VERIFY_WITH_TIMEOUT(result.has_value(), 20000);
+        QCOMPARE(nowTitle(*result, 0), u"H020"_s);
+        for (int i = 0; i < 6; ++i)
+            QCOMPARE(m_server.requestCount(u"/held%1.xml"_s.arg(i)), 1);
+    }
+
+    void aNewerLoadReplacesTheOlder()
+    {
+        m_server.route(u"/first.xml"_s, HttpResponse::text(guide("one", "F")));
+        m_server.route(u"/second.xml"_s, HttpResponse::text(guide("one", "S")));
+        m_server.hold(QRegularExpression(u"^/first"_s));
+        GuideLoader loader;
+        int calls = 0;
+        QString title;
+        const auto done = [&](const GuideLoader::Result &loaded) {
+            ++calls;
+            title = nowTitle(loaded, 0);
+        };
+        loader.load({{m_server.url(u"/first.xml"_s)}, entries(), std::nullopt, evening}, this,
+                    done);
+        QTRY_COMPARE(m_server.heldCount(), 1);
+        loader.load({{m_server.url(u"/second.xml"_s)}, entries(), std::nullopt, evening}, this,
+                    done);
+        QTRY_COMPARE(calls, 1);
+        QCOMPARE(title, u"S20"_s);
+        m_server.hold(QRegularExpression());
+        // The first one's connection is dropped, and its result never comes.
+        QTRY_COMPARE(m_server.openConnectionCount(u"/first.xml"_s), 0);
+        QTest::qWait(200);
+        QCOMPARE(calls, 1);
+        loader.cancel();
+    }
+
+    void noGuidesGiveAnEmptyGuide()
+    {
+        const GuideLoader::Result result = load({});
+        QVERIFY(result.guide);
+        QVERIFY(result.guide->isEmpty());
+        QVERIFY(result.notices.isEmpty());
+    }
+
+private:
+    QTemporaryDir m_dir;
+    LocalHttpServer m_server;
+};
+
+QTEST_GUILESS_MAIN(TestGuideLoader)
+#include "tst_guideloader.moc"

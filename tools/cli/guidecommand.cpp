@@ -1,0 +1,158 @@
+#include "guidecommand.h"
+
+#include "model/guideloader.h"
+#include "sources/playlisterror.h"
+#include "sources/playlistheader.h"
+#include "sources/playlistparser.h"
+#include "sources/urlparts.h"
+
+#include "orderedjson.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTimeZone>
+
+#include <cstdio>
+
+namespace {
+
+constexpr const char *usage = "usage: lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601\n"
+                              "  --at takes a moment with its zone, such as "
+                              "2026-11-25T20:00:00Z or 2026-11-25T21:00:00+01:00\n";
+
+void writeErr(const QString &text)
+{
+    std::fputs(qPrintable(text + u'\n'), stderr);
+}
+
+// A moment written with its zone: "Z" or "±HH:MM". Without one it would mean a different moment
+// on every machine.
+std::optional<qint64> momentWithZone(const QString &text)
+{
+    static const QRegularExpression pattern(QStringLiteral(
+        R"(^\d{4}-\d{2}-\d{2}T\d{2}:\d{2}(:\d{2}(\.\d{1,3})?)?(Z|[+-]\d{2}:\d{2})$)"));
+    if (!pattern.match(text).hasMatch())
+        return std::nullopt;
+    const QDateTime moment = QDateTime::fromString(text, Qt::ISODateWithMs);
+    if (!moment.isValid())
+        return std::nullopt;
+    return moment.toSecsSinceEpoch();
+}
+
+QString utcText(qint64 seconds)
+{
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc())
+        .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ssZ"));
+}
+
+QByteArray programmeJson(const std::optional<ProgrammeGuide::Programme> &programme)
+{
+    if (!programme)
+        return "null";
+    return toCompactJson({
+        {QStringLiteral("title"), programme->title},
+        {QStringLiteral("start"), utcText(programme->start)},
+        {QStringLiteral("stop"), utcText(programme->stop)},
+    });
+}
+
+// A guide named on the command line: an http or https address, else a file.
+QUrl guideArgument(const QString &argument)
+{
+    if (argument.startsWith(u"http://", Qt::CaseInsensitive)
+        || argument.startsWith(u"https://", Qt::CaseInsensitive)) {
+        if (const std::optional<QUrl> url = UrlParts::parse(argument))
+            return *url;
+    }
+    return QUrl::fromLocalFile(QFileInfo(argument).absoluteFilePath());
+}
+
+} // namespace
+
+int runGuideCommand(const QStringList &arguments)
+{
+    QString playlistPath;
+    QStringList guideArguments;
+    std::optional<QString> at;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        if (arguments[i] == u"--at") {
+            if (++i >= arguments.size()) {
+                std::fputs(usage, stderr);
+                return 2;
+            }
+            at = arguments[i];
+        } else if (playlistPath.isEmpty()) {
+            playlistPath = arguments[i];
+        } else {
+            guideArguments.append(arguments[i]);
+        }
+    }
+    if (playlistPath.isEmpty() || !at) {
+        std::fputs(usage, stderr);
+        return 2;
+    }
+    const std::optional<qint64> moment = momentWithZone(*at);
+    if (!moment) {
+        writeErr(QStringLiteral("lumo-cli: --at needs a moment with its zone (Z or ±HH:MM): %1")
+                     .arg(*at));
+        std::fputs(usage, stderr);
+        return 2;
+    }
+
+    QFile file(playlistPath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        writeErr(QStringLiteral("lumo-cli: cannot read %1: %2")
+                     .arg(playlistPath, file.errorString()));
+        return 1;
+    }
+    const QByteArray bytes = file.readAll();
+    const QUrl baseURL = QUrl::fromLocalFile(QFileInfo(playlistPath).absoluteFilePath());
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(QByteArrayView(bytes), baseURL);
+    if (entries.isEmpty()) {
+        writeErr(playlistErrorDescription(PlaylistError::empty));
+        return 1;
+    }
+    const PlaylistHeader header = PlaylistHeader::read(bytes, baseURL);
+
+    GuideLoader::Request request;
+    request.entries = entries;
+    request.playlistShift = header.shiftSeconds;
+    request.moment = *moment;
+    if (guideArguments.isEmpty()) {
+        request.guides = header.guides;
+    } else {
+        for (const QString &argument : guideArguments)
+            request.guides.append(guideArgument(argument));
+    }
+
+    GuideLoader::Result result;
+    {
+        GuideLoader loader;
+        QEventLoop loop;
+        loader.load(request, &loop, [&](const GuideLoader::Result &loaded) {
+            result = loaded;
+            loop.quit();
+        });
+        loop.exec();
+    }
+    for (const QString &notice : result.notices)
+        writeErr(notice);
+
+    QByteArray out;
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        const ProgrammeGuide::NowNext found = result.guide->at(i, *moment);
+        out += "{\"name\":" + valueJson(entries[i].name()) + ",\"now\":" + programmeJson(found.now)
+            + ",\"next\":" + programmeJson(found.next) + "}\n";
+        if (out.size() > (1 << 16)) {
+            std::fwrite(out.constData(), 1, size_t(out.size()), stdout);
+            out.clear();
+        }
+    }
+    std::fwrite(out.constData(), 1, size_t(out.size()), stdout);
+    return 0;
+}

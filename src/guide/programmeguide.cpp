@@ -121,8 +121,7 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
     m_changes.erase(std::unique(m_changes.begin(), m_changes.end()), m_changes.end());
 }
 
-ProgrammeGuide::Programme ProgrammeGuide::shown(const GuideProgramme &programme,
-                                                qint32 shift) const
+ProgrammeGuide::Programme ProgrammeGuide::shown(const GuideProgramme &programme, qint32 shift) const
 {
     return {m_titles.value(qsizetype(programme.title)), programme.start + shift,
             programme.stop + shift};
@@ -130,11 +129,12 @@ ProgrammeGuide::Programme ProgrammeGuide::shown(const GuideProgramme &programme,
 
 ProgrammeGuide::NowNext ProgrammeGuide::at(qsizetype entry, qint64 moment) const
 {
-    if (entry < 0 || size_t(entry) >= m_channelOfEntry.size() || m_channelOfEntry[size_t(entry)] < 0)
+    if (entry < 0 || size_t(entry) >= m_channelOfEntry.size()
+        || m_channelOfEntry[size_t(entry)] < 0)
         return {};
     const qint32 shift = m_shiftOfEntry[size_t(entry)];
-    const GuideSchedule::NowNext found = GuideSchedule::at(
-        m_schedules[size_t(m_channelOfEntry[size_t(entry)])], moment - shift);
+    const GuideSchedule::NowNext found
+        = GuideSchedule::at(m_schedules[size_t(m_channelOfEntry[size_t(entry)])], moment - shift);
     NowNext result;
     if (found.now)
         result.now = shown(*found.now, shift);

@@ -142,16 +142,17 @@ void GuideLoader::load(Request request, QObject *context, Done done)
                     done = std::move(done)](GuideLoader::Result result) {
         if (!target)
             return;
-        QMetaObject::invokeMethod(target.data(), [current, generation, done,
-                                                  result = std::move(result)] {
-            if (current->load() == generation)
-                done(result);
-        });
+        QMetaObject::invokeMethod(target.data(),
+                                  [current, generation, done, result = std::move(result)] {
+                                      if (current->load() == generation)
+                                          done(result);
+                                  });
     };
-    QMetaObject::invokeMethod(m_worker, [worker = m_worker, request = std::move(request),
-                                         limits = m_limits, deliver = std::move(deliver)]() mutable {
-        worker->start(std::move(request), limits, std::move(deliver));
-    });
+    QMetaObject::invokeMethod(m_worker,
+                              [worker = m_worker, request = std::move(request), limits = m_limits,
+                               deliver = std::move(deliver)]() mutable {
+                                  worker->start(std::move(request), limits, std::move(deliver));
+                              });
 }
 
 void GuideLoader::cancel()

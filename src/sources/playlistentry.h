@@ -70,8 +70,7 @@ public:
         return a.m_id == b.m_id && a.m_nameSize == b.m_nameSize && a.m_logoAt == b.m_logoAt
             && a.m_tvgIdSize == b.m_tvgIdSize && a.m_tvgNameSize == b.m_tvgNameSize
             && a.m_shiftSeconds == b.m_shiftSeconds && a.m_texts == b.m_texts
-            && a.m_groupTitle == b.m_groupTitle
-            && a.m_countryCode == b.m_countryCode;
+            && a.m_groupTitle == b.m_groupTitle && a.m_countryCode == b.m_countryCode;
     }
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
 

@@ -1,8 +1,8 @@
 #include "playlistparser.h"
 
 #include "playlistlines.h"
-#include "urlparts.h"
 #include "tvgshift.h"
+#include "urlparts.h"
 
 #include <QHash>
 #include <QRandomGenerator>

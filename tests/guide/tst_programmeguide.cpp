@@ -65,14 +65,13 @@ class TestProgrammeGuide : public QObject
 private Q_SLOTS:
     void guidesAreMergedFirstGuideFirst()
     {
-        const QList<PlaylistEntry> entries = playlist(
-            "#EXTM3U\n#EXTINF:-1 tvg-id=\"news.uk\",News\nhttp://h/1\n"
-            "#EXTINF:-1 tvg-id=\"FILM.FR\",Films\nhttp://h/2\n"
-            // A tvg-id that matches nothing lets the name match.
-            "#EXTINF:-1 tvg-id=\"missing\",cine plus\nhttp://h/3\n"
-            "#EXTINF:-1,Nothing\nhttp://h/4\n");
-        const ProgrammeGuide guide({read(first), read(second)}, entries, std::nullopt,
-                                   evening);
+        const QList<PlaylistEntry> entries
+            = playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"news.uk\",News\nhttp://h/1\n"
+                       "#EXTINF:-1 tvg-id=\"FILM.FR\",Films\nhttp://h/2\n"
+                       // A tvg-id that matches nothing lets the name match.
+                       "#EXTINF:-1 tvg-id=\"missing\",cine plus\nhttp://h/3\n"
+                       "#EXTINF:-1,Nothing\nhttp://h/4\n");
+        const ProgrammeGuide guide({read(first), read(second)}, entries, std::nullopt, evening);
         QCOMPARE(guide.matchedEntries(), 3);
         const ProgrammeGuide::NowNext news = guide.at(0, evening + 600);
         QVERIFY(news.now);
@@ -137,8 +136,8 @@ private Q_SLOTS:
             const QDateTime start = from.addSecs(hour * 3600);
             xml += "<programme channel=\"c\" start=\""
                 + start.toString(u"yyyyMMddHHmmss"_s).toLatin1() + " +0000\" stop=\""
-                + start.addSecs(3600).toString(u"yyyyMMddHHmmss"_s).toLatin1()
-                + " +0000\"><title>P" + QByteArray::number(hour) + "</title></programme>";
+                + start.addSecs(3600).toString(u"yyyyMMddHHmmss"_s).toLatin1() + " +0000\"><title>P"
+                + QByteArray::number(hour) + "</title></programme>";
         }
         xml += "</tv>";
         const ProgrammeGuide guide({read(xml)},
@@ -169,14 +168,13 @@ private Q_SLOTS:
 
     void wantedChannelsAreThoseAnyRuleCouldPick()
     {
-        const GuideWants wants(
-            playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"NEWS.UK\",x\nhttp://h/1\n"
-                     "#EXTINF:-1 tvg-name=\"Sport_Eins\",y\nhttp://h/2\n"
-                     "#EXTINF:-1,cine PLUS\nhttp://h/3\n"));
+        const GuideWants wants(playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"NEWS.UK\",x\nhttp://h/1\n"
+                                        "#EXTINF:-1 tvg-name=\"Sport_Eins\",y\nhttp://h/2\n"
+                                        "#EXTINF:-1,cine PLUS\nhttp://h/3\n"));
         const GuideRead one = read(first);
         const GuideRead two = read(second);
-        QCOMPARE(wants.wanted(one.channels), (QSet<QString>{u"news.uk"_s, u"sport.de"_s}));
-        QCOMPARE(wants.wanted(two.channels), (QSet<QString>{u"news.uk"_s, u"film.fr"_s}));
+        QCOMPARE(wants.wanted(one.channels), (QSet<QString> {u"news.uk"_s, u"sport.de"_s}));
+        QCOMPARE(wants.wanted(two.channels), (QSet<QString> {u"news.uk"_s, u"film.fr"_s}));
         QVERIFY(GuideWants().wanted(one.channels).isEmpty());
     }
 };

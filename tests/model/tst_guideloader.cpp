@@ -35,9 +35,8 @@ QByteArray guide(const QByteArray &channel, const QByteArray &prefix)
         + "\"><display-name>" + channel + "</display-name></channel>\n";
     for (int hour = 18; hour < 23; ++hour) {
         xml += "<programme channel=\"" + channel + "\" start=\"20261125" + QByteArray::number(hour)
-            + "0000 +0000\" stop=\"20261125" + QByteArray::number(hour + 1)
-            + "0000 +0000\"><title>" + prefix + QByteArray::number(hour)
-            + "</title></programme>\n";
+            + "0000 +0000\" stop=\"20261125" + QByteArray::number(hour + 1) + "0000 +0000\"><title>"
+            + prefix + QByteArray::number(hour) + "</title></programme>\n";
     }
     return xml + "</tv>\n";
 }

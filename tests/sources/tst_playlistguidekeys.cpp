@@ -47,9 +47,9 @@ private Q_SLOTS:
             "tvg-shift=\"-2.5\"\r\n#EXTINF:-1,One\r\nhttp://h/one\r\n",
             base);
         QCOMPARE(header.guides,
-                 (QList<QUrl>{QUrl(u"http://epg.example/a.xml.gz"_s),
-                              QUrl(u"http://lists.example/tv/guides/b.xml"_s),
-                              QUrl(u"https://[2001:db8::1]:8443/c.xml"_s)}));
+                 (QList<QUrl> {QUrl(u"http://epg.example/a.xml.gz"_s),
+                               QUrl(u"http://lists.example/tv/guides/b.xml"_s),
+                               QUrl(u"https://[2001:db8::1]:8443/c.xml"_s)}));
         QCOMPARE(header.shiftSeconds, -9000);
     }
 
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY(later.guides.isEmpty());
         const PlaylistHeader blankFirst
             = PlaylistHeader::read("\n  \n#EXTM3U url-tvg=\"http://e/g.xml\"\n", base);
-        QCOMPARE(blankFirst.guides, QList<QUrl>{QUrl(u"http://e/g.xml"_s)});
+        QCOMPARE(blankFirst.guides, QList<QUrl> {QUrl(u"http://e/g.xml"_s)});
         // An empty list, a shift out of range.
         const PlaylistHeader empty
             = PlaylistHeader::read("#EXTM3U x-tvg-url=\" , \" tvg-shift=\"20\"\n", base);
@@ -98,9 +98,9 @@ private Q_SLOTS:
         QVERIFY(!entries[3].tvgShiftSeconds()); // out of range: none
         QCOMPARE(entries[3].url(), QUrl(u"http://h/4"_s));
         // The keys take part in equality, as the other fields do.
-        QVERIFY(entries[0] != PlaylistEntry::fromEncoded(entries[0].id(), entries[0].nameView(),
-                                                         entries[0].encodedUrl(), {},
-                                                         u"News"_s, u"UK"_s));
+        QVERIFY(entries[0]
+                != PlaylistEntry::fromEncoded(entries[0].id(), entries[0].nameView(),
+                                              entries[0].encodedUrl(), {}, u"News"_s, u"UK"_s));
     }
 };
 

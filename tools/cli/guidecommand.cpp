@@ -106,8 +106,8 @@ int runGuideCommand(const QStringList &arguments)
 
     QFile file(playlistPath);
     if (!file.open(QIODevice::ReadOnly)) {
-        writeErr(QStringLiteral("lumo-cli: cannot read %1: %2")
-                     .arg(playlistPath, file.errorString()));
+        writeErr(
+            QStringLiteral("lumo-cli: cannot read %1: %2").arg(playlistPath, file.errorString()));
         return 1;
     }
     const QByteArray bytes = file.readAll();

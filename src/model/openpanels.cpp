@@ -62,4 +62,13 @@ OpenPanelRequest loadSubtitles()
              QStringLiteral("All Files (*)")}};
 }
 
+OpenPanelRequest openGuide()
+{
+    // Guides are XMLTV, often packed; the bytes tell which, so any file can be chosen too.
+    return {QStringLiteral("Open Programme Guide"),
+            QStringLiteral("Open"),
+            {QStringLiteral("XMLTV Guides (*.xml *.xml.gz *.xml.xz *.gz *.xz)"),
+             QStringLiteral("All Files (*)")}};
+}
+
 } // namespace OpenPanels

@@ -25,4 +25,5 @@ OpenPanelRequest importPlaylist();
 // The subtitle file types added to a playing video, in order.
 const QStringList &subtitleExtensions();
 OpenPanelRequest loadSubtitles();
+OpenPanelRequest openGuide();
 } // namespace OpenPanels

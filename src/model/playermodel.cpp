@@ -18,7 +18,14 @@ PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     , m_player(std::move(player))
     , m_channelIndex(std::make_shared<const ChannelIndex>())
     , m_loader(std::make_unique<PlaylistLoader>())
+    , m_guideLoader(std::make_unique<GuideLoader>())
+    , m_guide(std::make_shared<const ProgrammeGuide>())
 {
+    m_guideChangeTask.setSingleShot(true);
+    // To the second: a programme line changes when the clock beside it does.
+    m_guideChangeTask.setTimerType(Qt::PreciseTimer);
+    connect(&m_guideChangeTask, &QTimer::timeout, this, &PlayerModel::programmesReached);
+
     m_player->setVolume(m_volume);
 
     m_timeObserver.setInterval(timeObserverIntervalMs);
@@ -80,12 +87,14 @@ void PlayerModel::playChannel(const PlaylistEntry &entry)
     }
     startPlaying(url, entry.name(), true, entry.headers());
     m_playingChannel = entry;
+    playingChannelChanged();
 }
 
 void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &displayName,
                                bool isLiveStream, const StreamHeaders &headers)
 {
     m_playingChannel.reset();
+    playingChannelChanged();
     forgetLiveItem();
     m_wantsToPlay = true;
     setYouTubeContent(std::nullopt);
@@ -156,6 +165,7 @@ void PlayerModel::showYouTubeContent(const YouTubeContent &content,
     m_observingItemBuffer = false;
     m_player->replaceCurrentItem(std::nullopt);
     m_playingChannel.reset();
+    playingChannelChanged();
     forgetLiveItem();
     m_wantsToPlay = false;
     setYouTubeContent(content);
@@ -192,6 +202,8 @@ void PlayerModel::publishPlaylist(const PlaylistLoadResult &result,
     // The loader builds the index; a result made without one is indexed here.
     replacePlaylist(result.index ? result.index
                                  : std::make_shared<const ChannelIndex>(result.entries));
+    m_playlistHeader = result.header;
+    loadGuides();
     setIsLoading(false);
     setErrorMessage(QString());
     setTitle(displayName ? *displayName : QStringLiteral("IPTV Playlist"));
@@ -251,6 +263,8 @@ void PlayerModel::clearNetworkStream()
     m_loader->cancel();
     if (!playlist().isEmpty())
         replacePlaylist(std::make_shared<const ChannelIndex>());
+    m_playlistHeader = {};
+    loadGuides();
     setErrorMessage(QString());
     setIsLoading(false);
     discardLastRemoteSource();

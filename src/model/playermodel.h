@@ -2,11 +2,13 @@
 // The one observable object behind the player window: it owns the media player, publishes what
 // the views show, opens files, streams and playlists, runs the transport and reports errors and
 // notices. Lives on the main thread.
+#include "guideloader.h"
 #include "mediaplayer.h"
 #include "openpanels.h"
 #include "playlistdownload.h"
 #include "sources/lastplayablesource.h"
 #include "sources/playlistentry.h"
+#include "sources/playlistheader.h"
 #include "sources/youtubecontent.h"
 #include <QElapsedTimer>
 #include <QList>
@@ -135,6 +137,22 @@ public:
     void loadSubtitleFile();
     void addSubtitleFile(const QString &path);
 
+    // Programme guides (in PlayerModelGuide.cpp).
+    // The programmes of the playlist's channels; empty until a guide has loaded, never null.
+    const std::shared_ptr<const ProgrammeGuide> &programmeGuide() const { return m_guide; }
+    // Now and next on the playing channel at this moment (seconds since the epoch).
+    ProgrammeGuide::NowNext playingProgrammes(qint64 moment) const;
+    // Adds a guide (a file or an http/https address) to those of the playlist, now and for the
+    // playlists opened later in this session.
+    void openGuide(const QString &text);
+    // Asks for a guide file with the open panel; nothing if cancelled.
+    std::optional<QString> chooseGuideFile() const;
+    const QList<QUrl> &openedGuides() const { return m_openedGuides; }
+    // Shorter waits and smaller limits for tests.
+    void setGuideLimits(const GuideLoader::Limits &limits) { m_guideLoader->setLimits(limits); }
+    // The guides of the current playlist are loading.
+    bool isLoadingGuides() const { return m_loadingGuides; }
+
 Q_SIGNALS:
     void titleChanged();
     void errorMessageChanged();
@@ -159,6 +177,12 @@ Q_SIGNALS:
     void toastMessageChanged();
     void tracksChanged();
     void subtitlesVisibleChanged();
+    // The channel playing changed (or none plays any more).
+    void playingChannelChanged();
+    // A guide loaded (or was dropped with its playlist): rows are measured and drawn again.
+    void programmeGuideChanged();
+    // A programme began or ended somewhere in the guide: what is on now changed.
+    void programmesChanged();
 
 private:
     template<typename T>
@@ -244,6 +268,13 @@ private:
     void endLiveRecovery();
     // A new item, or none: nothing is known of its progress.
     void forgetLiveItem();
+    // Loads the playlist's guides and the opened ones for the current playlist; the guide shown
+    // is dropped first unless keepShown.
+    void loadGuides(bool keepShown = false);
+    void publishGuide(const GuideLoader::Result &result);
+    // Arms the one timer for the next moment a programme begins or ends.
+    void scheduleProgrammeChange();
+    void programmesReached();
 
     std::unique_ptr<MediaPlayer> m_player;
     QString m_title = noMediaTitle.toString();
@@ -284,6 +315,14 @@ private:
 
     std::unique_ptr<PlaylistLoader> m_loader;
     PlaylistDownloadLimits m_limits;
+    std::unique_ptr<GuideLoader> m_guideLoader;
+    std::shared_ptr<const ProgrammeGuide> m_guide;
+    PlaylistHeader m_playlistHeader;
+    QList<QUrl> m_openedGuides;
+    bool m_loadingGuides = false;
+    qint64 m_guideMoment = 0; // what the guide's kept programmes lie around
+    qint64 m_nextProgrammeChange = 0; // what m_guideChangeTask waits for
+    QTimer m_guideChangeTask;
     WebPlayerScripts *m_webPlayerScripts = nullptr;
     FileChooser m_fileChooser;
 };

@@ -109,6 +109,7 @@ void PlayerModel::stop()
     setYouTubeContent(std::nullopt);
     hideBufferingIndicator();
     m_playingChannel.reset();
+    playingChannelChanged();
     forgetLiveItem();
     m_wantsToPlay = false;
 }

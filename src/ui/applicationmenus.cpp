@@ -1,6 +1,7 @@
 #include "applicationmenus.h"
 
 #include "model/playermodel.h"
+#include "openguidedialog.h"
 #include "trackmenus.h"
 
 #include <QApplication>
@@ -25,6 +26,11 @@ void install(QMenuBar &menuBar, PlayerModel &model)
     QAction *open = file->addAction(QStringLiteral("Open Media…"));
     open->setShortcut(QKeySequence::Open);
     QObject::connect(open, &QAction::triggered, &model, [&model] { model.openFile(); });
+    QAction *guide = file->addAction(QStringLiteral("Open Guide…"));
+    QObject::connect(guide, &QAction::triggered, &model, [&model, &menuBar] {
+        auto *dialog = new OpenGuideDialog(model, menuBar.window());
+        dialog->open();
+    });
     file->addSeparator();
     QAction *quit = file->addAction(QStringLiteral("Quit"));
     quit->setShortcut(QKeySequence::Quit);

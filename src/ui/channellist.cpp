@@ -103,6 +103,10 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     connect(&m_zapTask, &QTimer::timeout, this, [this] { play(m_list->currentIndex()); });
 
     connect(&m_player, &PlayerModel::playlistChanged, this, &ChannelList::showPlaylist);
+    connect(&m_player, &PlayerModel::programmeGuideChanged, this,
+            [this] { m_model->setProgrammeGuide(m_player.programmeGuide()); });
+    connect(&m_player, &PlayerModel::programmesChanged, m_model,
+            &ChannelListModel::programmesChanged);
     showPlaylist();
 }
 

@@ -1,9 +1,34 @@
 #include "channellistmodel.h"
 
+#include "programmetext.h"
+
+#include <QDateTime>
+
 ChannelListModel::ChannelListModel(QObject *parent)
     : QAbstractListModel(parent)
     , m_index(std::make_shared<const ChannelIndex>())
+    , m_guide(std::make_shared<const ProgrammeGuide>())
 { }
+
+void ChannelListModel::setProgrammeGuide(std::shared_ptr<const ProgrammeGuide> guide)
+{
+    const bool hadGuide = hasGuide();
+    m_guide = guide ? std::move(guide) : std::make_shared<const ProgrammeGuide>();
+    if (hadGuide != hasGuide()) {
+        // Rows grow or shrink by the programme line: the view measures them again.
+        Q_EMIT layoutAboutToBeChanged();
+        Q_EMIT layoutChanged();
+    } else {
+        programmesChanged();
+    }
+}
+
+void ChannelListModel::programmesChanged()
+{
+    if (!m_rows.empty())
+        Q_EMIT dataChanged(index(0), index(int(m_rows.size()) - 1),
+                           {ProgrammeRole, ProgrammeProgressRole});
+}
 
 void ChannelListModel::setIndex(std::shared_ptr<const ChannelIndex> index)
 {
@@ -57,6 +82,18 @@ QVariant ChannelListModel::data(const QModelIndex &index, int role) const
                                         channel.groupTitle());
     case LogoRole:
         return channel.logoURL().value_or(QUrl());
+    case HasGuideRole:
+        return hasGuide();
+    case ProgrammeRole:
+    case ProgrammeProgressRole: {
+        if (!hasGuide())
+            return {};
+        const qint64 now = QDateTime::currentSecsSinceEpoch();
+        const ProgrammeGuide::NowNext programmes = m_guide->at(m_rows[size_t(index.row())], now);
+        if (role == ProgrammeRole)
+            return programmes.now ? ProgrammeText::line(*programmes.now) : QString();
+        return programmes.now ? ProgrammeText::progress(*programmes.now, now) : 0.0;
+    }
     default:
         return {};
     }

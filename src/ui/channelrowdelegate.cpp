@@ -24,9 +24,10 @@ ChannelRowDelegate::ChannelRowDelegate(ChannelLogoCache &logos, QObject *parent)
     , m_logos(logos)
 { }
 
-QSize ChannelRowDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const
+QSize ChannelRowDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &index) const
 {
-    return {200, rowHeight + rowSpacing};
+    const bool guide = index.data(ChannelListModel::HasGuideRole).toBool();
+    return {200, rowHeight + rowSpacing + (guide ? programmeLineHeight : 0)};
 }
 
 void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
@@ -96,13 +97,15 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     painter->setFont(Icons::font(14));
     painter->drawText(badge, Qt::AlignCenter, Icons::glyph(u"play.fill"));
 
-    // Name over the country and group line.
+    // Name over the country and group line, both in the card's first two lines.
+    const bool guide = index.data(ChannelListModel::HasGuideRole).toBool();
+    const QRectF lines = guide ? card.adjusted(0, 0, 0, -programmeLineHeight) : card;
     const qreal textLeft = logoBox.right() + 9;
     const qreal textWidth = badge.left() - 8 - textLeft;
     const QFont nameFont = sizedFont(option.font, 12.5, QFont::DemiBold);
     const QFont metadataFont = sizedFont(option.font, 9.5, QFont::Normal);
-    const QRectF nameArea(textLeft, card.top() + 5, textWidth, card.height() / 2 - 3);
-    const QRectF metadataArea(textLeft, card.center().y() + 1, textWidth, card.height() / 2 - 6);
+    const QRectF nameArea(textLeft, lines.top() + 5, textWidth, lines.height() / 2 - 3);
+    const QRectF metadataArea(textLeft, lines.center().y() + 1, textWidth, lines.height() / 2 - 6);
     painter->setFont(nameFont);
     painter->setPen(primary);
     painter->drawText(
@@ -116,5 +119,35 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
                       QFontMetrics(metadataFont)
                           .elidedText(index.data(ChannelListModel::MetadataRole).toString(),
                                       Qt::ElideRight, int(textWidth)));
+    if (guide)
+        paintProgramme(painter, option, index,
+                       QRectF(textLeft, lines.bottom() - 3, textWidth, programmeLineHeight));
     painter->restore();
+}
+
+void ChannelRowDelegate::paintProgramme(QPainter *painter, const QStyleOptionViewItem &option,
+                                        const QModelIndex &index, const QRectF &area) const
+{
+    const QString programme = index.data(ChannelListModel::ProgrammeRole).toString();
+    if (programme.isEmpty())
+        return;
+    const QFont font = sizedFont(option.font, 9, QFont::Normal);
+    QColor dim(Qt::black);
+    dim.setAlphaF(0.4f);
+    painter->setFont(font);
+    painter->setPen(dim);
+    const QRectF textArea = area.adjusted(0, 0, 0, -4);
+    painter->drawText(textArea, Qt::AlignLeft | Qt::AlignVCenter,
+                      QFontMetrics(font).elidedText(programme, Qt::ElideRight, int(area.width())));
+    // The bar: a faint track, filled in the accent colour as far as the programme has run.
+    const QRectF track(area.left(), area.bottom() - 3, area.width(), 2);
+    QColor trackColour(Qt::black);
+    trackColour.setAlphaF(0.08f);
+    painter->setPen(Qt::NoPen);
+    painter->fillRect(track, trackColour);
+    const double progress = index.data(ChannelListModel::ProgrammeProgressRole).toDouble();
+    QColor fill = option.palette.color(QPalette::Highlight);
+    fill.setAlphaF(0.7f);
+    painter->fillRect(QRectF(track.topLeft(), QSizeF(track.width() * progress, track.height())),
+                      fill);
 }

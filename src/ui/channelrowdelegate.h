@@ -1,7 +1,9 @@
 #pragma once
 // Paints one channel row: the logo box (or a television symbol and the row's number while the
 // logo is missing), the name over its country and group, and the round play badge. The hovered
-// row is outlined in the accent colour and its badge filled.
+// row is outlined in the accent colour and its badge filled. With a programme guide loaded,
+// rows are taller: the programme on now stands as a third, dimmer line over a thin bar of how
+// far into it the moment is.
 #include <QStyledItemDelegate>
 
 class ChannelLogoCache;
@@ -16,6 +18,8 @@ public:
     static constexpr int logoHeight = 29;
     static constexpr int logoWidth = 44;
     static constexpr int badgeSide = 23;
+    // What a row grows by with a guide loaded.
+    static constexpr int programmeLineHeight = 15;
 
     ChannelRowDelegate(ChannelLogoCache &logos, QObject *parent = nullptr);
 
@@ -24,5 +28,8 @@ public:
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
 private:
+    void paintProgramme(QPainter *painter, const QStyleOptionViewItem &option,
+                        const QModelIndex &index, const QRectF &area) const;
+
     ChannelLogoCache &m_logos;
 };

@@ -6,6 +6,7 @@
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
 #include "networkpanel.h"
+#include "nownextoverlay.h"
 #include "playercontrolbar.h"
 #include "recording/playerrecordingcontroller.h"
 #include "recordingalerts.h"
@@ -16,6 +17,7 @@
 #include "windowshape.h"
 #include "windowtitlesetter.h"
 
+#include <QDateTime>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
@@ -84,6 +86,7 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
         [](QWidget *parent) -> WebPlayerView * { return new YouTubePlayerView(parent); });
     m_controlBar = new PlayerControlBar(model, this);
     m_toast = new ToastOverlay(this);
+    m_nowNext = new NowNextOverlay(this);
     m_fullScreen = new FullScreenPresenter(model, this);
     m_recordingController = new PlayerRecordingController(this);
     m_recordingAlerts = new RecordingAlerts(*m_recordingController, this);
@@ -134,6 +137,15 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     connect(&m_model, &PlayerModel::playlistChanged, this, &ContentView::updateChannelSection);
     connect(&m_model, &PlayerModel::channelStepRequested, m_channelList, &ChannelList::stepChannel);
     connect(&m_model, &PlayerModel::errorMessageChanged, this, &ContentView::updateError);
+    // The playing channel's programmes: shown when it starts (or its guide comes), kept current
+    // at programme boundaries, and shown again when the pointer moves over the picture.
+    connect(&m_model, &PlayerModel::playingChannelChanged, this, [this] { updateNowNext(true); });
+    connect(&m_model, &PlayerModel::programmeGuideChanged, this, [this] { updateNowNext(true); });
+    connect(&m_model, &PlayerModel::programmesChanged, this, [this] { updateNowNext(false); });
+    connect(&PlayerNotifications::shared(), &PlayerNotifications::playerMouseMoved, this, [this] {
+        if (FullScreenPresenter::isMouseOverPlayer(window()))
+            m_nowNext->reveal();
+    });
     updateChannelSection();
     updateError();
     m_toast->setMessage(m_model.toastMessage(), m_model.toastDetail());
@@ -317,11 +329,24 @@ void ContentView::layoutChildren()
     }
     m_toast->place(width());
     m_toast->raise();
+    // Above the bar in a window; above the floating bar in full screen.
+    const int pictureBottom = m_isFullScreen
+        ? height() - FullScreenPresenter::floatingBarInset - barHeight
+        : height() - barHeight;
+    m_nowNext->place(QRect(column, 0, width() - column, pictureBottom));
     if (m_error->isVisible()) {
         const int errorWidth = width() - column;
         m_error->setGeometry(column, height() - barHeight - m_error->heightForWidth(errorWidth),
                              errorWidth, m_error->heightForWidth(errorWidth));
     }
+}
+
+void ContentView::updateNowNext(bool reveal)
+{
+    const qint64 now = QDateTime::currentSecsSinceEpoch();
+    m_nowNext->setProgrammes(m_model.playingProgrammes(now), now);
+    if (reveal)
+        m_nowNext->reveal();
 }
 
 void ContentView::updateError()

@@ -12,6 +12,7 @@
 class ChannelList;
 class FullScreenPresenter;
 class NetworkPanel;
+class NowNextOverlay;
 class PlayerControlBar;
 class PlayerModel;
 class PlayerRecorder;
@@ -69,6 +70,7 @@ public:
 
     PlayerSurface *surface() const { return m_surface; }
     PlayerControlBar *controlBar() const { return m_controlBar; }
+    NowNextOverlay *nowNextOverlay() const { return m_nowNext; }
     NetworkPanel *networkPanel() const { return m_networkPanel; }
     ChannelList *channelList() const { return m_channelList; }
     ToastOverlay *toast() const { return m_toast; }
@@ -87,6 +89,8 @@ private:
     void updateChannelSection();
     void updateWindowTitle();
     void updateError();
+    // The playing channel's now and next, shown for a while when reveal is set.
+    void updateNowNext(bool reveal);
     void applyWindowAspect(double ratio, PortraitDisplayMode mode);
     // The window's size has stopped changing (after a restore, or a resize by hand where no
     // aspect hint keeps the shape): the shape and the screen are checked again.
@@ -112,6 +116,7 @@ private:
     QFrame *m_divider = nullptr;
     PlayerSurface *m_surface = nullptr;
     PlayerControlBar *m_controlBar = nullptr;
+    NowNextOverlay *m_nowNext = nullptr;
     ToastOverlay *m_toast = nullptr;
     QLabel *m_error = nullptr;
     WindowTitleSetter *m_titleSetter = nullptr;

@@ -63,7 +63,11 @@ QStringList GuideFeed::notices() const
                            "read of it is used.")
                 .arg(m_name));
     }
-    if (const int skipped = m_reader.skippedProgrammes(); skipped > 0) {
+    if (const int skipped = m_reader.skippedProgrammes(); skipped == 1) {
+        notices.append(QStringLiteral("1 programme of “%1” has a time that cannot be read and is "
+                                      "left out.")
+                           .arg(m_name));
+    } else if (skipped > 1) {
         notices.append(QStringLiteral("%1 programmes of “%2” have times that cannot be read and "
                                       "are left out.")
                            .arg(skipped)

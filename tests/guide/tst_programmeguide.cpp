@@ -166,6 +166,33 @@ private Q_SLOTS:
         QVERIFY(ProgrammeGuide().isEmpty());
     }
 
+    void overlappingProgrammesAndUnknownChannels()
+    {
+        const QByteArray xml
+            = "<tv><channel id=\"c\"><display-name>C</display-name></channel>"
+              "<programme channel=\"c\" start=\"20261125200000\" stop=\"20261125213000\">"
+              "<title>Long</title></programme>"
+              "<programme channel=\"c\" start=\"20261125210000\" stop=\"20261125220000\">"
+              "<title>Overlaps</title></programme>"
+              "<programme channel=\"c\" start=\"20261125220000\" stop=\"20261125230000\">"
+              "<title>Late</title></programme>"
+              "<programme channel=\"nobody\" start=\"20261125200000\" stop=\"20261125230000\">"
+              "<title>Unknown</title></programme></tv>";
+        const ProgrammeGuide guide({read(xml)},
+                                   playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"c\",C\nhttp://h/1\n"
+                                            "#EXTINF:-1 tvg-id=\"nobody\",N\nhttp://h/2\n"),
+                                   std::nullopt, evening);
+        // The latest start that has not stopped; next starts at or after its stop.
+        const ProgrammeGuide::NowNext overlap = guide.at(0, evening + 3600 + 900);
+        QCOMPARE(overlap.now->title, u"Overlaps"_s);
+        QCOMPARE(overlap.next->title, u"Late"_s);
+        QCOMPARE(guide.at(0, evening + 600).now->title, u"Long"_s);
+        QCOMPARE(guide.at(0, evening + 600).next->title, u"Late"_s);
+        // Programmes of a channel the guide never names belong to no channel, and are passed over.
+        QVERIFY(nowTitle(guide, 1, evening).isEmpty());
+        QCOMPARE(guide.matchedEntries(), 1);
+    }
+
     void wantedChannelsAreThoseAnyRuleCouldPick()
     {
         const GuideWants wants(playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"NEWS.UK\",x\nhttp://h/1\n"

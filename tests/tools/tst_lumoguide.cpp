@@ -89,8 +89,8 @@ private Q_SLOTS:
         const Result result = runGuide({playlist, u"--at"_s, u"2026-11-25T21:30:00+01:00"_s});
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(result.err,
-                 QByteArray("1 programmes of \xE2\x80\x9Cnews.xml\xE2\x80\x9D have times that "
-                            "cannot be read and are left out.\n"));
+                 QByteArray("1 programme of \xE2\x80\x9Cnews.xml\xE2\x80\x9D has a time that "
+                            "cannot be read and is left out.\n"));
         QCOMPARE(result.lines.size(), 4);
         // Exactly as documented: keys in order, times in UTC with the shift applied.
         QCOMPARE(result.lines[1],

@@ -57,8 +57,7 @@ bool writeSyntheticGuide(const QString &path, const SyntheticGuide &guide, qint6
                 + QByteArray::number(title) + " &amp; friends</title>\n";
             if (guide.descriptions) {
                 out += "    <desc lang=\"en\">Episode " + QByteArray::number(slot)
-                    + ": the team meets again; a story of the week told in half an hour, with "
-                      "guests.</desc>\n    <category lang=\"en\">"
+                    + ": the team meets again, with guests.</desc>\n    <category lang=\"en\">"
                     + categories[title % 6] + "</category>\n";
             }
             out += "  </programme>\n";

@@ -1,6 +1,6 @@
 #include "guidefetch.h"
 
-#include "playlistdownload.h"
+#include "downloadrequest.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>

@@ -17,8 +17,6 @@ class QNetworkReply;
 
 class GuideFetch final : public QObject
 {
-    Q_OBJECT
-
 public:
     struct Limits
     {

@@ -18,8 +18,6 @@
 
 class GuideLoader final : public QObject
 {
-    Q_OBJECT
-
 public:
     struct Limits
     {

@@ -10,16 +10,10 @@
 #include <QUrl>
 #include <functional>
 
-#include <QNetworkReply>
-#include <QNetworkRequest>
+#include "downloadrequest.h"
 
 class QNetworkAccessManager;
-
-// What a failed download is called, in the words the user sees.
-QString networkErrorDescription(QNetworkReply::NetworkError error, const QString &fallback);
-QString downloadTimedOutDescription();
-// A GET as the player makes them: from the network, following safe redirects, ten at most.
-QNetworkRequest downloadRequest(const QUrl &url);
+class QNetworkReply;
 
 struct PlaylistDownloadLimits
 {

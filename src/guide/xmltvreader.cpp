@@ -147,10 +147,25 @@ void XmltvReader::startElement(QByteArrayView name, const char **attributes, int
             m_place = Place::channel;
             m_channel = GuideChannel {QString::fromUtf8(attribute("id")), {}};
         } else if (name == "programme") {
+            if (!programmesOf(attribute("channel"))) {
+                m_skipDepth = 1; // a channel not asked for: nothing in it is read
+                return;
+            }
+            m_start = XmltvTime::parse(attribute("start"));
+            const QByteArrayView stop = attribute("stop");
+            m_stop = stop.isEmpty() ? std::nullopt : XmltvTime::parse(stop);
+            // A programme that is not kept is passed over whole, its title unread.
+            if (!m_start || (!stop.isEmpty() && !m_stop)) {
+                // Counted at its end: one cut off by the end of the guide is not counted.
+                m_unreadableTimes = true;
+                m_skipDepth = 1;
+                return;
+            }
+            if (m_stop.value_or(*m_start) < m_options.keepFrom || *m_start > m_options.keepUntil) {
+                m_skipDepth = 1;
+                return;
+            }
             m_place = Place::programme;
-            m_start = attribute("start").toByteArray();
-            m_stop = attribute("stop").toByteArray();
-            m_programmeChannel = QString::fromUtf8(attribute("channel"));
             m_title.reset();
         }
         return;
@@ -181,7 +196,10 @@ void XmltvReader::startElement(QByteArrayView name, const char **attributes, int
 void XmltvReader::endElement(QByteArrayView name)
 {
     if (m_skipDepth > 0) {
-        --m_skipDepth;
+        if (--m_skipDepth == 0 && m_unreadableTimes) {
+            ++m_skipped;
+            m_unreadableTimes = false;
+        }
         return;
     }
     switch (m_place) {
@@ -211,7 +229,7 @@ void XmltvReader::endElement(QByteArrayView name)
         return;
     case Place::title:
         if (name == "title") {
-            m_title = QString::fromUtf8(m_text).trimmed();
+            m_title = intern(QByteArrayView(m_text).trimmed());
             m_place = Place::programme;
         }
         return;
@@ -224,35 +242,43 @@ void XmltvReader::text(QByteArrayView bytes)
         m_text.append(bytes);
 }
 
+bool XmltvReader::programmesOf(QByteArrayView channel)
+{
+    // A guide lists a channel's programmes one after another: the last channel is kept at hand.
+    if (m_lastChannelKnown && channel == QByteArrayView(m_lastChannel))
+        return m_lastWanted;
+    if (!m_wanted && m_options.wantedChannels)
+        m_wanted = m_options.wantedChannels(m_channels); // asked once, at the first programme
+    m_lastId = QString::fromUtf8(channel);
+    m_lastChannel = channel.toByteArray();
+    m_lastChannelKnown = true;
+    m_lastWanted = !m_wanted || m_wanted->contains(m_lastId);
+    // Made when its first programme is kept; inserting may move the others' lists, so only
+    // the last one is kept by address.
+    const auto found = m_programmes.find(m_lastId);
+    m_lastProgrammes = found == m_programmes.end() ? nullptr : &*found;
+    return m_lastWanted;
+}
+
 void XmltvReader::endProgramme()
 {
-    if (!m_wanted && m_options.wantedChannels)
-        m_wanted = m_options.wantedChannels(m_channels);
-    const std::optional<qint64> start = XmltvTime::parse(m_start);
-    const std::optional<qint64> stop
-        = m_stop.isEmpty() ? std::optional<qint64>() : XmltvTime::parse(m_stop);
-    if (!start || (!m_stop.isEmpty() && !stop)) {
-        ++m_skipped;
-        return;
-    }
-    if (m_wanted && !m_wanted->contains(m_programmeChannel))
-        return;
-    const qint64 end = stop.value_or(*start);
-    if (end < m_options.keepFrom || *start > m_options.keepUntil)
-        return;
-    m_programmes[m_programmeChannel].push_back(
-        ReadProgramme {*start, stop, intern(m_title.value_or(QString()))});
+    if (!m_lastProgrammes)
+        m_lastProgrammes = &m_programmes[m_lastId];
+    m_lastProgrammes->push_back(ReadProgramme {*m_start, m_stop, m_title ? *m_title : intern({})});
     ++m_programmeCount;
 }
 
-quint32 XmltvReader::intern(const QString &title)
+quint32 XmltvReader::intern(QByteArrayView title)
 {
-    const auto found = m_titleIndex.constFind(title);
-    if (found != m_titleIndex.cend())
-        return *found;
+    // Looked up by its bytes: a title seen before costs no conversion. The map keeps each key's
+    // hash, so a lookup compares bytes only with a title of the same hash.
+    const std::string_view key(title.data(), size_t(title.size()));
+    const auto found = m_titleIndex.find(key);
+    if (found != m_titleIndex.end())
+        return found->second;
     const auto index = quint32(m_titles.size());
-    m_titles.append(title);
-    m_titleIndex.insert(title, index);
+    m_titles.append(QString::fromUtf8(title));
+    m_titleIndex.emplace(std::string(key), index);
     return index;
 }
 

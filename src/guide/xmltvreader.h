@@ -12,6 +12,9 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 // One guide as read.
@@ -68,14 +71,25 @@ private:
     void endElement(QByteArrayView name);
     void text(QByteArrayView bytes);
     void endProgramme();
-    quint32 intern(const QString &title);
+    // Makes channel the one programmes go to; false for a channel not asked for.
+    bool programmesOf(QByteArrayView channel);
+    quint32 intern(QByteArrayView title);
 
     Options m_options;
     std::unique_ptr<Parser> m_parser;
     std::vector<GuideChannel> m_channels;
     QHash<QString, std::vector<ReadProgramme>> m_programmes;
     QStringList m_titles;
-    QHash<QString, quint32> m_titleIndex;
+    // Looked up by a title's UTF-8 bytes without a copy.
+    struct TitleHash
+    {
+        using is_transparent = void;
+        size_t operator()(std::string_view text) const noexcept
+        {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    std::unordered_map<std::string, quint32, TitleHash, std::equal_to<>> m_titleIndex;
     std::optional<QSet<QString>> m_wanted;
     qint64 m_programmeCount = 0;
     int m_skipped = 0;
@@ -92,9 +106,14 @@ private:
     Place m_place = Place::outside;
     QByteArray m_text;
     GuideChannel m_channel;
-    QByteArray m_start;
-    QByteArray m_stop;
-    QString m_programmeChannel;
-    std::optional<QString> m_title;
+    std::optional<qint64> m_start; // nothing when it cannot be read
+    std::optional<qint64> m_stop;
+    std::optional<quint32> m_title;
+    QByteArray m_lastChannel;
+    bool m_lastChannelKnown = false;
+    bool m_lastWanted = false;
+    QString m_lastId;
+    std::vector<ReadProgramme> *m_lastProgrammes = nullptr; // null until it has one
     int m_skipDepth = 0; // elements inside a programme or channel that are not read
+    bool m_unreadableTimes = false; // the programme passed over has a start or stop unread
 };

@@ -4,26 +4,29 @@ GuideFeed::GuideFeed(QString name, XmltvReader::Options options, qint64 maxUnpac
     : m_name(std::move(name))
     , m_maxUnpackedBytes(maxUnpackedBytes)
     , m_reader(std::move(options))
+    , m_readerThread(std::make_unique<GuideReaderThread>(m_reader))
 { }
+
+GuideFeed::~GuideFeed() = default;
+
+bool GuideFeed::pass(QByteArrayView block)
+{
+    const qint64 room = m_maxUnpackedBytes - m_read;
+    // What fits is read; the rest of the guide is not.
+    const qint64 taken = std::min<qint64>(room, block.size());
+    m_read += taken;
+    m_limitReached = block.size() > room;
+    const bool wanted
+        = taken <= 0 || m_readerThread->push(block.first(qsizetype(taken)).toByteArray());
+    return wanted && !m_limitReached;
+}
 
 bool GuideFeed::feed(QByteArrayView bytes)
 {
-    if (m_limitReached || m_reader.hasError() || m_decoder.failed())
+    if (m_finished || m_limitReached || m_readerThread->failed() || m_decoder.failed())
         return false;
-    m_decoder.feed(bytes, [this](QByteArrayView block) {
-        const qint64 room = m_maxUnpackedBytes - m_read;
-        if (block.size() > room) {
-            // What fits is read; the rest of the guide is not.
-            m_reader.feed(block.first(qsizetype(room)));
-            m_read += room;
-            m_limitReached = true;
-            return false;
-        }
-        m_reader.feed(block);
-        m_read += block.size();
-        return !m_reader.hasError();
-    });
-    return !m_limitReached && !m_reader.hasError() && !m_decoder.failed();
+    m_decoder.feed(bytes, [this](QByteArrayView block) { return pass(block); });
+    return !m_limitReached && !m_readerThread->failed() && !m_decoder.failed();
 }
 
 void GuideFeed::finish()
@@ -31,16 +34,9 @@ void GuideFeed::finish()
     if (m_finished)
         return;
     m_finished = true;
-    if (!m_limitReached && !m_decoder.failed()) {
-        m_decoder.finish([this](QByteArrayView block) {
-            const qint64 room = m_maxUnpackedBytes - m_read;
-            m_reader.feed(block.first(qsizetype(std::min<qint64>(room, block.size()))));
-            m_read += std::min<qint64>(room, block.size());
-            m_limitReached = block.size() > room;
-            return !m_limitReached;
-        });
-    }
-    m_reader.finish();
+    if (!m_limitReached && !m_decoder.failed() && !m_readerThread->failed())
+        m_decoder.finish([this](QByteArrayView block) { return pass(block); });
+    m_readerThread->finish();
 }
 
 QStringList GuideFeed::notices() const

@@ -1,7 +1,9 @@
 #pragma once
-// One guide on its way in, whatever brings its bytes: unpacked and read as they come, up to a
-// limit on the unpacked size, and what a user should be told about it at the end.
+// One guide on its way in, whatever brings its bytes: unpacked as they come and read on a thread
+// of its own, up to a limit on the unpacked size, and what a user should be told about it at
+// the end.
 #include "guidedecoder.h"
+#include "guidereaderthread.h"
 #include "xmltvreader.h"
 
 #include <QString>
@@ -16,6 +18,10 @@ public:
     // name is how notices call the guide (its file name).
     GuideFeed(QString name, XmltvReader::Options options,
               qint64 maxUnpackedBytes = defaultMaxUnpackedBytes);
+    // Stops reading what was not read yet.
+    ~GuideFeed();
+    GuideFeed(const GuideFeed &) = delete;
+    GuideFeed &operator=(const GuideFeed &) = delete;
 
     // False once no more bytes are wanted: the limit is reached, or the bytes are no guide.
     bool feed(QByteArrayView bytes);
@@ -23,6 +29,7 @@ public:
     void finish();
 
     bool limitReached() const { return m_limitReached; }
+    // Once finished: what was read. (Before, the reader belongs to the reading thread.)
     const XmltvReader &reader() const { return m_reader; }
 
     // What the user is told once it is finished: nothing for a guide read whole and clean.
@@ -31,10 +38,14 @@ public:
     GuideRead take();
 
 private:
+    // Hands an unpacked block to the reading thread, as much of it as the limit lets in.
+    bool pass(QByteArrayView block);
+
     QString m_name;
     qint64 m_maxUnpackedBytes;
     GuideDecoder m_decoder;
     XmltvReader m_reader;
+    std::unique_ptr<GuideReaderThread> m_readerThread; // after m_reader: gone before it
     qint64 m_read = 0; // unpacked bytes handed to the reader
     bool m_limitReached = false;
     bool m_finished = false;

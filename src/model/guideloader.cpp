@@ -29,6 +29,7 @@ public:
         , m_reads(size_t(m_request.guides.size()))
         , m_notices(size_t(m_request.guides.size()))
         , m_fetches(size_t(m_request.guides.size()), nullptr)
+        , m_wants(std::make_shared<const GuideWants>(m_request.entries))
     {
         for (qsizetype i = 0; i < m_request.guides.size(); ++i)
             m_waiting.push_back(i);
@@ -43,10 +44,9 @@ private:
             m_waiting.pop_front();
             ++m_running;
             XmltvReader::Options options;
-            options.wantedChannels = [this](const std::vector<GuideChannel> &channels) {
-                if (!m_wants)
-                    m_wants = std::make_unique<GuideWants>(m_request.entries);
-                return m_wants->wanted(channels);
+            // Asked on the guide's reading thread: the wants are only read there.
+            options.wantedChannels = [wants = m_wants](const std::vector<GuideChannel> &channels) {
+                return wants->wanted(channels);
             };
             options.keepFrom = m_request.moment - ProgrammeGuide::keptBehind - maxShiftAhead;
             options.keepUntil = m_request.moment + ProgrammeGuide::keptAhead + maxShiftBehind;
@@ -88,8 +88,8 @@ private:
     int m_running = 0;
     std::vector<GuideRead> m_reads;
     std::vector<QStringList> m_notices;
-    std::unique_ptr<GuideWants> m_wants;
     std::vector<GuideFetch *> m_fetches; // by guide, while it is fetched
+    std::shared_ptr<const GuideWants> m_wants;
 };
 
 // Owns the network access of the loader's thread and the load under way there.

@@ -30,7 +30,7 @@
 
 namespace {
 
-constexpr int runs = 3;
+constexpr int runs = 5;
 
 double median(std::vector<double> values)
 {

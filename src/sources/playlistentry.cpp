@@ -69,7 +69,9 @@ PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayVie
     if (guideKeys.shiftSeconds)
         entry.m_shiftSeconds = *guideKeys.shiftSeconds;
     const qsizetype textBytes = entry.urlAt();
-    entry.m_texts.resize(textBytes + url.size() + (logo ? logo->size() : 0));
+    // Exactly this size: resize() would round the block up to the next power of two.
+    entry.m_texts
+        = QByteArray(textBytes + url.size() + (logo ? logo->size() : 0), Qt::Uninitialized);
     char *out = entry.m_texts.data();
     for (const QStringView text : {name, guideKeys.tvgId, ownTvgName}) {
         const auto bytes = size_t(text.size()) * sizeof(char16_t);

@@ -56,15 +56,17 @@ PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayVie
     PlaylistEntry entry;
     entry.m_id = id;
     entry.m_nameSize = qint32(name.size());
-    entry.m_tvgIdSize = qint32(guideKeys.tvgId.size());
+    const QStringView tvgId
+        = guideKeys.tvgId.size() <= maxKeySize ? guideKeys.tvgId : QStringView();
+    entry.m_tvgIdSize = qint16(tvgId.size());
     QStringView ownTvgName;
-    if (guideKeys.tvgName.isEmpty()) {
+    if (guideKeys.tvgName.isEmpty() || guideKeys.tvgName.size() > maxKeySize) {
         entry.m_tvgNameSize = noTvgName;
     } else if (guideKeys.tvgName == name) {
         entry.m_tvgNameSize = tvgNameIsName;
     } else {
         ownTvgName = guideKeys.tvgName;
-        entry.m_tvgNameSize = qint32(ownTvgName.size());
+        entry.m_tvgNameSize = qint16(ownTvgName.size());
     }
     if (guideKeys.shiftSeconds)
         entry.m_shiftSeconds = *guideKeys.shiftSeconds;
@@ -73,7 +75,7 @@ PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayVie
     entry.m_texts
         = QByteArray(textBytes + url.size() + (logo ? logo->size() : 0), Qt::Uninitialized);
     char *out = entry.m_texts.data();
-    for (const QStringView text : {name, guideKeys.tvgId, ownTvgName}) {
+    for (const QStringView text : {name, tvgId, ownTvgName}) {
         const auto bytes = size_t(text.size()) * sizeof(char16_t);
         if (bytes)
             std::memcpy(out, text.utf16(), bytes);

@@ -81,7 +81,7 @@ private:
     // UTF-16 code units before the addresses: the name, the tvg-id and a tvg-name of its own.
     qsizetype textUnits() const
     {
-        return qsizetype(m_nameSize) + m_tvgIdSize + std::max<qint32>(m_tvgNameSize, 0);
+        return qsizetype(m_nameSize) + m_tvgIdSize + std::max<qint16>(m_tvgNameSize, 0);
     }
     qsizetype urlAt() const { return textUnits() * qsizetype(sizeof(char16_t)); }
     QStringView textAt(qsizetype at, qsizetype size) const
@@ -97,13 +97,15 @@ private:
     QByteArray m_texts;
     qint32 m_nameSize = 0; // in UTF-16 code units
     qint32 m_logoAt = -1; // where the logo address starts in m_texts; -1 for none
-    qint32 m_tvgIdSize = 0;
-    // The tvg-name's size, or one of these; most lists repeat the name there.
-    static constexpr qint32 noTvgName = -1;
-    static constexpr qint32 tvgNameIsName = -2;
-    qint32 m_tvgNameSize = noTvgName;
     static constexpr qint32 noShift = std::numeric_limits<qint32>::min();
     qint32 m_shiftSeconds = noShift;
+    // Guide keys are short: 16 bits each keep the entry small (a longer key counts as none).
+    static constexpr qsizetype maxKeySize = std::numeric_limits<qint16>::max();
+    qint16 m_tvgIdSize = 0;
+    // The tvg-name's size, or one of these; most lists repeat the name there.
+    static constexpr qint16 noTvgName = -1;
+    static constexpr qint16 tvgNameIsName = -2;
+    qint16 m_tvgNameSize = noTvgName;
     QString m_groupTitle;
     QString m_countryCode;
     // Shared: most entries have none, and those that do mostly share one set.

@@ -102,6 +102,19 @@ private Q_SLOTS:
                 != PlaylistEntry::fromEncoded(entries[0].id(), entries[0].nameView(),
                                               entries[0].encodedUrl(), {}, u"News"_s, u"UK"_s));
     }
+
+    void anOverlongKeyCountsAsNone()
+    {
+        const QByteArray longId(40000, 'x');
+        const QList<PlaylistEntry> entries
+            = parse("#EXTM3U\n#EXTINF:-1 tvg-id=\"" + longId + "\" tvg-name=\"" + longId
+                    + "\",News\nhttp://h/1\n");
+        QCOMPARE(entries.size(), 1);
+        QVERIFY(entries[0].tvgId().isEmpty());
+        QVERIFY(entries[0].tvgName().isEmpty());
+        QCOMPARE(entries[0].name(), u"News"_s);
+        QCOMPARE(entries[0].url(), QUrl(u"http://h/1"_s));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestPlaylistGuideKeys)

@@ -10,6 +10,13 @@
 #include <unistd.h>
 
 namespace {
+// An answer other than 2xx from an http server; 0 for a file or no answer yet.
+int errorStatus(const QNetworkReply &reply)
+{
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    return status != 0 && (status < 200 || status > 299) ? status : 0;
+}
+
 // Read a piece at a time, each step a short one, so that a stop is heard between them.
 constexpr qint64 chunkBytes = 256 * 1024;
 } // namespace
@@ -117,8 +124,7 @@ void GuideFetch::download(QNetworkAccessManager &network, const QUrl &url)
 void GuideFetch::readReply()
 {
     m_idleTimer.start(m_limits.idleTimeoutMs);
-    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (status != 0 && (status < 200 || status > 299)) {
+    if (errorStatus(*m_reply) != 0) {
         m_reply->readAll(); // an error page, which is no guide
         return;
     }
@@ -136,9 +142,9 @@ void GuideFetch::readReply()
 void GuideFetch::replyFinished()
 {
     QNetworkReply *reply = m_reply;
-    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const int status = errorStatus(*reply);
     QString failure;
-    if (status != 0 && (status < 200 || status > 299)) {
+    if (status != 0) {
         failure = QStringLiteral("The server returned an error (%1).").arg(status);
     } else if (reply->error() != QNetworkReply::NoError) {
         failure = networkErrorDescription(reply->error(), reply->errorString());

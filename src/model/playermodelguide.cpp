@@ -2,11 +2,10 @@
 // next moment a programme begins or ends.
 #include "playermodel.h"
 
+#include "guide/guideaddress.h"
 #include "sources/channelindex.h"
-#include "sources/urlparts.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 
 namespace {
 
@@ -43,19 +42,8 @@ std::optional<QString> PlayerModel::chooseGuideFile() const
 
 void PlayerModel::openGuide(const QString &text)
 {
-    const QString trimmed = text.trimmed();
-    std::optional<QUrl> url;
-    if (trimmed.startsWith(u"http://", Qt::CaseInsensitive)
-        || trimmed.startsWith(u"https://", Qt::CaseInsensitive)) {
-        url = UrlParts::parse(trimmed);
-        if (url && url->host().isEmpty())
-            url.reset();
-    } else if (trimmed.startsWith(u"file:", Qt::CaseInsensitive)) {
-        url = QUrl(trimmed);
-    } else if (!trimmed.isEmpty() && !trimmed.contains(u"://")) {
-        url = QUrl::fromLocalFile(QFileInfo(trimmed).absoluteFilePath());
-    }
-    if (!url || !url->isValid()) {
+    const std::optional<QUrl> url = GuideAddress::fromText(text);
+    if (!url) {
         showToast(QStringLiteral("Enter a guide file or an http or https address."));
         return;
     }

@@ -1,10 +1,10 @@
 #include "guidecommand.h"
 
+#include "guide/guideaddress.h"
 #include "model/guideloader.h"
 #include "sources/playlisterror.h"
 #include "sources/playlistheader.h"
 #include "sources/playlistparser.h"
-#include "sources/urlparts.h"
 
 #include "orderedjson.h"
 
@@ -61,17 +61,6 @@ QByteArray programmeJson(const std::optional<ProgrammeGuide::Programme> &program
     });
 }
 
-// A guide named on the command line: an http or https address, else a file.
-QUrl guideArgument(const QString &argument)
-{
-    if (argument.startsWith(u"http://", Qt::CaseInsensitive)
-        || argument.startsWith(u"https://", Qt::CaseInsensitive)) {
-        if (const std::optional<QUrl> url = UrlParts::parse(argument))
-            return *url;
-    }
-    return QUrl::fromLocalFile(QFileInfo(argument).absoluteFilePath());
-}
-
 } // namespace
 
 int runGuideCommand(const QStringList &arguments)
@@ -126,8 +115,15 @@ int runGuideCommand(const QStringList &arguments)
     if (guideArguments.isEmpty()) {
         request.guides = header.guides;
     } else {
-        for (const QString &argument : guideArguments)
-            request.guides.append(guideArgument(argument));
+        for (const QString &argument : guideArguments) {
+            const std::optional<QUrl> url = GuideAddress::fromText(argument);
+            if (!url) {
+                writeErr(QStringLiteral("lumo-cli: not a guide file or http/https address: %1")
+                             .arg(argument));
+                return 2;
+            }
+            request.guides.append(*url);
+        }
     }
 
     GuideLoader::Result result;

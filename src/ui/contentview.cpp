@@ -111,6 +111,8 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     });
 
     m_addressFocusTask.setSingleShot(true);
+    // Precise: a coarse timer may fire up to 5 % early, before the sidebar is in.
+    m_addressFocusTask.setTimerType(Qt::PreciseTimer);
     m_addressFocusTask.setInterval(addressFocusDelayMs);
     connect(&m_addressFocusTask, &QTimer::timeout, this, [this] {
         if (m_showSidebar)

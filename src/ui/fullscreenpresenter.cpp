@@ -18,9 +18,12 @@ FullScreenPresenter::FullScreenPresenter(PlayerModel &model, QObject *parent)
     , m_fade(new QVariantAnimation(this))
 {
     m_controlsHideTask.setSingleShot(true);
+    // Precise: a coarse timer may fire up to 5 % before the delay.
+    m_controlsHideTask.setTimerType(Qt::PreciseTimer);
     m_controlsHideTask.setInterval(controlsHideDelayMs);
     connect(&m_controlsHideTask, &QTimer::timeout, this, [this] { setControlsVisible(false); });
     m_cursorHideTask.setSingleShot(true);
+    m_cursorHideTask.setTimerType(Qt::PreciseTimer);
     m_cursorHideTask.setInterval(pointerHideDelayMs);
     connect(&m_cursorHideTask, &QTimer::timeout, this,
             &FullScreenPresenter::hidePointerIfStillWanted);

@@ -38,12 +38,13 @@ PlaylistEntry::PlaylistEntry(QUuid id, QString name, const QUrl &url,
 
 PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
                                          QByteArrayView encodedLogoURL, QString groupTitle,
-                                         QString countryCode, const PlaylistGuideKeys &guideKeys)
+                                         QString countryCode, const PlaylistGuideKeys &guideKeys,
+                                         EntryTextArena *arena)
 {
     PlaylistEntry entry = withTexts(
         id, name, encodedUrl,
         encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL),
-        guideKeys);
+        guideKeys, arena);
     entry.m_groupTitle = groupTitle.isEmpty() ? QString() : std::move(groupTitle);
     entry.m_countryCode = countryCode.isEmpty() ? QString() : std::move(countryCode);
     return entry;
@@ -51,7 +52,7 @@ PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayV
 
 PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayView url,
                                        std::optional<QByteArrayView> logo,
-                                       const PlaylistGuideKeys &guideKeys)
+                                       const PlaylistGuideKeys &guideKeys, EntryTextArena *arena)
 {
     PlaylistEntry entry;
     entry.m_id = id;
@@ -71,36 +72,38 @@ PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayVie
     if (guideKeys.shiftSeconds)
         entry.m_shiftSeconds = *guideKeys.shiftSeconds;
     const qsizetype textBytes = entry.urlAt();
-    // Exactly this size: resize() would round the block up to the next power of two.
-    entry.m_texts
-        = QByteArray(textBytes + url.size() + (logo ? logo->size() : 0), Qt::Uninitialized);
-    char *out = entry.m_texts.data();
+    const qsizetype size = textBytes + url.size() + (logo ? logo->size() : 0);
+    std::shared_ptr<char> block
+        = arena ? arena->allocate(size) : EntryTextArena::allocateAlone(size);
+    char *const start = block.get();
+    char *out = start;
     for (const QStringView text : {name, tvgId, ownTvgName}) {
         const auto bytes = size_t(text.size()) * sizeof(char16_t);
         if (bytes)
             std::memcpy(out, text.utf16(), bytes);
         out += bytes;
     }
-    out = entry.m_texts.data();
-    std::memcpy(out + textBytes, url.data(), size_t(url.size()));
+    std::memcpy(start + textBytes, url.data(), size_t(url.size()));
     if (logo) {
         entry.m_logoAt = qint32(textBytes + url.size());
-        std::memcpy(out + entry.m_logoAt, logo->data(), size_t(logo->size()));
+        std::memcpy(start + entry.m_logoAt, logo->data(), size_t(logo->size()));
     }
+    entry.m_texts = std::move(block);
+    entry.m_textsSize = qint32(size);
     return entry;
 }
 
 QByteArrayView PlaylistEntry::encodedUrl() const
 {
-    const qsizetype end = m_logoAt >= 0 ? m_logoAt : m_texts.size();
-    return QByteArrayView(m_texts).sliced(urlAt(), end - urlAt());
+    const qsizetype end = m_logoAt >= 0 ? m_logoAt : m_textsSize;
+    return texts().sliced(urlAt(), end - urlAt());
 }
 
 QByteArrayView PlaylistEntry::encodedLogoURL() const
 {
     if (m_logoAt < 0)
         return {};
-    return QByteArrayView(m_texts).sliced(m_logoAt);
+    return texts().sliced(m_logoAt);
 }
 
 QUrl PlaylistEntry::url() const
@@ -156,7 +159,7 @@ size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
 {
     QtPrivate::QHashCombine combine;
     seed = combine(seed, entry.m_id);
-    seed = combine(seed, entry.m_texts);
+    seed = combine(seed, entry.texts());
     seed = combine(seed, entry.m_nameSize);
     seed = combine(seed, entry.m_logoAt);
     seed = combine(seed, entry.m_tvgIdSize);

@@ -3,6 +3,7 @@
 // One channel of a playlist: a playable address with its name, logo, group and country, and the
 // request headers the playlist names for it.
 
+#include "entrytextarena.h"
 #include "streamheaders.h"
 
 #include <QByteArray>
@@ -35,18 +36,16 @@ public:
 
     // The same from addresses already in QUrl's fully encoded form; used by the parser, which
     // keeps addresses as compact bytes so that huge playlists stay small in memory. An empty
-    // logo address is none.
+    // logo address is none. The texts are kept in arena when one is given.
     static PlaylistEntry fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
                                      QByteArrayView encodedLogoURL, QString groupTitle,
-                                     QString countryCode, const PlaylistGuideKeys &guideKeys = {});
+                                     QString countryCode, const PlaylistGuideKeys &guideKeys = {},
+                                     EntryTextArena *arena = nullptr);
 
     QUuid id() const { return m_id; }
     QString name() const { return nameView().toString(); }
     // The name without a copy, valid while the entry is.
-    QStringView nameView() const
-    {
-        return QStringView(reinterpret_cast<const char16_t *>(m_texts.constData()), m_nameSize);
-    }
+    QStringView nameView() const { return textAt(0, m_nameSize); }
     QUrl url() const;
     std::optional<QUrl> logoURL() const;
     std::optional<QString> groupTitle() const;
@@ -69,7 +68,7 @@ public:
     {
         return a.m_id == b.m_id && a.m_nameSize == b.m_nameSize && a.m_logoAt == b.m_logoAt
             && a.m_tvgIdSize == b.m_tvgIdSize && a.m_tvgNameSize == b.m_tvgNameSize
-            && a.m_shiftSeconds == b.m_shiftSeconds && a.m_texts == b.m_texts
+            && a.m_shiftSeconds == b.m_shiftSeconds && a.texts() == b.texts()
             && a.m_groupTitle == b.m_groupTitle && a.m_countryCode == b.m_countryCode;
     }
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
@@ -77,7 +76,8 @@ public:
 private:
     static PlaylistEntry withTexts(QUuid id, QStringView name, QByteArrayView url,
                                    std::optional<QByteArrayView> logo,
-                                   const PlaylistGuideKeys &guideKeys = {});
+                                   const PlaylistGuideKeys &guideKeys = {},
+                                   EntryTextArena *arena = nullptr);
     // UTF-16 code units before the addresses: the name, the tvg-id and a tvg-name of its own.
     qsizetype textUnits() const
     {
@@ -86,15 +86,17 @@ private:
     qsizetype urlAt() const { return textUnits() * qsizetype(sizeof(char16_t)); }
     QStringView textAt(qsizetype at, qsizetype size) const
     {
-        return QStringView(reinterpret_cast<const char16_t *>(m_texts.constData()) + at, size);
+        return QStringView(reinterpret_cast<const char16_t *>(m_texts.get()) + at, size);
     }
+    QByteArrayView texts() const { return QByteArrayView(m_texts.get(), m_textsSize); }
 
     // Absent optional values are null (never empty) strings: the parser only keeps non-empty
     // groups, exactly two-character countries and non-empty logo addresses.
     // One block for the name, the tvg-id and the tvg-name (UTF-16), then both addresses, in
-    // that order: a huge list makes one allocation per channel instead of five.
+    // that order, never changed once written: a parsed list keeps them in shared chunks.
     QUuid m_id;
-    QByteArray m_texts;
+    std::shared_ptr<const char> m_texts;
+    qint32 m_textsSize = 0;
     qint32 m_nameSize = 0; // in UTF-16 code units
     qint32 m_logoAt = -1; // where the logo address starts in m_texts; -1 for none
     static constexpr qint32 noShift = std::numeric_limits<qint32>::min();

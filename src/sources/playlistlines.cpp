@@ -51,6 +51,19 @@ qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &asc
     return size;
 }
 
+// Whether decoded text holds NEL, LINE or PARAGRAPH SEPARATOR, text being a piece without ASCII
+// line breaks. Without an early exit, so that the compiler tests many characters at once: such
+// breaks are rare, and most non-ASCII lines are read as one.
+bool holdsOtherLineBreaks(QStringView text)
+{
+    bool found = false;
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        found |= (u == 0x85) | ((u | 1) == 0x2029);
+    }
+    return found;
+}
+
 } // namespace
 
 namespace PlaylistLines {
@@ -90,6 +103,12 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
                     return Walk::notUtf8;
             }
             const QStringView text(buffer);
+            if (!holdsOtherLineBreaks(text)) {
+                if (!visit(text, start, true))
+                    return Walk::stopped;
+                start = end + 1;
+                continue;
+            }
             qsizetype from = 0;
             for (qsizetype at = 0; at <= text.size(); ++at) {
                 if (at < text.size() && !isLineBreak(text[at].unicode()))

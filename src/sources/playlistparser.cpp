@@ -1,5 +1,6 @@
 #include "playlistparser.h"
 
+#include "asciiprefix.h"
 #include "playlistlines.h"
 #include "tvgshift.h"
 #include "urlparts.h"
@@ -9,6 +10,7 @@
 #include <QTextBoundaryFinder>
 #include <QVarLengthArray>
 
+#include <algorithm>
 #include <array>
 #include <thread>
 
@@ -41,6 +43,46 @@ std::optional<QString> twoCharacterCode(QStringView piece)
     return code;
 }
 
+// The last non-empty dot-separated piece of a tvg-id such as "cnn.us" or "One.uk@SD", before the
+// first "@" (leading "@"s skipped).
+std::optional<QStringView> countryPieceOfTvgId(QStringView value)
+{
+    QStringView beforeAt = value;
+    qsizetype first = 0;
+    while (first < value.size() && value[first] == u'@')
+        ++first;
+    const qsizetype at = value.indexOf(u'@', first);
+    beforeAt = value.sliced(first, (at < 0 ? value.size() : at) - first);
+    if (beforeAt.isEmpty())
+        beforeAt = value;
+
+    qsizetype end = beforeAt.size();
+    while (end > 0 && beforeAt[end - 1] == u'.')
+        --end;
+    const qsizetype dot = beforeAt.first(end).lastIndexOf(u'.');
+    const QStringView last = beforeAt.sliced(dot + 1, end - dot - 1);
+    if (last.isEmpty())
+        return std::nullopt;
+    return last;
+}
+
+// The first piece of a list such as "us;ca" or "de, at".
+std::optional<QStringView> countryPieceOfList(QStringView value)
+{
+    const auto isSeparator = [](QChar c) {
+        return c == u',' || c == u';' || c == u' ';
+    };
+    qsizetype start = 0;
+    while (start < value.size() && isSeparator(value[start]))
+        ++start;
+    qsizetype end = start;
+    while (end < value.size() && !isSeparator(value[end]))
+        ++end;
+    if (end == start)
+        return std::nullopt;
+    return value.sliced(start, end - start);
+}
+
 // A request header's value as a playlist gives it, without control characters: a NUL, CR or LF
 // would cut or split the request, the others have no place in a header. Null when nothing is
 // left.
@@ -56,9 +98,10 @@ QString headerValue(QStringView value)
     return clean.isEmpty() ? QString() : clean;
 }
 
+// Compared from the end: attribute names mostly share their beginning ("tvg-").
 bool equalsIgnoringCase(QStringView text, QStringView name)
 {
-    for (qsizetype i = 0; i < name.size(); ++i) {
+    for (qsizetype i = name.size() - 1; i >= 0; --i) {
         const char16_t a = text[i].unicode();
         const char16_t b = name[i].unicode();
         if (a >= 0x80 || b >= 0x80) // rare: let Qt fold the whole thing
@@ -107,6 +150,9 @@ public:
         return std::nullopt;
     }
 
+    // Where each "=" followed by a quote is, in order.
+    const QVarLengthArray<qsizetype, 16> &places() const { return m_places; }
+
 private:
     QStringView m_line;
     QVarLengthArray<qsizetype, 16> m_places;
@@ -127,6 +173,25 @@ public:
         QString stored = text.toString();
         m_texts.insert(QStringView(stored), stored);
         return stored;
+    }
+
+    // The shared copy of twoCharacterCode(piece). Two ASCII characters, nearly every code, are
+    // upper-cased in place and looked up without a copy.
+    QString internCountryCode(QStringView piece)
+    {
+        const auto ascii = [](QChar c) {
+            return c.unicode() < 0x80;
+        };
+        if (!std::all_of(piece.begin(), piece.end(), ascii))
+            return intern(twoCharacterCode(piece).value_or(QString()));
+        if (piece.size() != 2)
+            return {};
+        const auto upper = [](QChar c) {
+            const char16_t u = c.unicode();
+            return u >= u'a' && u <= u'z' ? char16_t(u - 32) : u;
+        };
+        const char16_t code[2] = {upper(piece[0]), upper(piece[1])};
+        return intern(QStringView(code, 2));
     }
 
 private:
@@ -166,17 +231,23 @@ private:
     QRandomGenerator m_generator;
 };
 
-// The encoded form of an address, relative ones resolved against base; with no base (logos,
-// which have no playlist address to be relative to) only absolute addresses count. Nothing when
-// the text is not an address.
-std::optional<QByteArray> encodedAddress(QStringView text, const QUrl *base)
+// The encoded form of an address, relative ones resolved against base, into a buffer reused from
+// address to address; with no base (logos, which have no playlist address to be relative to)
+// only absolute addresses count. False when the text is not an address.
+bool encodeAddress(QStringView text, const QUrl *base, QByteArray &into)
 {
-    if (std::optional<QByteArray> plain = UrlParts::encodedPlainAddress(text))
-        return plain;
+    if (UrlParts::isPlainAddress(text)) {
+        into.resize(text.size());
+        char *out = into.data();
+        for (const QChar c : text)
+            *out++ = char(c.unicode());
+        return true;
+    }
     const std::optional<QUrl> url = base ? UrlParts::parse(text, *base) : UrlParts::parse(text);
     if (!url || (!base && url->isRelative()))
-        return std::nullopt;
-    return UrlParts::encoded(*url);
+        return false;
+    into = UrlParts::encoded(*url);
+    return true;
 }
 
 // The name of an address listed without one: its file name without the type, else its host.
@@ -198,22 +269,28 @@ QString nameFromAddress(const QByteArray &encoded)
 
 // Where an #EXTINF line's title begins: after the first comma outside the quoted attribute
 // values (name="..."), since a user agent reads "KHTML, like Gecko". A quote left open leaves
-// the first comma of all.
-qsizetype titleComma(QStringView line)
+// the first comma of all. The quoted values are found from the places of "=\"" in the line.
+qsizetype titleComma(QStringView line, const AttributePlaces &attributes)
 {
-    for (qsizetype at = 0; at < line.size(); ++at) {
-        if (line[at] == u',')
-            return at;
-        if (line[at] == u'"' && at > 0 && line[at - 1] == u'=') {
-            const qsizetype closing = line.indexOf(u'"', at + 1);
-            if (closing < 0)
-                return line.indexOf(u',');
-            at = closing;
-        }
+    qsizetype comma = line.indexOf(u',');
+    qsizetype at = 0;
+    for (const qsizetype equals : attributes.places()) {
+        if (comma < 0 || comma < equals + 1)
+            return comma;
+        if (equals < at)
+            continue; // inside the value before
+        const qsizetype closing = line.indexOf(u'"', equals + 2);
+        if (closing < 0)
+            return line.indexOf(u',');
+        at = closing + 1;
+        if (comma < at)
+            comma = line.indexOf(u',', at);
     }
-    return -1;
+    return comma;
 }
 
+// What an #EXTINF line says about the next address. The texts keep their buffers from entry to
+// entry: a huge list then allocates nothing here.
 struct PendingInfo
 {
     QString name;
@@ -223,7 +300,24 @@ struct PendingInfo
     QString tvgId;
     QString tvgName;
     std::optional<qint32> shiftSeconds;
+
+    void clear()
+    {
+        name.resize(0);
+        logo.resize(0);
+        group = QString();
+        country = QString();
+        tvgId.resize(0);
+        tvgName.resize(0);
+        shiftSeconds.reset();
+    }
 };
+
+void assignText(QString &into, QStringView text)
+{
+    into.resize(0);
+    into.append(text);
+}
 
 class Parser
 {
@@ -236,40 +330,42 @@ public:
     {
         // Everything after the first comma outside quoted values, further commas kept; the
         // whole line with no comma.
-        const qsizetype comma = titleComma(line);
-        const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
         const AttributePlaces attributes(line);
-        m_pending = {};
-        if (!title.isEmpty())
-            m_pending.name = title.toString();
+        const qsizetype comma = titleComma(line, attributes);
+        const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
+        m_pending.clear();
+        assignText(m_pending.name, title);
         const std::optional<QStringView> tvgName = attributes.value(u"tvg-name");
         if (tvgName) {
-            m_pending.tvgName = tvgName->toString();
+            assignText(m_pending.tvgName, *tvgName);
             if (title.isEmpty())
-                m_pending.name = m_pending.tvgName;
+                assignText(m_pending.name, *tvgName);
         }
         if (std::optional<QStringView> shift = attributes.value(u"tvg-shift")) {
             m_pending.shiftSeconds = TvgShift::parseSeconds(*shift);
         }
 
-        if (std::optional<QStringView> logo = attributes.value(u"tvg-logo"))
-            m_pending.logo = encodedAddress(*logo, nullptr).value_or(QByteArray());
+        if (std::optional<QStringView> logo = attributes.value(u"tvg-logo")) {
+            if (!encodeAddress(*logo, nullptr, m_pending.logo))
+                m_pending.logo.resize(0);
+        }
         if (std::optional<QStringView> group = attributes.value(u"group-title"))
             m_pending.group = m_pool.intern(*group);
 
         std::optional<QStringView> country = attributes.value(u"tvg-country");
         if (!country)
             country = attributes.value(u"country");
-        std::optional<QString> code;
-        if (country)
-            code = PlaylistParser::normalizedCountryCode(*country);
+        if (country) {
+            if (const std::optional<QStringView> piece = countryPieceOfList(*country))
+                m_pending.country = m_pool.internCountryCode(*piece);
+        }
         const std::optional<QStringView> tvgID = attributes.value(u"tvg-id");
         if (tvgID)
-            m_pending.tvgId = tvgID->toString();
-        if (!code && tvgID)
-            code = PlaylistParser::inferredCountryCode(m_pending.tvgId);
-        if (code)
-            m_pending.country = m_pool.intern(*code);
+            assignText(m_pending.tvgId, *tvgID);
+        if (m_pending.country.isNull() && tvgID) {
+            if (const std::optional<QStringView> piece = countryPieceOfTvgId(*tvgID))
+                m_pending.country = m_pool.internCountryCode(*piece);
+        }
 
         if (std::optional<QStringView> agent = attributes.value(u"http-user-agent"))
             m_pendingHeaders.userAgent = headerValue(*agent);
@@ -281,7 +377,7 @@ public:
     // matter to playing; they hold until that address, whether given before or after #EXTINF.
     void readVlcOption(QStringView line)
     {
-        const QStringView option = line.sliced(vlcOptionPrefix.size());
+        const QStringView option = line.sliced(QStringView(u"#EXTVLCOPT:").size());
         const qsizetype equals = option.indexOf(u'=');
         if (equals < 0)
             return;
@@ -297,18 +393,16 @@ public:
 
     void readAddress(QStringView line)
     {
-        std::optional<QByteArray> address = encodedAddress(line, &m_baseURL);
-        if (!address)
+        if (!encodeAddress(line, &m_baseURL, m_address))
             return; // keep the pending information for the next address line
 
-        QString name = std::move(m_pending.name);
-        if (name.isEmpty())
-            name = nameFromAddress(*address);
+        const QString nameOfAddress
+            = m_pending.name.isEmpty() ? nameFromAddress(m_address) : QString();
         m_entries.append(PlaylistEntry::fromEncoded(
-            m_uuids.next(), name, *address, m_pending.logo, std::move(m_pending.group),
-            std::move(m_pending.country),
-            {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}));
-        m_pending = {};
+            m_uuids.next(), m_pending.name.isEmpty() ? nameOfAddress : m_pending.name, m_address,
+            m_pending.logo, std::move(m_pending.group), std::move(m_pending.country),
+            {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}, &m_arena));
+        m_pending.clear();
         if (!m_pendingHeaders.isEmpty()) {
             if (!m_lastHeaders || *m_lastHeaders != m_pendingHeaders)
                 m_lastHeaders = std::make_shared<const StreamHeaders>(m_pendingHeaders);
@@ -317,8 +411,6 @@ public:
         }
     }
 
-    static constexpr QStringView vlcOptionPrefix = u"#EXTVLCOPT:";
-
     // Not squeezed: squeezing copies every entry into new memory, while the spare capacity of a
     // big list is address space the process never touches.
     QList<PlaylistEntry> take() { return std::move(m_entries); }
@@ -326,9 +418,11 @@ public:
 private:
     QUrl m_baseURL;
     PendingInfo m_pending;
+    QByteArray m_address; // reused from line to line
     StreamHeaders m_pendingHeaders;
     std::shared_ptr<const StreamHeaders> m_lastHeaders; // shared by entries with equal headers
     TextPool m_pool;
+    EntryTextArena m_arena;
     UuidSource m_uuids;
     QList<PlaylistEntry> m_entries;
 };
@@ -342,9 +436,9 @@ void parseLine(Parser &parser, QStringView untrimmed)
     const QStringView line = untrimmed.trimmed();
     if (line.isEmpty())
         return;
-    if (line.startsWith(u"#EXTINF:"))
+    if (startsWithAscii(line, u"#EXTINF:"))
         parser.readExtinf(line);
-    else if (line.startsWith(Parser::vlcOptionPrefix))
+    else if (startsWithAscii(line, u"#EXTVLCOPT:"))
         parser.readVlcOption(line);
     else if (!line.startsWith(u'#'))
         parser.readAddress(line);
@@ -523,41 +617,12 @@ std::optional<QString> PlaylistParser::inferredCountryCode(const std::optional<Q
 {
     if (!tvgID)
         return std::nullopt;
-    QStringView value = *tvgID;
-
-    // The first non-empty piece around the first "@"; leading "@"s are skipped.
-    QStringView beforeAt = value;
-    qsizetype first = 0;
-    while (first < value.size() && value[first] == u'@')
-        ++first;
-    const qsizetype at = value.indexOf(u'@', first);
-    beforeAt = value.sliced(first, (at < 0 ? value.size() : at) - first);
-    if (beforeAt.isEmpty())
-        beforeAt = value;
-
-    // The last non-empty piece between dots.
-    qsizetype end = beforeAt.size();
-    while (end > 0 && beforeAt[end - 1] == u'.')
-        --end;
-    const qsizetype dot = beforeAt.first(end).lastIndexOf(u'.');
-    const QStringView last = beforeAt.sliced(dot + 1, end - dot - 1);
-    if (last.isEmpty())
-        return std::nullopt;
-    return twoCharacterCode(last);
+    const std::optional<QStringView> piece = countryPieceOfTvgId(*tvgID);
+    return piece ? twoCharacterCode(*piece) : std::nullopt;
 }
 
 std::optional<QString> PlaylistParser::normalizedCountryCode(QStringView value)
 {
-    const auto isSeparator = [](QChar c) {
-        return c == u',' || c == u';' || c == u' ';
-    };
-    qsizetype start = 0;
-    while (start < value.size() && isSeparator(value[start]))
-        ++start;
-    qsizetype end = start;
-    while (end < value.size() && !isSeparator(value[end]))
-        ++end;
-    if (end == start)
-        return std::nullopt;
-    return twoCharacterCode(value.sliced(start, end - start));
+    const std::optional<QStringView> piece = countryPieceOfList(value);
+    return piece ? twoCharacterCode(*piece) : std::nullopt;
 }

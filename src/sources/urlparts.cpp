@@ -1,5 +1,7 @@
 #include "urlparts.h"
 
+#include "asciiprefix.h"
+
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -91,9 +93,16 @@ constexpr std::array<bool, 128> plainPathCharacters = [] {
     return table;
 }();
 
-bool isPlainPathCharacter(char16_t c)
+// Every character of text is a plain path character. Without an early exit, so that the loop
+// runs without branches: addresses are long and nearly always plain.
+bool allPlainPathCharacters(QStringView text)
 {
-    return c < 128 && plainPathCharacters[c];
+    bool plain = true;
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        plain &= (u < 128) & plainPathCharacters[u & 127];
+    }
+    return plain;
 }
 
 // A host name of lower-case labels that QUrl accepts unchanged: no empty label, no label
@@ -115,7 +124,7 @@ bool isPlainHost(QStringView host)
         }
         const QStringView label = host.sliced(labelStart, i - labelStart);
         if (label.isEmpty() || label.size() > 63 || label.startsWith(u'-') || label.endsWith(u'-')
-            || label.startsWith(u"xn--"))
+            || startsWithAscii(label, u"xn--"))
             return false;
         everyLabelBeginsWithADigit &= label.front() >= u'0' && label.front() <= u'9';
         labelStart = i + 1;
@@ -138,15 +147,15 @@ bool isPlainPort(QStringView port)
 
 } // namespace
 
-std::optional<QByteArray> encodedPlainAddress(QStringView text)
+bool isPlainAddress(QStringView text)
 {
     qsizetype authorityStart = 0;
-    if (text.startsWith(u"http://"))
+    if (startsWithAscii(text, u"http://"))
         authorityStart = 7;
-    else if (text.startsWith(u"https://"))
+    else if (startsWithAscii(text, u"https://"))
         authorityStart = 8;
     else
-        return std::nullopt;
+        return false;
 
     qsizetype authorityEnd = authorityStart;
     while (authorityEnd < text.size() && text[authorityEnd] != u'/' && text[authorityEnd] != u'?')
@@ -155,12 +164,15 @@ std::optional<QByteArray> encodedPlainAddress(QStringView text)
     const qsizetype colon = authority.indexOf(u':');
     const QStringView host = colon < 0 ? authority : authority.first(colon);
     if (!isPlainHost(host) || (colon >= 0 && !isPlainPort(authority.sliced(colon + 1))))
-        return std::nullopt;
+        return false;
 
-    for (qsizetype i = authorityEnd; i < text.size(); ++i) {
-        if (!isPlainPathCharacter(text[i].unicode()))
-            return std::nullopt;
-    }
+    return allPlainPathCharacters(text.sliced(authorityEnd));
+}
+
+std::optional<QByteArray> encodedPlainAddress(QStringView text)
+{
+    if (!isPlainAddress(text))
+        return std::nullopt;
     QByteArray bytes(text.size(), Qt::Uninitialized);
     char *out = bytes.data();
     for (QChar c : text)

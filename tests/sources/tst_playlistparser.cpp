@@ -58,6 +58,7 @@ private Q_SLOTS:
     void inferredCountryCode_data();
     void inferredCountryCode();
     void entryEqualityAndHashingTakeAllFields();
+    void entriesKeepTheirTextsWhenTheListIsGone();
     void errorTexts();
 };
 
@@ -465,6 +466,37 @@ void TestPlaylistParser::entryEqualityAndHashingTakeAllFields()
     QCOMPARE(different[3].logoURL(), std::nullopt);
     QCOMPARE(a.logoURL(), QUrl(u"http://h/l.png"_s));
     QCOMPARE(different[5].countryCode(), std::nullopt);
+}
+
+void TestPlaylistParser::entriesKeepTheirTextsWhenTheListIsGone()
+{
+    // Enough channels for several shared blocks of texts, and one name too long to share one.
+    QString text = u"#EXTM3U\n"_s;
+    const QString longName(100000, u'n');
+    for (int i = 0; i < 20000; ++i) {
+        text += u"#EXTINF:-1 tvg-id=\"id%1\" tvg-logo=\"http://logos.example/%1.png\",%2\n"
+                u"http://h.example/live/%1.ts\n"_s.arg(i)
+                    .arg(i == 15001 ? longName : u"Channel %1"_s.arg(i));
+    }
+    QList<PlaylistEntry> kept;
+    {
+        const QList<PlaylistEntry> entries
+            = PlaylistParser::parse(QByteArrayView(text.toUtf8()), base);
+        QCOMPARE(entries.size(), 20000);
+        for (qsizetype i = 0; i < entries.size(); i += 2500)
+            kept.append(entries[i]);
+        kept.append(entries[15001]);
+    }
+    QCOMPARE(kept.size(), 9);
+    for (qsizetype k = 0; k < 8; ++k) {
+        const qsizetype i = k * 2500;
+        QCOMPARE(kept[k].name(), u"Channel %1"_s.arg(i));
+        QCOMPARE(kept[k].tvgId(), u"id%1"_s.arg(i));
+        QCOMPARE(kept[k].url(), QUrl(u"http://h.example/live/%1.ts"_s.arg(i)));
+        QCOMPARE(kept[k].logoURL(), QUrl(u"http://logos.example/%1.png"_s.arg(i)));
+    }
+    QCOMPARE(kept[8].name(), longName);
+    QCOMPARE(kept[8].url(), QUrl(u"http://h.example/live/15001.ts"_s));
 }
 
 void TestPlaylistParser::errorTexts()

@@ -1,17 +1,43 @@
 #include "measuredprocess.h"
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
+
 #include <vector>
 
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+namespace {
+
+QString launcherPath()
+{
+    const QString executable = QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget();
+    return QFileInfo(executable).dir().filePath(QStringLiteral("lumo-launch-measured"));
+}
+
+// Everything the descriptor gives until its end.
+QByteArray readAll(int descriptor)
+{
+    QByteArray bytes;
+    char buffer[4096];
+    for (ssize_t got; (got = read(descriptor, buffer, sizeof buffer)) != 0;) {
+        if (got > 0)
+            bytes.append(buffer, got);
+        else if (errno != EINTR)
+            break;
+    }
+    return bytes;
+}
+
+} // namespace
 
 std::optional<ProcessFigures> runMeasured(const QStringList &arguments)
 {
     if (arguments.isEmpty())
         return std::nullopt;
-    std::vector<QByteArray> encoded;
+    std::vector<QByteArray> encoded {launcherPath().toLocal8Bit()};
     for (const QString &argument : arguments)
         encoded.push_back(argument.toLocal8Bit());
     std::vector<char *> argv;
@@ -20,8 +46,14 @@ std::optional<ProcessFigures> runMeasured(const QStringList &arguments)
     argv.push_back(nullptr);
 
     int pipeEnds[2];
+    int memoryEnds[2]; // where the launcher writes the peak
     if (pipe(pipeEnds) != 0)
         return std::nullopt;
+    if (pipe(memoryEnds) != 0) {
+        close(pipeEnds[0]);
+        close(pipeEnds[1]);
+        return std::nullopt;
+    }
     QElapsedTimer clock;
     clock.start();
     const pid_t child = fork();
@@ -29,31 +61,31 @@ std::optional<ProcessFigures> runMeasured(const QStringList &arguments)
         return std::nullopt;
     if (child == 0) {
         dup2(pipeEnds[1], STDOUT_FILENO);
-        close(pipeEnds[0]);
-        close(pipeEnds[1]);
-        execvp(argv[0], argv.data());
+        dup2(memoryEnds[1], 3);
+        for (const int end : {pipeEnds[0], pipeEnds[1], memoryEnds[0], memoryEnds[1]}) {
+            if (end != 3)
+                close(end);
+        }
+        execv(argv[0], argv.data());
         _exit(127);
     }
     close(pipeEnds[1]);
+    close(memoryEnds[1]);
     ProcessFigures figures;
-    char buffer[4096];
-    for (ssize_t got; (got = read(pipeEnds[0], buffer, sizeof buffer)) != 0;) {
-        if (got > 0)
-            figures.output.append(buffer, got);
-        else if (errno != EINTR)
-            break;
-    }
+    figures.output = readAll(pipeEnds[0]);
     close(pipeEnds[0]);
+    const QByteArray peakKilobytes = readAll(memoryEnds[0]).trimmed();
+    close(memoryEnds[0]);
     int status = 0;
-    rusage usage {};
-    while (wait4(child, &status, 0, &usage) < 0) {
+    while (waitpid(child, &status, 0) < 0) {
         if (errno != EINTR)
             return std::nullopt;
     }
     figures.seconds = double(clock.nsecsElapsed()) / 1e9;
-    figures.peakResidentMegabytes = double(usage.ru_maxrss) / 1024.0; // kilobytes on Linux
+    bool read = false;
+    figures.peakResidentMegabytes = peakKilobytes.toDouble(&read) / 1024.0;
     figures.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    if (figures.exitCode == 127)
+    if (figures.exitCode == 127 || !read)
         return std::nullopt;
     return figures;
 }

@@ -1,6 +1,6 @@
 #pragma once
 // Runs a program to its end and reports what the whole process took: wall time and peak
-// resident memory, as the kernel counts them for that one child.
+// resident memory, as the kernel counts them for that one program.
 #include <QByteArray>
 #include <QStringList>
 #include <optional>
@@ -13,5 +13,6 @@ struct ProcessFigures
     QByteArray output; // what it wrote to standard output
 };
 
-// Nothing when the program cannot be started.
+// Nothing when the program cannot be started. The program is started by lumo-launch-measured,
+// beside this executable, so that its peak memory is its own.
 std::optional<ProcessFigures> runMeasured(const QStringList &arguments);

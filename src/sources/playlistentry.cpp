@@ -11,6 +11,19 @@ QString nullIfAbsent(std::optional<QString> text)
     return text && !text->isEmpty() ? std::move(*text) : QString();
 }
 
+std::shared_ptr<const PlaylistLabels> labelsOrNone(std::shared_ptr<const PlaylistLabels> labels)
+{
+    if (!labels || (labels->groupTitle.isNull() && labels->countryCode.isNull()))
+        return nullptr;
+    return labels;
+}
+
+const PlaylistLabels &noLabels()
+{
+    static const PlaylistLabels none;
+    return none;
+}
+
 QUrl urlFromEncoded(QByteArrayView encoded)
 {
     return QUrl::fromEncoded(QByteArray::fromRawData(encoded.data(), encoded.size()));
@@ -32,21 +45,20 @@ PlaylistEntry::PlaylistEntry(QUuid id, QString name, const QUrl &url,
                               logoURL ? std::optional<QByteArrayView>(UrlParts::encoded(*logoURL))
                                       : std::nullopt))
 {
-    m_groupTitle = nullIfAbsent(std::move(groupTitle));
-    m_countryCode = nullIfAbsent(std::move(countryCode));
+    m_labels = labelsOrNone(std::make_shared<const PlaylistLabels>(PlaylistLabels {
+        nullIfAbsent(std::move(groupTitle)), nullIfAbsent(std::move(countryCode))}));
 }
 
 PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
-                                         QByteArrayView encodedLogoURL, QString groupTitle,
-                                         QString countryCode, const PlaylistGuideKeys &guideKeys,
-                                         EntryTextArena *arena)
+                                         QByteArrayView encodedLogoURL,
+                                         std::shared_ptr<const PlaylistLabels> labels,
+                                         const PlaylistGuideKeys &guideKeys, EntryTextArena *arena)
 {
     PlaylistEntry entry = withTexts(
         id, name, encodedUrl,
         encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL),
         guideKeys, arena);
-    entry.m_groupTitle = groupTitle.isEmpty() ? QString() : std::move(groupTitle);
-    entry.m_countryCode = countryCode.isEmpty() ? QString() : std::move(countryCode);
+    entry.m_labels = labelsOrNone(std::move(labels));
     return entry;
 }
 
@@ -120,12 +132,21 @@ std::optional<QUrl> PlaylistEntry::logoURL() const
 
 std::optional<QString> PlaylistEntry::groupTitle() const
 {
-    return absentIfNull(m_groupTitle);
+    return absentIfNull((m_labels ? *m_labels : noLabels()).groupTitle);
 }
 
 std::optional<QString> PlaylistEntry::countryCode() const
 {
-    return absentIfNull(m_countryCode);
+    return absentIfNull((m_labels ? *m_labels : noLabels()).countryCode);
+}
+
+bool PlaylistEntry::sameLabels(const PlaylistEntry &a, const PlaylistEntry &b)
+{
+    if (a.m_labels == b.m_labels)
+        return true;
+    const PlaylistLabels &first = a.m_labels ? *a.m_labels : noLabels();
+    const PlaylistLabels &second = b.m_labels ? *b.m_labels : noLabels();
+    return first.groupTitle == second.groupTitle && first.countryCode == second.countryCode;
 }
 
 QStringView PlaylistEntry::tvgName() const
@@ -165,7 +186,8 @@ size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
     seed = combine(seed, entry.m_tvgIdSize);
     seed = combine(seed, entry.m_tvgNameSize);
     seed = combine(seed, entry.m_shiftSeconds);
-    for (const QString *text : {&entry.m_groupTitle, &entry.m_countryCode}) {
+    const PlaylistLabels &labels = entry.m_labels ? *entry.m_labels : noLabels();
+    for (const QString *text : {&labels.groupTitle, &labels.countryCode}) {
         seed = combine(seed, !text->isNull());
         if (!text->isNull())
             seed = combine(seed, *text);

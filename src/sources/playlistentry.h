@@ -27,6 +27,14 @@ struct PlaylistGuideKeys
     std::optional<qint32> shiftSeconds;
 };
 
+// A group and a country, shared by the entries that have the same: a big list has few of each.
+// Null strings when absent.
+struct PlaylistLabels
+{
+    QString groupTitle;
+    QString countryCode;
+};
+
 class PlaylistEntry
 {
 public:
@@ -36,10 +44,12 @@ public:
 
     // The same from addresses already in QUrl's fully encoded form; used by the parser, which
     // keeps addresses as compact bytes so that huge playlists stay small in memory. An empty
-    // logo address is none. The texts are kept in arena when one is given.
+    // logo address is none; labels hold null strings for what is absent. The texts are kept in
+    // arena when one is given.
     static PlaylistEntry fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
-                                     QByteArrayView encodedLogoURL, QString groupTitle,
-                                     QString countryCode, const PlaylistGuideKeys &guideKeys = {},
+                                     QByteArrayView encodedLogoURL,
+                                     std::shared_ptr<const PlaylistLabels> labels,
+                                     const PlaylistGuideKeys &guideKeys = {},
                                      EntryTextArena *arena = nullptr);
 
     QUuid id() const { return m_id; }
@@ -68,8 +78,7 @@ public:
     {
         return a.m_id == b.m_id && a.m_nameSize == b.m_nameSize && a.m_logoAt == b.m_logoAt
             && a.m_tvgIdSize == b.m_tvgIdSize && a.m_tvgNameSize == b.m_tvgNameSize
-            && a.m_shiftSeconds == b.m_shiftSeconds && a.texts() == b.texts()
-            && a.m_groupTitle == b.m_groupTitle && a.m_countryCode == b.m_countryCode;
+            && a.m_shiftSeconds == b.m_shiftSeconds && a.texts() == b.texts() && sameLabels(a, b);
     }
     friend size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept;
 
@@ -89,9 +98,8 @@ private:
         return QStringView(reinterpret_cast<const char16_t *>(m_texts.get()) + at, size);
     }
     QByteArrayView texts() const { return QByteArrayView(m_texts.get(), m_textsSize); }
+    static bool sameLabels(const PlaylistEntry &a, const PlaylistEntry &b);
 
-    // Absent optional values are null (never empty) strings: the parser only keeps non-empty
-    // groups, exactly two-character countries and non-empty logo addresses.
     // One block for the name, the tvg-id and the tvg-name (UTF-16), then both addresses, in
     // that order, never changed once written: a parsed list keeps them in shared chunks.
     QUuid m_id;
@@ -108,8 +116,9 @@ private:
     static constexpr qint16 noTvgName = -1;
     static constexpr qint16 tvgNameIsName = -2;
     qint16 m_tvgNameSize = noTvgName;
-    QString m_groupTitle;
-    QString m_countryCode;
+    // None when there is neither a group nor a country. Absent values are null (never empty)
+    // strings: the parser only keeps non-empty groups and exactly two-character countries.
+    std::shared_ptr<const PlaylistLabels> m_labels;
     // Shared: most entries have none, and those that do mostly share one set.
     std::shared_ptr<const StreamHeaders> m_headers;
 };

@@ -198,6 +198,33 @@ private:
     QHash<QStringView, QString> m_texts;
 };
 
+// Shares one PlaylistLabels among the entries with the same group and country. The texts come
+// from a TextPool, so equal texts are the same string and are told apart by where they are.
+class LabelsPool
+{
+public:
+    std::shared_ptr<const PlaylistLabels> labels(const QString &group, const QString &country)
+    {
+        if (group.isNull() && country.isNull())
+            return nullptr;
+        const Key key {group.constData(), country.constData()};
+        if (m_last && key == m_lastKey) // neighbours mostly share their group
+            return m_last;
+        std::shared_ptr<const PlaylistLabels> &shared = m_labels[key];
+        if (!shared)
+            shared = std::make_shared<const PlaylistLabels>(PlaylistLabels {group, country});
+        m_lastKey = key;
+        m_last = shared;
+        return shared;
+    }
+
+private:
+    using Key = std::pair<const QChar *, const QChar *>;
+    QHash<Key, std::shared_ptr<const PlaylistLabels>> m_labels;
+    Key m_lastKey;
+    std::shared_ptr<const PlaylistLabels> m_last;
+};
+
 // Fresh random identifiers: one generator, seeded from the system once per playlist, rather
 // than a system call per entry.
 class UuidSource
@@ -400,7 +427,7 @@ public:
             = m_pending.name.isEmpty() ? nameFromAddress(m_address) : QString();
         m_entries.append(PlaylistEntry::fromEncoded(
             m_uuids.next(), m_pending.name.isEmpty() ? nameOfAddress : m_pending.name, m_address,
-            m_pending.logo, std::move(m_pending.group), std::move(m_pending.country),
+            m_pending.logo, m_labels.labels(m_pending.group, m_pending.country),
             {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}, &m_arena));
         m_pending.clear();
         if (!m_pendingHeaders.isEmpty()) {
@@ -421,7 +448,8 @@ private:
     QByteArray m_address; // reused from line to line
     StreamHeaders m_pendingHeaders;
     std::shared_ptr<const StreamHeaders> m_lastHeaders; // shared by entries with equal headers
-    TextPool m_pool;
+    TextPool m_pool; // before m_labels, whose keys point into it
+    LabelsPool m_labels;
     EntryTextArena m_arena;
     UuidSource m_uuids;
     QList<PlaylistEntry> m_entries;

@@ -99,8 +99,9 @@ private Q_SLOTS:
         QCOMPARE(entries[3].url(), QUrl(u"http://h/4"_s));
         // The keys take part in equality, as the other fields do.
         QVERIFY(entries[0]
-                != PlaylistEntry::fromEncoded(entries[0].id(), entries[0].nameView(),
-                                              entries[0].encodedUrl(), {}, u"News"_s, u"UK"_s));
+                != PlaylistEntry::fromEncoded(
+                    entries[0].id(), entries[0].nameView(), entries[0].encodedUrl(), {},
+                    std::make_shared<const PlaylistLabels>(PlaylistLabels {u"News"_s, u"UK"_s})));
     }
 
     void anOverlongKeyCountsAsNone()

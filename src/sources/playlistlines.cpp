@@ -51,6 +51,15 @@ qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &asc
     return size;
 }
 
+// Whether a piece may hold NEL, LINE or PARAGRAPH SEPARATOR: their encodings begin with bytes
+// that are rare in text, so that most pieces need no search of their decoded text.
+bool mayHoldOtherLineBreaks(QByteArrayView piece, PlaylistLines::Encoding encoding)
+{
+    if (encoding == PlaylistLines::Encoding::latin1)
+        return piece.contains('\x85');
+    return piece.contains('\xC2') || piece.contains('\xE2');
+}
+
 // Whether decoded text holds NEL, LINE or PARAGRAPH SEPARATOR, text being a piece without ASCII
 // line breaks. Without an early exit, so that the compiler tests many characters at once: such
 // breaks are rare, and most non-ASCII lines are read as one.
@@ -103,7 +112,7 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
                     return Walk::notUtf8;
             }
             const QStringView text(buffer);
-            if (!holdsOtherLineBreaks(text)) {
+            if (!mayHoldOtherLineBreaks(piece, encoding) || !holdsOtherLineBreaks(text)) {
                 if (!visit(text, start, true))
                     return Walk::stopped;
                 start = end + 1;

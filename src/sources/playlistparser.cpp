@@ -1,6 +1,7 @@
 #include "playlistparser.h"
 
 #include "asciiprefix.h"
+#include "extinfattributes.h"
 #include "playlistlines.h"
 #include "tvgshift.h"
 #include "urlparts.h"
@@ -97,66 +98,6 @@ QString headerValue(QStringView value)
     clean = clean.trimmed();
     return clean.isEmpty() ? QString() : clean;
 }
-
-// Compared from the end: attribute names mostly share their beginning ("tvg-").
-bool equalsIgnoringCase(QStringView text, QStringView name)
-{
-    for (qsizetype i = name.size() - 1; i >= 0; --i) {
-        const char16_t a = text[i].unicode();
-        const char16_t b = name[i].unicode();
-        if (a >= 0x80 || b >= 0x80) // rare: let Qt fold the whole thing
-            return QtPrivate::compareStrings(text, name, Qt::CaseInsensitive) == 0;
-        const auto lower = [](char16_t c) {
-            return c >= u'A' && c <= u'Z' ? c + 32 : c;
-        };
-        if (lower(a) != lower(b))
-            return false;
-    }
-    return true;
-}
-
-// The places of every "=\"" in one #EXTINF line, found once so that each attribute lookup
-// compares names only there.
-class AttributePlaces
-{
-public:
-    explicit AttributePlaces(QStringView line)
-        : m_line(line)
-    {
-        for (qsizetype at = line.indexOf(u'='); at >= 0 && at + 1 < line.size();
-             at = line.indexOf(u'=', at + 1)) {
-            if (line[at + 1] == u'"')
-                m_places.append(at);
-        }
-    }
-
-    // The value of name="...": at the first place where name, compared case-insensitively,
-    // stands right before the "=\"", the trimmed text up to the next quote.
-    std::optional<QStringView> value(QStringView name) const
-    {
-        for (qsizetype equals : m_places) {
-            if (equals < name.size()
-                || !equalsIgnoringCase(m_line.sliced(equals - name.size(), name.size()), name))
-                continue;
-            const qsizetype valueStart = equals + 2;
-            const qsizetype closing = m_line.indexOf(u'"', valueStart);
-            if (closing < 0)
-                return std::nullopt;
-            const QStringView value = m_line.sliced(valueStart, closing - valueStart).trimmed();
-            if (value.isEmpty())
-                return std::nullopt;
-            return value;
-        }
-        return std::nullopt;
-    }
-
-    // Where each "=" followed by a quote is, in order.
-    const QVarLengthArray<qsizetype, 16> &places() const { return m_places; }
-
-private:
-    QStringView m_line;
-    QVarLengthArray<qsizetype, 16> m_places;
-};
 
 // Shares one copy of texts that repeat across a playlist (groups, countries). Keys view the
 // stored values, whose characters never move.
@@ -294,28 +235,6 @@ QString nameFromAddress(const QByteArray &encoded)
     return QStringLiteral("Stream");
 }
 
-// Where an #EXTINF line's title begins: after the first comma outside the quoted attribute
-// values (name="..."), since a user agent reads "KHTML, like Gecko". A quote left open leaves
-// the first comma of all. The quoted values are found from the places of "=\"" in the line.
-qsizetype titleComma(QStringView line, const AttributePlaces &attributes)
-{
-    qsizetype comma = line.indexOf(u',');
-    qsizetype at = 0;
-    for (const qsizetype equals : attributes.places()) {
-        if (comma < 0 || comma < equals + 1)
-            return comma;
-        if (equals < at)
-            continue; // inside the value before
-        const qsizetype closing = line.indexOf(u'"', equals + 2);
-        if (closing < 0)
-            return line.indexOf(u',');
-        at = closing + 1;
-        if (comma < at)
-            comma = line.indexOf(u',', at);
-    }
-    return comma;
-}
-
 // What an #EXTINF line says about the next address. The texts keep their buffers from entry to
 // entry: a huge list then allocates nothing here.
 struct PendingInfo
@@ -357,8 +276,8 @@ public:
     {
         // Everything after the first comma outside quoted values, further commas kept; the
         // whole line with no comma.
-        const AttributePlaces attributes(line);
-        const qsizetype comma = titleComma(line, attributes);
+        const ExtinfAttributes attributes(line);
+        const qsizetype comma = attributes.titleComma();
         const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
         m_pending.clear();
         assignText(m_pending.name, title);
@@ -635,7 +554,7 @@ QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &bas
 
 std::optional<QString> PlaylistParser::attribute(QStringView name, QStringView line)
 {
-    const std::optional<QStringView> value = AttributePlaces(line).value(name);
+    const std::optional<QStringView> value = ExtinfAttributes(line).value(name);
     if (!value)
         return std::nullopt;
     return value->toString();

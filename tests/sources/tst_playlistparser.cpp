@@ -369,6 +369,21 @@ void TestPlaylistParser::attribute_data()
                                     << "tvg-id =\"a\"" << none;
     QTest::newRow("value with comma") << "tvg-name"
                                       << "tvg-name=\"A, B\",C" << some("A, B");
+    // Names longer than eight characters differ before their last eight as well.
+    QTest::newRow("long name in mixed case")
+        << "http-user-agent"
+        << "#EXTINF:-1 xttp-user-agent=\"no\" HTTP-User-Agent=\"VLC\",X" << some("VLC");
+    QTest::newRow("long name differing at its start")
+        << "http-referrer"
+        << "#EXTINF:-1 mttp-referrer=\"no\",X" << none;
+    QTest::newRow("short line before the name") << "id"
+                                                << "id=\"a\"" << some("a");
+    // A sign that folds to an ASCII letter: Unicode case folding applies.
+    QTest::newRow("kelvin sign") << "tvg-kind"
+                                 << "tvg-\u212Aind=\"k\",X" << some("k");
+    QTest::newRow("non-ASCII before the name")
+        << "tvg-id"
+        << "#EXTINF:-1 \u00e9\u00e9\u00e9tvg-id=\"a.us\",X" << some("a.us");
 }
 
 void TestPlaylistParser::attribute()

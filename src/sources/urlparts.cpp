@@ -138,31 +138,12 @@ bool allPlainPathCharacters(QStringView text)
     return true;
 }
 
-// A host name of lower-case labels that QUrl accepts unchanged: no empty label, no label
-// starting or ending with "-", no punycode, and not numeric (QUrl rewrites IPv4 forms).
-bool isPlainHost(QStringView host)
+// A label of a host name that QUrl keeps unchanged: not empty, not over 63 characters, not
+// starting or ending with "-", and no punycode.
+bool isPlainLabel(QStringView label)
 {
-    if (host.isEmpty() || host.size() > 253)
-        return false;
-    qsizetype labelStart = 0;
-    // QUrl reads a host whose labels are all numbers, in any base ("0x7f000001", "0177.1",
-    // "127.1"), as an IPv4 address: a host whose labels all begin with a digit is left to it.
-    bool everyLabelBeginsWithADigit = true;
-    for (qsizetype i = 0; i <= host.size(); ++i) {
-        if (i < host.size() && host[i] != u'.') {
-            const char16_t c = host[i].unicode();
-            if (!isLowerAlnum(c) && c != u'-')
-                return false;
-            continue;
-        }
-        const QStringView label = host.sliced(labelStart, i - labelStart);
-        if (label.isEmpty() || label.size() > 63 || label.startsWith(u'-') || label.endsWith(u'-')
-            || startsWithAscii(label, u"xn--"))
-            return false;
-        everyLabelBeginsWithADigit &= label.front() >= u'0' && label.front() <= u'9';
-        labelStart = i + 1;
-    }
-    return !everyLabelBeginsWithADigit;
+    return !label.isEmpty() && label.size() <= 63 && label.front() != u'-' && label.back() != u'-'
+        && !startsWithAscii(label, u"xn--");
 }
 
 bool isPlainPort(QStringView port)
@@ -190,16 +171,39 @@ bool isPlainAddress(QStringView text)
     else
         return false;
 
-    qsizetype authorityEnd = authorityStart;
-    while (authorityEnd < text.size() && text[authorityEnd] != u'/' && text[authorityEnd] != u'?')
-        ++authorityEnd;
-    const QStringView authority = text.sliced(authorityStart, authorityEnd - authorityStart);
-    const qsizetype colon = authority.indexOf(u':');
-    const QStringView host = colon < 0 ? authority : authority.first(colon);
-    if (!isPlainHost(host) || (colon >= 0 && !isPlainPort(authority.sliced(colon + 1))))
+    // The host, read in one pass up to a ":" or the path: lower-case labels between dots. QUrl
+    // reads a host whose labels are all numbers, in any base ("0x7f000001", "0177.1", "127.1"),
+    // as an IPv4 address: a host whose labels all begin with a digit is left to it.
+    const char16_t *const data = text.utf16();
+    const qsizetype size = text.size();
+    qsizetype at = authorityStart;
+    qsizetype labelStart = at;
+    bool everyLabelBeginsWithADigit = true;
+    for (;; ++at) {
+        const char16_t c = at < size ? data[at] : u'/';
+        if (isLowerAlnum(c) || c == u'-')
+            continue;
+        if (c != u'.' && c != u':' && c != u'/' && c != u'?')
+            return false;
+        const QStringView label = text.sliced(labelStart, at - labelStart);
+        if (!isPlainLabel(label))
+            return false;
+        everyLabelBeginsWithADigit &= label.front() >= u'0' && label.front() <= u'9';
+        if (c != u'.')
+            break;
+        labelStart = at + 1;
+    }
+    if (at - authorityStart > 253 || everyLabelBeginsWithADigit)
         return false;
-
-    return allPlainPathCharacters(text.sliced(authorityEnd));
+    if (at < size && data[at] == u':') {
+        const qsizetype portStart = at + 1;
+        at = portStart;
+        while (at < size && data[at] != u'/' && data[at] != u'?')
+            ++at;
+        if (!isPlainPort(text.sliced(portStart, at - portStart)))
+            return false;
+    }
+    return allPlainPathCharacters(text.sliced(at));
 }
 
 std::optional<QByteArray> encodedPlainAddress(QStringView text)

@@ -4,6 +4,8 @@
 
 #include <libxml/parser.h>
 
+#include <cstring>
+
 namespace {
 constexpr int firstChunkBytes = 4; // libxml2 tells the encoding from the first bytes
 } // namespace
@@ -14,6 +16,47 @@ struct XmltvReader::Parser
     xmlSAXHandler sax {};
     xmlParserCtxtPtr context = nullptr;
     QByteArray pending; // the first bytes, until there are enough to start
+
+    // The names that matter, as the context's dictionary holds them: libxml2 hands over names
+    // from that dictionary, so that they are told apart by address rather than by their text.
+    struct Names
+    {
+        const xmlChar *channel = nullptr;
+        const xmlChar *programme = nullptr;
+        const xmlChar *displayName = nullptr;
+        const xmlChar *title = nullptr;
+        const xmlChar *id = nullptr;
+        const xmlChar *start = nullptr;
+        const xmlChar *stop = nullptr;
+    } names;
+
+    void lookUpNames()
+    {
+        const auto lookUp = [this](const char *name) {
+            return xmlDictLookup(context->dict, reinterpret_cast<const xmlChar *>(name), -1);
+        };
+        names = {lookUp("channel"), lookUp("programme"), lookUp("display-name"), lookUp("title"),
+                 lookUp("id"),      lookUp("start"),     lookUp("stop")};
+    }
+
+    // Compared by address, or by text should the dictionary not have the name.
+    static bool same(const xmlChar *name, const xmlChar *known, const char *text)
+    {
+        return known ? name == known : std::strcmp(reinterpret_cast<const char *>(name), text) == 0;
+    }
+
+    XmltvReader::Element element(const xmlChar *name) const
+    {
+        if (same(name, names.programme, "programme"))
+            return XmltvReader::Element::programme;
+        if (same(name, names.title, "title"))
+            return XmltvReader::Element::title;
+        if (same(name, names.channel, "channel"))
+            return XmltvReader::Element::channel;
+        if (same(name, names.displayName, "display-name"))
+            return XmltvReader::Element::displayName;
+        return XmltvReader::Element::other;
+    }
 
     ~Parser()
     {
@@ -32,12 +75,33 @@ struct XmltvReader::Parser
                              int, const xmlChar **, int attributeCount, int,
                              const xmlChar **attributes)
     {
-        reader(context)->startElement(reinterpret_cast<const char *>(name),
-                                      reinterpret_cast<const char **>(attributes), attributeCount);
+        XmltvReader *const reader = Parser::reader(context);
+        const Parser &parser = *reader->m_parser;
+        // Attributes come as (name, prefix, URI, value start, value end) quintuples; the first
+        // of a name counts.
+        XmltvReader::Attributes wanted;
+        for (int i = 0; i < attributeCount; ++i) {
+            const xmlChar **entry = attributes + 5 * i;
+            const QByteArrayView value(reinterpret_cast<const char *>(entry[3]),
+                                       entry[4] - entry[3]);
+            QByteArrayView *slot = nullptr;
+            if (parser.same(entry[0], parser.names.channel, "channel"))
+                slot = &wanted.channel;
+            else if (parser.same(entry[0], parser.names.start, "start"))
+                slot = &wanted.start;
+            else if (parser.same(entry[0], parser.names.stop, "stop"))
+                slot = &wanted.stop;
+            else if (parser.same(entry[0], parser.names.id, "id"))
+                slot = &wanted.id;
+            if (slot && slot->isNull())
+                *slot = value.isNull() ? QByteArrayView("", 0) : value;
+        }
+        reader->startElement(parser.element(name), wanted);
     }
     static void endElement(void *context, const xmlChar *name, const xmlChar *, const xmlChar *)
     {
-        reader(context)->endElement(reinterpret_cast<const char *>(name));
+        XmltvReader *const reader = Parser::reader(context);
+        reader->endElement(reader->m_parser->element(name));
     }
     static void characters(void *context, const xmlChar *text, int length)
     {
@@ -82,6 +146,8 @@ void XmltvReader::feed(QByteArrayView bytes)
             return;
         }
         parser.context->_private = this;
+        if (parser.context->dict)
+            parser.lookUpNames();
         // Recover from what can be recovered, never fetch anything, and allow the long text
         // and deep documents real guides have. Entities stay unexpanded except the XML ones.
         xmlCtxtUseOptions(parser.context,
@@ -126,33 +192,24 @@ void XmltvReader::finish()
     m_place = Place::outside;
 }
 
-void XmltvReader::startElement(QByteArrayView name, const char **attributes, int count)
+void XmltvReader::startElement(Element element, const Attributes &attributes)
 {
-    // Attributes come as (name, prefix, URI, value start, value end) quintuples.
-    const auto attribute = [&](QByteArrayView wanted) -> QByteArrayView {
-        for (int i = 0; i < count; ++i) {
-            const char **entry = attributes + 5 * i;
-            if (QByteArrayView(entry[0]) == wanted)
-                return QByteArrayView(entry[3], entry[4] - entry[3]);
-        }
-        return {};
-    };
     if (m_skipDepth > 0) {
         ++m_skipDepth;
         return;
     }
     switch (m_place) {
     case Place::outside:
-        if (name == "channel") {
+        if (element == Element::channel) {
             m_place = Place::channel;
-            m_channel = GuideChannel {QString::fromUtf8(attribute("id")), {}};
-        } else if (name == "programme") {
-            if (!programmesOf(attribute("channel"))) {
+            m_channel = GuideChannel {QString::fromUtf8(attributes.id), {}};
+        } else if (element == Element::programme) {
+            if (!programmesOf(attributes.channel)) {
                 m_skipDepth = 1; // a channel not asked for: nothing in it is read
                 return;
             }
-            m_start = XmltvTime::parse(attribute("start"));
-            const QByteArrayView stop = attribute("stop");
+            m_start = XmltvTime::parse(attributes.start);
+            const QByteArrayView stop = attributes.stop;
             m_stop = stop.isEmpty() ? std::nullopt : XmltvTime::parse(stop);
             // A programme that is not kept is passed over whole, its title unread.
             if (!m_start || (!stop.isEmpty() && !m_stop)) {
@@ -170,7 +227,7 @@ void XmltvReader::startElement(QByteArrayView name, const char **attributes, int
         }
         return;
     case Place::channel:
-        if (name == "display-name") {
+        if (element == Element::displayName) {
             m_place = Place::displayName;
             m_text.clear();
         } else {
@@ -178,7 +235,7 @@ void XmltvReader::startElement(QByteArrayView name, const char **attributes, int
         }
         return;
     case Place::programme:
-        if (name == "title" && !m_title) {
+        if (element == Element::title && !m_title) {
             m_place = Place::title;
             m_text.clear();
         } else {
@@ -193,7 +250,7 @@ void XmltvReader::startElement(QByteArrayView name, const char **attributes, int
     }
 }
 
-void XmltvReader::endElement(QByteArrayView name)
+void XmltvReader::endElement(Element element)
 {
     if (m_skipDepth > 0) {
         if (--m_skipDepth == 0 && m_unreadableTimes) {
@@ -206,7 +263,7 @@ void XmltvReader::endElement(QByteArrayView name)
     case Place::outside:
         return;
     case Place::channel:
-        if (name == "channel") {
+        if (element == Element::channel) {
             if (!m_channel.id.isEmpty())
                 m_channels.push_back(std::move(m_channel));
             m_channel = {};
@@ -214,7 +271,7 @@ void XmltvReader::endElement(QByteArrayView name)
         }
         return;
     case Place::displayName:
-        if (name == "display-name") {
+        if (element == Element::displayName) {
             const QString displayName = QString::fromUtf8(m_text).trimmed();
             if (!displayName.isEmpty())
                 m_channel.displayNames.append(displayName);
@@ -222,13 +279,13 @@ void XmltvReader::endElement(QByteArrayView name)
         }
         return;
     case Place::programme:
-        if (name == "programme") {
+        if (element == Element::programme) {
             endProgramme();
             m_place = Place::outside;
         }
         return;
     case Place::title:
-        if (name == "title") {
+        if (element == Element::title) {
             m_title = intern(QByteArrayView(m_text).trimmed());
             m_place = Place::programme;
         }
@@ -270,20 +327,20 @@ void XmltvReader::endProgramme()
 
 quint32 XmltvReader::intern(QByteArrayView title)
 {
-    // Looked up by its bytes: a title seen before costs no conversion. The map keeps each key's
-    // hash, so a lookup compares bytes only with a title of the same hash.
-    const std::string_view key(title.data(), size_t(title.size()));
-    const auto found = m_titleIndex.find(key);
-    if (found != m_titleIndex.end())
-        return found->second;
+    // Looked up by its bytes: a title seen before costs no conversion.
+    const auto found = m_titleIndex.constFind(title);
+    if (found != m_titleIndex.constEnd())
+        return *found;
     const auto index = quint32(m_titles.size());
     m_titles.append(QString::fromUtf8(title));
-    m_titleIndex.emplace(std::string(key), index);
+    m_titleBytes.append(title.toByteArray());
+    m_titleIndex.insert(QByteArrayView(m_titleBytes.constLast()), index);
     return index;
 }
 
 GuideRead XmltvReader::take()
 {
     m_titleIndex.clear();
+    m_titleBytes.clear();
     return {std::move(m_channels), std::move(m_programmes), std::move(m_titles)};
 }

@@ -12,9 +12,6 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <string>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 // One guide as read.
@@ -67,8 +64,19 @@ private:
     struct Parser;
     friend struct Parser;
 
-    void startElement(QByteArrayView name, const char **attributes, int count);
-    void endElement(QByteArrayView name);
+    // The elements a guide's reading turns on; the rest are passed over.
+    enum class Element { channel, programme, displayName, title, other };
+    // An element's attributes that matter, as libxml2 gives them (empty when absent).
+    struct Attributes
+    {
+        QByteArrayView id;
+        QByteArrayView channel;
+        QByteArrayView start;
+        QByteArrayView stop;
+    };
+
+    void startElement(Element element, const Attributes &attributes);
+    void endElement(Element element);
     void text(QByteArrayView bytes);
     void endProgramme();
     // Makes channel the one programmes go to; false for a channel not asked for.
@@ -80,16 +88,10 @@ private:
     std::vector<GuideChannel> m_channels;
     QHash<QString, std::vector<ReadProgramme>> m_programmes;
     QStringList m_titles;
-    // Looked up by a title's UTF-8 bytes without a copy.
-    struct TitleHash
-    {
-        using is_transparent = void;
-        size_t operator()(std::string_view text) const noexcept
-        {
-            return std::hash<std::string_view>()(text);
-        }
-    };
-    std::unordered_map<std::string, quint32, TitleHash, std::equal_to<>> m_titleIndex;
+    // Looked up by a title's UTF-8 bytes without a copy; the keys view m_titleBytes, whose
+    // blocks never move.
+    QList<QByteArray> m_titleBytes;
+    QHash<QByteArrayView, quint32> m_titleIndex;
     std::optional<QSet<QString>> m_wanted;
     qint64 m_programmeCount = 0;
     int m_skipped = 0;

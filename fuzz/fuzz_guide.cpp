@@ -8,6 +8,7 @@
 #include "sources/playlistparser.h"
 
 #include <cstdlib>
+#include <cstring>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -18,23 +19,30 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             std::abort();
     }
 
-    // Unpacked and read in uneven pieces, as a download brings them.
+    // Unpacked in uneven pieces, as a download brings them, and read in uneven pieces.
     GuideDecoder decoder;
-    XmltvReader reader;
+    QByteArray unpacked;
+    const auto keep = [&unpacked](QByteArrayView block) {
+        unpacked.append(block);
+        return unpacked.size() < (qsizetype(16) << 20); // a bomb is read no further
+    };
     qsizetype at = 0;
     for (qsizetype piece = 1; at < bytes.size(); piece = piece * 3 + 1) {
         const QByteArrayView chunk = bytes.sliced(at, std::min(piece, bytes.size() - at));
         at += chunk.size();
-        decoder.feed(chunk, [&reader](QByteArrayView block) {
-            reader.feed(block);
-            return !reader.hasError();
-        });
+        decoder.feed(chunk, keep);
     }
-    decoder.finish([&reader](QByteArrayView block) {
-        reader.feed(block);
-        return true;
+    decoder.finish(keep);
+    XmltvReader reader;
+    qsizetype read = 0;
+    qsizetype piece = 1;
+    reader.read([&](char *buffer, qsizetype size) {
+        const qsizetype count = std::min({size, piece, unpacked.size() - read});
+        std::memcpy(buffer, unpacked.constData() + read, size_t(count));
+        read += count;
+        piece = piece * 3 + 1;
+        return count;
     });
-    reader.finish();
     for (const auto &programmes : reader.programmes()) {
         for (const ReadProgramme &programme : programmes) {
             if (programme.title >= quint32(reader.titles().size()))

@@ -33,6 +33,9 @@ public:
 
 private:
     void run();
+    // What the reader asks for: the next size bytes of the queued blocks, across blocks and
+    // waiting for them; fewer only at the end.
+    qsizetype nextBytes(char *buffer, qsizetype size);
 
     XmltvReader &m_reader;
     std::mutex m_mutex;
@@ -40,6 +43,9 @@ private:
     std::deque<QByteArray> m_blocks;
     bool m_ended = false; // no more blocks will come
     bool m_stopped = false; // leave at once
+    bool m_done = false; // the reader has finished
+    QByteArray m_block; // the block being read, on the thread
+    qsizetype m_blockRead = 0;
     std::atomic<bool> m_failed = false;
     std::thread m_thread;
 };

@@ -6,16 +6,13 @@
 
 #include <cstring>
 
-namespace {
-constexpr int firstChunkBytes = 4; // libxml2 tells the encoding from the first bytes
-} // namespace
-
 // Owns libxml2's push parser context; its callbacks call back into the reader.
 struct XmltvReader::Parser
 {
     xmlSAXHandler sax {};
     xmlParserCtxtPtr context = nullptr;
-    QByteArray pending; // the first bytes, until there are enough to start
+    const XmltvReader::Source *source = nullptr; // while reading
+    qint64 bytesRead = 0;
 
     // The names that matter, as the context's dictionary holds them: libxml2 hands over names
     // from that dictionary, so that they are told apart by address rather than by their text.
@@ -107,6 +104,13 @@ struct XmltvReader::Parser
     {
         reader(context)->text(QByteArrayView(reinterpret_cast<const char *>(text), length));
     }
+    static int readSource(void *parser, char *buffer, int size)
+    {
+        Parser &self = *static_cast<Parser *>(parser);
+        const qsizetype count = (*self.source)(buffer, size);
+        self.bytesRead += count;
+        return int(count);
+    }
     // Errors are collected, not printed: the reader says what went wrong.
     static void error(void *, const char *, ...) { }
 };
@@ -131,55 +135,31 @@ XmltvReader::XmltvReader(Options options)
 
 XmltvReader::~XmltvReader() = default;
 
-void XmltvReader::feed(QByteArrayView bytes)
+void XmltvReader::read(const Source &source)
 {
     Parser &parser = *m_parser;
+    if (parser.context)
+        return;
+    parser.source = &source;
+    parser.context = xmlCreateIOParserCtxt(&parser.sax, nullptr, &Parser::readSource, nullptr,
+                                           &parser, XML_CHAR_ENCODING_NONE);
     if (!parser.context) {
-        parser.pending.append(bytes);
-        if (parser.pending.size() < firstChunkBytes)
-            return;
-        parser.context = xmlCreatePushParserCtxt(&parser.sax, nullptr, parser.pending.constData(),
-                                                 int(parser.pending.size()), nullptr);
-        parser.pending.clear();
-        if (!parser.context) {
-            m_error = QStringLiteral("the XML reader could not start");
-            return;
-        }
-        parser.context->_private = this;
-        if (parser.context->dict)
-            parser.lookUpNames();
-        // Recover from what can be recovered, never fetch anything, and allow the long text
-        // and deep documents real guides have. Entities stay unexpanded except the XML ones.
-        xmlCtxtUseOptions(parser.context,
-                          XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING
-                              | XML_PARSE_NOERROR);
+        m_error = QStringLiteral("the XML reader could not start");
         return;
     }
-    // libxml2 takes an int length: large chunks go in parts.
-    constexpr qsizetype part = 1 << 20;
-    for (qsizetype at = 0; at < bytes.size(); at += part) {
-        const QByteArrayView piece = bytes.sliced(at, std::min(part, bytes.size() - at));
-        xmlParseChunk(parser.context, piece.data(), int(piece.size()), 0);
-        if (parser.context->disableSAX && m_error.isEmpty()) {
-            const xmlError *error = xmlCtxtGetLastError(parser.context);
-            m_error = error && error->message ? QString::fromUtf8(error->message).trimmed()
-                                              : QStringLiteral("the guide is not well-formed XML");
-            return;
-        }
-    }
-}
-
-void XmltvReader::finish()
-{
-    Parser &parser = *m_parser;
-    if (!parser.context) {
-        // Shorter than a prolog: there is no guide in it.
-        if (m_error.isEmpty())
-            m_error = QStringLiteral("the guide is empty");
-        return;
-    }
-    xmlParseChunk(parser.context, nullptr, 0, 1);
-    if (m_error.isEmpty() && !parser.context->wellFormed) {
+    parser.context->_private = this;
+    if (parser.context->dict)
+        parser.lookUpNames();
+    // Recover from what can be recovered, never fetch anything, and allow the long text and
+    // deep documents real guides have. Entities stay unexpanded except the XML ones.
+    xmlCtxtUseOptions(parser.context,
+                      XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING
+                          | XML_PARSE_NOERROR);
+    xmlParseDocument(parser.context);
+    parser.source = nullptr;
+    if (parser.bytesRead == 0) {
+        m_error = QStringLiteral("the guide is empty");
+    } else if (!parser.context->wellFormed) {
         const xmlError *error = xmlCtxtGetLastError(parser.context);
         m_error = error && error->message ? QString::fromUtf8(error->message).trimmed()
                                           : QStringLiteral("the guide is not well-formed XML");
@@ -190,6 +170,18 @@ void XmltvReader::finish()
             m_channels.push_back(std::move(m_channel));
     }
     m_place = Place::outside;
+}
+
+void XmltvReader::read(QByteArrayView document)
+{
+    qsizetype at = 0;
+    read([&](char *buffer, qsizetype size) {
+        const qsizetype count = std::min(size, document.size() - at);
+        if (count > 0)
+            std::memcpy(buffer, document.data() + at, size_t(count));
+        at += count;
+        return count;
+    });
 }
 
 void XmltvReader::startElement(Element element, const Attributes &attributes)

@@ -1,7 +1,7 @@
 #pragma once
-// Reads an XMLTV guide as its unpacked bytes come, with libxml2's push parser: the channels, and
-// the programmes of the channels asked for within a time window, titles kept once each. Never
-// holds more of the document than the chunk at hand.
+// Reads an XMLTV guide as its unpacked bytes come, with libxml2's SAX parser pulling them from a
+// source: the channels, and the programmes of the channels asked for within a time window,
+// titles kept once each. Never holds more of the document than a few kilobytes at a time.
 #include "guidechannels.h"
 #include "guideschedule.h"
 
@@ -41,9 +41,15 @@ public:
     XmltvReader(const XmltvReader &) = delete;
     XmltvReader &operator=(const XmltvReader &) = delete;
 
-    void feed(QByteArrayView bytes);
-    // The end of the document: a guide cut short keeps what was read.
-    void finish();
+    // Gives the next size bytes of the document into buffer and says how many: fewer only at
+    // its end, as a file does (libxml2 takes a short read for the end of what is there). May
+    // wait for them.
+    using Source = std::function<qsizetype(char *buffer, qsizetype size)>;
+    // Reads the whole document, asking source for its bytes as they are needed, until its end
+    // or until it cannot be read past: a guide cut short keeps what was read. Once only.
+    void read(const Source &source);
+    // The same for a document held whole.
+    void read(QByteArrayView document);
 
     const std::vector<GuideChannel> &channels() const { return m_channels; }
     // The kept programmes by channel id, each channel's in the order read.

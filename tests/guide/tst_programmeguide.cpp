@@ -18,8 +18,7 @@ constexpr qint64 evening = 1795636800;
 GuideRead read(const QByteArray &xml)
 {
     XmltvReader reader;
-    reader.feed(xml);
-    reader.finish();
+    reader.read(xml);
     return {reader.channels(), reader.programmes(), reader.titles()};
 }
 

@@ -8,7 +8,6 @@
 #include "sources/playlistparser.h"
 
 #include <cstdlib>
-#include <cstring>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -19,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             std::abort();
     }
 
-    // Unpacked in uneven pieces, as a download brings them, and read in uneven pieces.
+    // Unpacked in uneven pieces, as a download brings them, then read.
     GuideDecoder decoder;
     QByteArray unpacked;
     const auto keep = [&unpacked](QByteArrayView block) {
@@ -34,15 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     decoder.finish(keep);
     XmltvReader reader;
-    qsizetype read = 0;
-    qsizetype piece = 1;
-    reader.read([&](char *buffer, qsizetype size) {
-        const qsizetype count = std::min({size, piece, unpacked.size() - read});
-        std::memcpy(buffer, unpacked.constData() + read, size_t(count));
-        read += count;
-        piece = piece * 3 + 1;
-        return count;
-    });
+    reader.read(QByteArrayView(unpacked));
     for (const auto &programmes : reader.programmes()) {
         for (const ReadProgramme &programme : programmes) {
             if (programme.title >= quint32(reader.titles().size()))

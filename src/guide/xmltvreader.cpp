@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-// Owns libxml2's push parser context; its callbacks call back into the reader.
+// Owns libxml2's parser context; its callbacks call back into the reader.
 struct XmltvReader::Parser
 {
     xmlSAXHandler sax {};

@@ -204,13 +204,8 @@ private:
 // only absolute addresses count. False when the text is not an address.
 bool encodeAddress(QStringView text, const QUrl *base, QByteArray &into)
 {
-    if (UrlParts::isPlainAddress(text)) {
-        into.resize(text.size());
-        char *out = into.data();
-        for (const QChar c : text)
-            *out++ = char(c.unicode());
+    if (UrlParts::encodePlainAddress(text, into))
         return true;
-    }
     const std::optional<QUrl> url = base ? UrlParts::parse(text, *base) : UrlParts::parse(text);
     if (!url || (!base && url->isRelative()))
         return false;

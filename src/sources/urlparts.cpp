@@ -5,9 +5,7 @@
 #include <QStringDecoder>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <string_view>
 
 namespace UrlParts {
 
@@ -80,39 +78,16 @@ bool isLowerAlnum(char16_t c)
 }
 
 // Characters QUrl leaves as they are in a path or query: RFC 3986 unreserved and sub-delims,
-// ":", "@", "/" and "?". "%" and "#" are left to QUrl, which may rewrite what follows them.
-constexpr std::array<bool, 128> plainPathCharacters = [] {
-    std::array<bool, 128> table {};
-    for (char c = 'a'; c <= 'z'; ++c)
-        table[size_t(c)] = true;
-    for (char c = 'A'; c <= 'Z'; ++c)
-        table[size_t(c)] = true;
-    for (char c = '0'; c <= '9'; ++c)
-        table[size_t(c)] = true;
-    for (char c : std::string_view("-._~!$&'()*+,;=:@/?"))
-        table[size_t(c)] = true;
-    return table;
-}();
-
-// plainPathCharacters as ranges, for one character or for eight side by side (a vector, where
-// each comparison gives a lane of all ones or zeros). Printable ASCII without " # % < > [ \\ ] ^
-// ` { | }.
+// ":", "@", "/" and "?" (letters, digits and -._~!$&'()*+,;=:@/?). "%" and "#" are left to QUrl,
+// which may rewrite what follows them. As ranges, for one character or for eight side by side
+// (a vector, where each comparison gives a lane of all ones or zeros): printable ASCII without
+// " # % < > [ \\ ] ^ ` { | }.
 template<typename Characters>
 constexpr auto plainInPath(Characters c)
 {
     return (c >= 0x21) & (c <= 0x7E) & (c != 0x22) & (c != 0x23) & (c != 0x25) & (c != 0x3C)
         & (c != 0x3E) & ((c < 0x5B) | (c > 0x5E)) & (c != 0x60) & ((c < 0x7B) | (c > 0x7D));
 }
-
-constexpr bool rangesMatchTable()
-{
-    for (char16_t c = 0; c < 256; ++c) {
-        if (bool(plainInPath(c)) != (c < 128 && plainPathCharacters[c]))
-            return false;
-    }
-    return true;
-}
-static_assert(rangesMatchTable());
 
 // Every character of text is a plain path character. Addresses are long: eight characters are
 // tested at once.
@@ -159,8 +134,7 @@ bool isPlainPort(QStringView port)
     return value <= 65535;
 }
 
-} // namespace
-
+// Whether the text is a plain address: see encodedPlainAddress.
 bool isPlainAddress(QStringView text)
 {
     qsizetype authorityStart = 0;
@@ -206,14 +180,24 @@ bool isPlainAddress(QStringView text)
     return allPlainPathCharacters(text.sliced(at));
 }
 
-std::optional<QByteArray> encodedPlainAddress(QStringView text)
+} // namespace
+
+bool encodePlainAddress(QStringView text, QByteArray &into)
 {
     if (!isPlainAddress(text))
-        return std::nullopt;
-    QByteArray bytes(text.size(), Qt::Uninitialized);
-    char *out = bytes.data();
-    for (QChar c : text)
+        return false;
+    into.resize(text.size());
+    char *out = into.data();
+    for (const QChar c : text)
         *out++ = char(c.unicode());
+    return true;
+}
+
+std::optional<QByteArray> encodedPlainAddress(QStringView text)
+{
+    QByteArray bytes;
+    if (!encodePlainAddress(text, bytes))
+        return std::nullopt;
     return bytes;
 }
 

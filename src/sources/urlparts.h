@@ -29,8 +29,9 @@ std::optional<QUrl> parse(QStringView text);
 // without leading zeros, and only characters that need no encoding. Nothing otherwise (the
 // caller then uses parse()). Playlists are mostly made of such addresses.
 std::optional<QByteArray> encodedPlainAddress(QStringView text);
-// Whether encodedPlainAddress gives text itself, narrowed to bytes.
-bool isPlainAddress(QStringView text);
+// The same into a buffer reused from address to address; false, the buffer untouched, when the
+// text is not such an address.
+bool encodePlainAddress(QStringView text, QByteArray &into);
 
 // The fully encoded form of a parsed address, in a buffer of exactly its size.
 QByteArray encoded(const QUrl &url);

@@ -2,8 +2,10 @@
 
 #include "xmltvtime.h"
 
+#include <libxml/entities.h>
 #include <libxml/parser.h>
 
+#include <atomic>
 #include <cstring>
 
 // Owns libxml2's parser context; its callbacks call back into the reader.
@@ -12,6 +14,17 @@ struct XmltvReader::Parser
     xmlSAXHandler sax {};
     xmlParserCtxtPtr context = nullptr;
     const XmltvReader::Source *source = nullptr; // while reading
+    const std::atomic<bool> *stop = nullptr;
+
+    bool stopped() const { return stop && stop->load(std::memory_order_relaxed); }
+    // Ends the read at the next callback once the owner has asked it to stop.
+    bool stopIfAsked()
+    {
+        if (!stopped())
+            return false;
+        xmlStopParser(context);
+        return true;
+    }
     qint64 bytesRead = 0;
 
     // The names that matter, as the context's dictionary holds them: libxml2 hands over names
@@ -63,24 +76,54 @@ struct XmltvReader::Parser
         }
     }
 
-    static XmltvReader *reader(void *context)
+    // Callbacks are given the reader rather than libxml2's context: with the context as its
+    // user data, libxml2 would look entities up among those the document declares itself.
+    static XmltvReader *reader(void *userData) { return static_cast<XmltvReader *>(userData); }
+
+    // Only XML's own five entities (which libxml2 knows before asking) and character
+    // references are read: any other entity, declared by the guide or not, reads as nothing,
+    // so that a few hundred bytes of nested or repeated declarations cannot become gigabytes of
+    // text or hours of work. It is handed over as one of XML's own, with no text: an entity
+    // libxml2 could not find would make it drop every later &amp; of the guide.
+    // Parameter entities, in the document's type declaration, read as nothing the same way.
+    static xmlEntity emptyEntity(xmlEntityType type)
     {
-        return static_cast<XmltvReader *>(static_cast<xmlParserCtxtPtr>(context)->_private);
+        xmlEntity entity {};
+        entity.type = XML_ENTITY_DECL;
+        entity.name = reinterpret_cast<const xmlChar *>("");
+        entity.etype = type;
+        entity.content = const_cast<xmlChar *>(reinterpret_cast<const xmlChar *>(""));
+        entity.orig = entity.content;
+        return entity;
+    }
+    static xmlEntityPtr getEntity(void *, const xmlChar *)
+    {
+        static xmlEntity nothing = emptyEntity(XML_INTERNAL_PREDEFINED_ENTITY);
+        return &nothing;
+    }
+    static xmlEntityPtr getParameterEntity(void *, const xmlChar *)
+    {
+        static xmlEntity nothing = emptyEntity(XML_INTERNAL_PARAMETER_ENTITY);
+        return &nothing;
     }
 
-    static void startElement(void *context, const xmlChar *name, const xmlChar *, const xmlChar *,
+    static void startElement(void *userData, const xmlChar *name, const xmlChar *, const xmlChar *,
                              int, const xmlChar **, int attributeCount, int,
                              const xmlChar **attributes)
     {
-        XmltvReader *const reader = Parser::reader(context);
-        const Parser &parser = *reader->m_parser;
+        XmltvReader *const reader = Parser::reader(userData);
+        Parser &parser = *reader->m_parser;
+        if (parser.stopIfAsked())
+            return;
         // Attributes come as (name, prefix, URI, value start, value end) quintuples; the first
         // of a name counts.
         XmltvReader::Attributes wanted;
         for (int i = 0; i < attributeCount; ++i) {
             const xmlChar **entry = attributes + 5 * i;
-            const QByteArrayView value(reinterpret_cast<const char *>(entry[3]),
-                                       entry[4] - entry[3]);
+            QByteArrayView value(reinterpret_cast<const char *>(entry[3]), entry[4] - entry[3]);
+            // An entity that reads as nothing leaves its first character, none, in a value.
+            if (const void *nul = std::memchr(value.data(), 0, size_t(value.size())))
+                value.truncate(static_cast<const char *>(nul) - value.data());
             QByteArrayView *slot = nullptr;
             if (parser.same(entry[0], parser.names.channel, "channel"))
                 slot = &wanted.channel;
@@ -95,21 +138,21 @@ struct XmltvReader::Parser
         }
         reader->startElement(parser.element(name), wanted);
     }
-    static void endElement(void *context, const xmlChar *name, const xmlChar *, const xmlChar *)
+    static void endElement(void *userData, const xmlChar *name, const xmlChar *, const xmlChar *)
     {
-        XmltvReader *const reader = Parser::reader(context);
+        XmltvReader *const reader = Parser::reader(userData);
         reader->endElement(reader->m_parser->element(name));
     }
-    static void characters(void *context, const xmlChar *text, int length)
+    static void characters(void *userData, const xmlChar *text, int length)
     {
-        reader(context)->text(QByteArrayView(reinterpret_cast<const char *>(text), length));
+        reader(userData)->text(QByteArrayView(reinterpret_cast<const char *>(text), length));
     }
     static int readSource(void *parser, char *buffer, int size)
     {
         Parser &self = *static_cast<Parser *>(parser);
         const qsizetype count = (*self.source)(buffer, size);
         self.bytesRead += count;
-        return int(count);
+        return self.stopped() ? -1 : int(count);
     }
     // Errors are collected, not printed: the reader says what went wrong.
     static void error(void *, const char *, ...) { }
@@ -129,6 +172,8 @@ XmltvReader::XmltvReader(Options options)
     sax.endElementNs = &Parser::endElement;
     sax.characters = &Parser::characters;
     sax.cdataBlock = &Parser::characters;
+    sax.getEntity = &Parser::getEntity;
+    sax.getParameterEntity = &Parser::getParameterEntity;
     sax.error = &Parser::error;
     sax.warning = &Parser::error;
 }
@@ -141,19 +186,19 @@ void XmltvReader::read(const Source &source)
     if (parser.context)
         return;
     parser.source = &source;
-    parser.context = xmlCreateIOParserCtxt(&parser.sax, nullptr, &Parser::readSource, nullptr,
-                                           &parser, XML_CHAR_ENCODING_NONE);
+    parser.stop = m_options.stop.get();
+    parser.context = xmlCreateIOParserCtxt(&parser.sax, this, &Parser::readSource, nullptr, &parser,
+                                           XML_CHAR_ENCODING_NONE);
     if (!parser.context) {
         m_error = QStringLiteral("the XML reader could not start");
         return;
     }
-    parser.context->_private = this;
     if (parser.context->dict)
         parser.lookUpNames();
-    // Recover from what can be recovered, never fetch anything, and allow the long text and
-    // deep documents real guides have. Entities stay unexpanded except the XML ones.
+    // Recover from what can be recovered and never fetch anything. libxml2's limits on the
+    // size of one name, text or nesting stay on: no real guide comes near them.
     xmlCtxtUseOptions(parser.context,
-                      XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING
+                      XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOWARNING
                           | XML_PARSE_NOERROR);
     xmlParseDocument(parser.context);
     parser.source = nullptr;

@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QSet>
 #include <QStringList>
+#include <atomic>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -33,6 +34,9 @@ public:
         // Programmes whose stop (or start, without one) lies outside are not kept.
         qint64 keepFrom = std::numeric_limits<qint64>::min();
         qint64 keepUntil = std::numeric_limits<qint64>::max();
+        // Set by the owner (from any thread) when the read is no longer wanted: it ends at the
+        // next element or block of bytes.
+        std::shared_ptr<const std::atomic<bool>> stop;
     };
 
     XmltvReader();

@@ -19,10 +19,11 @@ class GuideLoad final : public QObject
 {
 public:
     GuideLoad(QNetworkAccessManager &network, GuideLoader::Request request,
-              const GuideLoader::Limits &limits, std::function<void(GuideLoader::Result)> done,
-              QObject *parent)
+              const GuideLoader::Limits &limits, std::shared_ptr<const std::atomic<bool>> closing,
+              std::function<void(GuideLoader::Result)> done, QObject *parent)
         : QObject(parent)
         , m_network(network)
+        , m_closing(std::move(closing))
         , m_request(std::move(request))
         , m_limits(limits)
         , m_done(std::move(done))
@@ -50,6 +51,7 @@ private:
             };
             options.keepFrom = m_request.moment - ProgrammeGuide::keptBehind - maxShiftAhead;
             options.keepUntil = m_request.moment + ProgrammeGuide::keptAhead + maxShiftBehind;
+            options.stop = m_closing;
             // The fetch never ends inside its constructor, so it is known here by then.
             m_fetches[size_t(index)] = new GuideFetch(
                 m_network, m_request.guides[index], std::move(options), m_limits.fetch,
@@ -81,6 +83,7 @@ private:
     }
 
     QNetworkAccessManager &m_network;
+    std::shared_ptr<const std::atomic<bool>> m_closing;
     GuideLoader::Request m_request;
     GuideLoader::Limits m_limits;
     std::function<void(GuideLoader::Result)> m_done;
@@ -97,12 +100,14 @@ class GuideLoader::Worker final : public QObject
 {
 public:
     void start(GuideLoader::Request request, const GuideLoader::Limits &limits,
+               std::shared_ptr<const std::atomic<bool>> closing,
                std::function<void(GuideLoader::Result)> done)
     {
         stop();
         if (!m_network)
             m_network = new QNetworkAccessManager(this);
-        m_load = new GuideLoad(*m_network, std::move(request), limits, std::move(done), this);
+        m_load = new GuideLoad(*m_network, std::move(request), limits, std::move(closing),
+                               std::move(done), this);
     }
 
     void stop()
@@ -118,6 +123,7 @@ private:
 
 GuideLoader::GuideLoader()
     : m_current(std::make_shared<std::atomic<quint64>>(0))
+    , m_closing(std::make_shared<std::atomic<bool>>(false))
 {
     m_thread.setObjectName(QStringLiteral("guide loader"));
     m_worker = new Worker;
@@ -129,6 +135,7 @@ GuideLoader::GuideLoader()
 GuideLoader::~GuideLoader()
 {
     m_current->fetch_add(1);
+    m_closing->store(true);
     QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->stop(); });
     m_thread.quit();
     m_thread.wait();
@@ -150,8 +157,9 @@ void GuideLoader::load(Request request, QObject *context, Done done)
     };
     QMetaObject::invokeMethod(m_worker,
                               [worker = m_worker, request = std::move(request), limits = m_limits,
-                               deliver = std::move(deliver)]() mutable {
-                                  worker->start(std::move(request), limits, std::move(deliver));
+                               closing = m_closing, deliver = std::move(deliver)]() mutable {
+                                  worker->start(std::move(request), limits, std::move(closing),
+                                                std::move(deliver));
                               });
 }
 

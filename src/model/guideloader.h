@@ -52,6 +52,9 @@ private:
     class Worker;
     Limits m_limits;
     std::shared_ptr<std::atomic<quint64>> m_current; // the load whose result is wanted
+    // Set when the loader goes: a guide being read stops at once rather than when its reading
+    // thread next asks for bytes.
+    std::shared_ptr<std::atomic<bool>> m_closing;
     QThread m_thread;
     Worker *m_worker = nullptr; // lives on m_thread
 };

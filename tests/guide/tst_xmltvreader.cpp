@@ -2,8 +2,10 @@
 // damage (cut-short files, bad entities, old encodings, long lines, no XML at all).
 #include "guide/guidereaderthread.h"
 #include "guide/xmltvreader.h"
+#include "hostileguides.h"
 
 #include <QTest>
+#include <thread>
 
 namespace {
 const QByteArray guide
@@ -154,6 +156,73 @@ private Q_SLOTS:
                     "<title>After &nbsp; it</title></programme></tv>");
         QCOMPARE(reader.channels().size(), size_t(1));
         QCOMPARE(reader.programmes().value("a").size(), size_t(1));
+    }
+
+    void aGuidesOwnEntitiesAreNotExpanded()
+    {
+        // XML's five and character references are read; what the guide declares itself, inside
+        // or outside, is not, in text or in attributes; nor is one never declared.
+        XmltvReader reader;
+        reader.read("<?xml version=\"1.0\"?>\n"
+                    "<!DOCTYPE tv [\n<!ENTITY inner \"expanded\">\n"
+                    "<!ENTITY outer SYSTEM \"file:///etc/hostname\">\n"
+                    "<!ENTITY % param \"<!ENTITY sneaky 'param'>\">\n%param;\n"
+                    "<!ENTITY % far SYSTEM \"file:///etc/hostname\">\n%far;\n]>\n"
+                    "<tv><channel id=\"a&inner;\"><display-name>A&inner;</display-name></channel>"
+                    "<programme start=\"20241125180000\" stop=\"20241125190000\" channel=\"a\">"
+                    "<title>x &amp;&inner;&outer;&sneaky;&nbsp;y "
+                    "&amp;&#233;&#x41;</title></programme></tv>");
+        QCOMPARE(reader.channels().size(), size_t(1));
+        QCOMPARE(reader.channels()[0], (GuideChannel {QStringLiteral("a"), {"A"}}));
+        QCOMPARE(title(reader, "a", 0), QStringLiteral("x &y &\u00e9A"));
+        QVERIFY2(!reader.hasError(), qPrintable(reader.errorText()));
+    }
+
+    void entityBombsEndAndTheRestIsRead_data()
+    {
+        QTest::addColumn<QByteArray>("document");
+        QTest::newRow("10^7 nested") << HostileGuides::nestedEntities(7);
+        QTest::newRow("10^9 nested") << HostileGuides::nestedEntities(9);
+        QTest::newRow("quadratic") << HostileGuides::repeatedEntity(57'000, 11'000);
+    }
+
+    void entityBombsEndAndTheRestIsRead()
+    {
+        QFETCH(QByteArray, document);
+        XmltvReader reader;
+        reader.read(document);
+        const auto &programmes = reader.programmes().value("a");
+        QCOMPARE(programmes.size(), size_t(3));
+        QCOMPARE(title(reader, "a", 0), QStringLiteral("Before"));
+        QVERIFY2(title(reader, "a", 1).size() < 20, qPrintable(title(reader, "a", 1).left(40)));
+        QCOMPARE(title(reader, "a", 2), QStringLiteral("After"));
+    }
+
+    void aReadEndsWhenAskedToStop()
+    {
+        // A guide without end, as a server may send it; the owner gives up on it from another
+        // thread.
+        auto stop = std::make_shared<std::atomic<bool>>(false);
+        XmltvReader::Options options;
+        options.stop = stop;
+        XmltvReader reader(std::move(options));
+        const QByteArray programme = "<programme start=\"20241125180000\" channel=\"a\">"
+                                     "<title>Again</title></programme>";
+        std::atomic<qint64> given = 0;
+        std::thread stopper([&] {
+            while (given.load() < 1'000'000)
+                std::this_thread::yield();
+            stop->store(true);
+        });
+        qsizetype at = 0;
+        reader.read([&](char *buffer, qsizetype size) {
+            for (qsizetype i = 0; i < size; ++i, ++at)
+                buffer[i] = at < 4 ? "<tv>"[at] : programme[(at - 4) % programme.size()];
+            given += size;
+            return size;
+        });
+        stopper.join();
+        QVERIFY(reader.programmeCount() > 1000);
     }
 
     void aVeryLongLineIsRead()

@@ -1,10 +1,12 @@
 // Guides loaded for a playlist from files and a real local HTTP server, and the bad ones: cut
 // short, packed bombs, not XML, silent servers, missing files; each ends in a notice with what
 // could be read kept.
+#include "hostileguides.h"
 #include "httpserver/localhttpserver.h"
 #include "model/guideloader.h"
 #include "sources/playlistparser.h"
 
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -50,6 +52,15 @@ const QList<PlaylistEntry> &entries()
     return list;
 }
 
+// One entry for the channel "a" of the hostile guides.
+const QList<PlaylistEntry> &oneChannelA()
+{
+    static const QList<PlaylistEntry> list
+        = PlaylistParser::parse(QByteArrayView("#EXTM3U\n#EXTINF:-1 tvg-id=\"a\",A\nhttp://h/a\n"),
+                                QUrl(u"http://lists.example/a.m3u"_s));
+    return list;
+}
+
 QString nowTitle(const GuideLoader::Result &result, qsizetype entry)
 {
     const ProgrammeGuide::NowNext found = result.guide->at(entry, evening + 60);
@@ -64,12 +75,13 @@ class TestGuideLoader : public QObject
 
 public:
     // Loads guides with the loader and waits for the result.
-    GuideLoader::Result load(const QList<QUrl> &guides, const GuideLoader::Limits &limits = {})
+    GuideLoader::Result load(const QList<QUrl> &guides, const GuideLoader::Limits &limits = {},
+                             const QList<PlaylistEntry> &playlist = entries())
     {
         GuideLoader loader;
         loader.setLimits(limits);
         std::optional<GuideLoader::Result> result;
-        loader.load({guides, entries(), std::nullopt, evening}, this,
+        loader.load({guides, playlist, std::nullopt, evening}, this,
                     [&result](const GuideLoader::Result &loaded) { result = loaded; });
         if (!QTest::qWaitFor([&] { return result.has_value(); }, 60000))
             qFatal("the guides did not load");
@@ -239,6 +251,62 @@ private Q_SLOTS:
         QTest::qWait(200);
         QCOMPARE(calls, 1);
         loader.cancel();
+    }
+
+    void entityBombsEndInTheirProgrammes_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("10^7 nested") << HostileGuides::nestedEntities(7);
+        QTest::newRow("10^9 nested") << HostileGuides::nestedEntities(9);
+        QTest::newRow("quadratic") << HostileGuides::repeatedEntity(57'000, 2'000);
+        // A few hundred bytes packed, gigabytes once expanded.
+        QTest::newRow("gzip") << HostileGuides::gzip(HostileGuides::repeatedEntity(1 << 20, 5000));
+    }
+
+    void entityBombsEndInTheirProgrammes()
+    {
+        QFETCH(QByteArray, bytes);
+        m_server.route(u"/bomb.xml"_s, HttpResponse::text(bytes, "text/xml"));
+        const GuideLoader::Result result = load({m_server.url(u"/bomb.xml"_s)}, {}, oneChannelA());
+        const ProgrammeGuide::NowNext found = result.guide->at(0, HostileGuides::firstStart + 60);
+        QVERIFY(found.now && found.next);
+        QCOMPARE(found.now->title, u"Before"_s);
+        QVERIFY2(found.next->title.size() < 20, qPrintable(found.next->title.left(40)));
+        QCOMPARE(result.guide->at(0, HostileGuides::firstStart + 3660).now->title, u"After"_s);
+    }
+
+    void aLoaderClosedDuringAReadLetsGoAtOnce_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("entity bomb") << u"/closed-bomb.xml"_s;
+        QTest::newRow("endless guide") << u"/endless.xml"_s;
+    }
+
+    void aLoaderClosedDuringAReadLetsGoAtOnce()
+    {
+        QFETCH(QString, path);
+        m_server.route(u"/closed-bomb.xml"_s,
+                       HttpResponse::text(HostileGuides::nestedEntities(10), "text/xml"));
+        QByteArray programmes;
+        while (programmes.size() < 4 << 20)
+            programmes += "<programme channel=\"a\" start=\"20261125200000 +0000\"><title>T"
+                + QByteArray::number(programmes.size()) + "</title></programme>\n";
+        HttpResponse endless = HttpResponse::text("<tv>" + programmes, "text/xml");
+        endless.generatedBytes = qint64(8) << 30;
+        m_server.route(u"/endless.xml"_s, endless);
+
+        auto loader = std::make_unique<GuideLoader>();
+        bool called = false;
+        loader->load({{m_server.url(path)}, oneChannelA(), std::nullopt, evening}, this,
+                     [&called](const GuideLoader::Result &) { called = true; });
+        QTRY_COMPARE(m_server.requestCount(path), 1);
+        QTest::qWait(300);
+        QElapsedTimer closing;
+        closing.start();
+        loader.reset();
+        QVERIFY2(closing.elapsed() < 1000, qPrintable(QString::number(closing.elapsed())));
+        if (path == u"/endless.xml"_s)
+            QVERIFY(!called);
     }
 
     void noGuidesGiveAnEmptyGuide()

@@ -59,6 +59,11 @@ QStringList GuideFeed::notices() const
                            "read of it is used.")
                 .arg(m_name));
     }
+    if (m_reader.programmesOverLimit() > 0) {
+        notices.append(QStringLiteral("The programme guide “%1” has more programmes than can be "
+                                      "kept: only the first are used.")
+                           .arg(m_name));
+    }
     if (const int skipped = m_reader.skippedProgrammes(); skipped == 1) {
         notices.append(QStringLiteral("1 programme of “%1” has a time that cannot be read and is "
                                       "left out.")

@@ -15,17 +15,22 @@ GuideWants::GuideWants(const QList<PlaylistEntry> &entries)
     }
 }
 
+bool GuideWants::wants(const GuideChannel &channel) const
+{
+    if (m_foldedIds.contains(channel.id.toCaseFolded()))
+        return true;
+    for (const QString &displayName : channel.displayNames) {
+        if (m_tvgNames.contains(displayName) || m_foldedNames.contains(displayName.toCaseFolded()))
+            return true;
+    }
+    return false;
+}
+
 QSet<QString> GuideWants::wanted(const std::vector<GuideChannel> &channels) const
 {
     QSet<QString> ids;
     for (const GuideChannel &channel : channels) {
-        bool wanted = m_foldedIds.contains(channel.id.toCaseFolded());
-        for (qsizetype i = 0; !wanted && i < channel.displayNames.size(); ++i) {
-            const QString &displayName = channel.displayNames[i];
-            wanted = m_tvgNames.contains(displayName)
-                || m_foldedNames.contains(displayName.toCaseFolded());
-        }
-        if (wanted)
+        if (wants(channel))
             ids.insert(channel.id);
     }
     return ids;

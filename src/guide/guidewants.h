@@ -17,6 +17,8 @@ public:
     GuideWants() = default;
     explicit GuideWants(const QList<PlaylistEntry> &entries);
 
+    // Whether some entry may belong to the channel.
+    bool wants(const GuideChannel &channel) const;
     // The ids of the channels that some entry may belong to.
     QSet<QString> wanted(const std::vector<GuideChannel> &channels) const;
 

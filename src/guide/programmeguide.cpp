@@ -95,7 +95,8 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
             if (programme.stop < from || programme.stop > until)
                 continue;
             const auto &[guide, title] = titleOf[programme.title];
-            programme.title = titles.add(guides[guide].titles.value(qsizetype(title)));
+            programme.title
+                = titles.add(QString::fromUtf8(guides[guide].titles.value(qsizetype(title))));
             schedule.push_back(programme);
         }
         m_programmeCount += qsizetype(schedule.size());

@@ -210,10 +210,8 @@ void XmltvReader::read(const Source &source)
                                           : QStringLiteral("the guide is not well-formed XML");
     }
     // A programme cut off by the end is not kept; channels named so far are.
-    if (m_place == Place::channel || m_place == Place::displayName) {
-        if (!m_channel.id.isEmpty())
-            m_channels.push_back(std::move(m_channel));
-    }
+    if (m_place == Place::channel || m_place == Place::displayName)
+        endChannel();
     m_place = Place::outside;
 }
 
@@ -259,6 +257,12 @@ void XmltvReader::startElement(Element element, const Attributes &attributes)
                 m_skipDepth = 1;
                 return;
             }
+            if (m_programmeCount >= m_options.maxKeptProgrammes
+                || m_titleBytes >= m_options.maxTitleBytes) {
+                ++m_programmesOverLimit;
+                m_skipDepth = 1;
+                return;
+            }
             m_place = Place::programme;
             m_title.reset();
         }
@@ -267,6 +271,7 @@ void XmltvReader::startElement(Element element, const Attributes &attributes)
         if (element == Element::displayName) {
             m_place = Place::displayName;
             m_text.clear();
+            m_textCharacters = 0;
         } else {
             m_skipDepth = 1;
         }
@@ -275,6 +280,7 @@ void XmltvReader::startElement(Element element, const Attributes &attributes)
         if (element == Element::title && !m_title) {
             m_place = Place::title;
             m_text.clear();
+            m_textCharacters = 0;
         } else {
             m_skipDepth = 1;
         }
@@ -301,16 +307,14 @@ void XmltvReader::endElement(Element element)
         return;
     case Place::channel:
         if (element == Element::channel) {
-            if (!m_channel.id.isEmpty())
-                m_channels.push_back(std::move(m_channel));
-            m_channel = {};
+            endChannel();
             m_place = Place::outside;
         }
         return;
     case Place::displayName:
         if (element == Element::displayName) {
             const QString displayName = QString::fromUtf8(m_text).trimmed();
-            if (!displayName.isEmpty())
+            if (!displayName.isEmpty() && m_channel.displayNames.size() < maxDisplayNames)
                 m_channel.displayNames.append(displayName);
             m_place = Place::channel;
         }
@@ -332,8 +336,22 @@ void XmltvReader::endElement(Element element)
 
 void XmltvReader::text(QByteArrayView bytes)
 {
-    if (m_skipDepth == 0 && (m_place == Place::displayName || m_place == Place::title))
-        m_text.append(bytes);
+    if (m_skipDepth != 0 || (m_place != Place::displayName && m_place != Place::title)
+        || m_textCharacters >= maxTextCharacters)
+        return;
+    if (m_text.isEmpty()) // leading white space does not count towards the length
+        bytes = bytes.sliced(std::find_if(bytes.begin(), bytes.end(),
+                                          [](char c) { return !QChar::isSpace(uchar(c)); })
+                             - bytes.begin());
+    // Characters are counted by their first bytes; the text ends before the first one too many.
+    qsizetype end = 0;
+    for (; end < bytes.size(); ++end) {
+        if ((uchar(bytes[end]) & 0xc0) != 0x80 && m_textCharacters++ == maxTextCharacters) {
+            m_textCharacters = maxTextCharacters;
+            break;
+        }
+    }
+    m_text.append(bytes.first(end));
 }
 
 bool XmltvReader::programmesOf(QByteArrayView channel)
@@ -341,17 +359,29 @@ bool XmltvReader::programmesOf(QByteArrayView channel)
     // A guide lists a channel's programmes one after another: the last channel is kept at hand.
     if (m_lastChannelKnown && channel == QByteArrayView(m_lastChannel))
         return m_lastWanted;
-    if (!m_wanted && m_options.wantedChannels)
-        m_wanted = m_options.wantedChannels(m_channels); // asked once, at the first programme
     m_lastId = QString::fromUtf8(channel);
     m_lastChannel = channel.toByteArray();
     m_lastChannelKnown = true;
-    m_lastWanted = !m_wanted || m_wanted->contains(m_lastId);
+    m_lastWanted = !m_options.keepChannel || m_keptChannels.contains(m_lastId);
     // Made when its first programme is kept; inserting may move the others' lists, so only
     // the last one is kept by address.
     const auto found = m_programmes.find(m_lastId);
     m_lastProgrammes = found == m_programmes.end() ? nullptr : &*found;
     return m_lastWanted;
+}
+
+void XmltvReader::endChannel()
+{
+    GuideChannel channel = std::exchange(m_channel, {});
+    // The first declaration of an id wins; a guide repeating one costs nothing more.
+    if (channel.id.isEmpty() || m_keptChannels.contains(channel.id))
+        return;
+    if (m_options.keepChannel && !m_options.keepChannel(channel))
+        return;
+    m_keptChannels.insert(channel.id);
+    if (m_lastChannelKnown && m_lastId == channel.id)
+        m_lastChannelKnown = false; // its programmes may be kept from now on
+    m_channels.push_back(std::move(channel));
 }
 
 void XmltvReader::endProgramme()
@@ -364,20 +394,20 @@ void XmltvReader::endProgramme()
 
 quint32 XmltvReader::intern(QByteArrayView title)
 {
-    // Looked up by its bytes: a title seen before costs no conversion.
+    // Looked up by its bytes: a title seen before costs nothing.
     const auto found = m_titleIndex.constFind(title);
     if (found != m_titleIndex.constEnd())
         return *found;
     const auto index = quint32(m_titles.size());
-    m_titles.append(QString::fromUtf8(title));
-    m_titleBytes.append(title.toByteArray());
-    m_titleIndex.insert(QByteArrayView(m_titleBytes.constLast()), index);
+    m_titles.append(title.toByteArray());
+    m_titleBytes += title.size();
+    m_titleIndex.insert(QByteArrayView(m_titles.constLast()), index);
     return index;
 }
 
 GuideRead XmltvReader::take()
 {
     m_titleIndex.clear();
-    m_titleBytes.clear();
+    m_keptChannels.clear();
     return {std::move(m_channels), std::move(m_programmes), std::move(m_titles)};
 }

@@ -20,7 +20,7 @@ struct GuideRead
 {
     std::vector<GuideChannel> channels;
     QHash<QString, std::vector<ReadProgramme>> programmes; // by channel id, in the order read
-    QStringList titles; // what the programmes' title indices point into
+    QList<QByteArray> titles; // what the programmes' title indices point into, as UTF-8
 };
 
 class XmltvReader
@@ -28,16 +28,25 @@ class XmltvReader
 public:
     struct Options
     {
-        // Asked once, when the first programme comes (a guide lists its channels first): the
-        // ids of the channels whose programmes are kept. Unset: every channel's.
-        std::function<QSet<QString>(const std::vector<GuideChannel> &)> wantedChannels;
+        // Asked of each channel as it is read (the first declaration of an id only): whether
+        // it and its programmes are kept. Unset: every channel's.
+        std::function<bool(const GuideChannel &)> keepChannel;
         // Programmes whose stop (or start, without one) lies outside are not kept.
         qint64 keepFrom = std::numeric_limits<qint64>::min();
         qint64 keepUntil = std::numeric_limits<qint64>::max();
         // Set by the owner (from any thread) when the read is no longer wanted: it ends at the
         // next element or block of bytes.
         std::shared_ptr<const std::atomic<bool>> stop;
+        // What a guide may keep, whatever its size: far more than the programmes of a real
+        // guide's two days, far less than the machine's memory.
+        qint64 maxKeptProgrammes = 2'000'000;
+        qint64 maxTitleBytes = qint64(64) << 20;
     };
+
+    // A title or display name is cut there (at a character's edge) as it is read.
+    static constexpr int maxTextCharacters = 1000;
+    // A channel's further display names are passed over.
+    static constexpr int maxDisplayNames = 32;
 
     XmltvReader();
     explicit XmltvReader(Options options);
@@ -58,11 +67,13 @@ public:
     const std::vector<GuideChannel> &channels() const { return m_channels; }
     // The kept programmes by channel id, each channel's in the order read.
     const QHash<QString, std::vector<ReadProgramme>> &programmes() const { return m_programmes; }
-    // The titles programmes point into.
-    const QStringList &titles() const { return m_titles; }
+    // The titles programmes point into, as UTF-8.
+    const QList<QByteArray> &titles() const { return m_titles; }
     // Everything read, moved out; the reader is spent.
     GuideRead take();
     qint64 programmeCount() const { return m_programmeCount; }
+    // Programmes left out because the guide had kept as much as it may.
+    qint64 programmesOverLimit() const { return m_programmesOverLimit; }
     // Programmes left out because their start or stop could not be read.
     int skippedProgrammes() const { return m_skipped; }
     // libxml2 met something it could not read past (not XML, cut short, broken): what came
@@ -88,6 +99,7 @@ private:
     void startElement(Element element, const Attributes &attributes);
     void endElement(Element element);
     void text(QByteArrayView bytes);
+    void endChannel();
     void endProgramme();
     // Makes channel the one programmes go to; false for a channel not asked for.
     bool programmesOf(QByteArrayView channel);
@@ -97,13 +109,14 @@ private:
     std::unique_ptr<Parser> m_parser;
     std::vector<GuideChannel> m_channels;
     QHash<QString, std::vector<ReadProgramme>> m_programmes;
-    QStringList m_titles;
-    // Looked up by a title's UTF-8 bytes without a copy; the keys view m_titleBytes, whose
-    // blocks never move.
-    QList<QByteArray> m_titleBytes;
+    QList<QByteArray> m_titles;
+    // Looked up by a title's bytes without a copy; the keys view m_titles' blocks, which never
+    // move.
     QHash<QByteArrayView, quint32> m_titleIndex;
-    std::optional<QSet<QString>> m_wanted;
+    QSet<QString> m_keptChannels; // the ids of m_channels
     qint64 m_programmeCount = 0;
+    qint64 m_programmesOverLimit = 0;
+    qint64 m_titleBytes = 0;
     int m_skipped = 0;
     QString m_error;
 
@@ -117,6 +130,7 @@ private:
     };
     Place m_place = Place::outside;
     QByteArray m_text;
+    int m_textCharacters = 0; // in m_text; at the most, the rest of the text is passed over
     GuideChannel m_channel;
     std::optional<qint64> m_start; // nothing when it cannot be read
     std::optional<qint64> m_stop;

@@ -46,8 +46,8 @@ private:
             ++m_running;
             XmltvReader::Options options;
             // Asked on the guide's reading thread: the wants are only read there.
-            options.wantedChannels = [wants = m_wants](const std::vector<GuideChannel> &channels) {
-                return wants->wanted(channels);
+            options.keepChannel = [wants = m_wants](const GuideChannel &channel) {
+                return wants->wants(channel);
             };
             options.keepFrom = m_request.moment - ProgrammeGuide::keptBehind - maxShiftAhead;
             options.keepUntil = m_request.moment + ProgrammeGuide::keptAhead + maxShiftBehind;

@@ -39,7 +39,8 @@ const QByteArray guide
 
 QString title(const XmltvReader &reader, const QString &channel, int index)
 {
-    return reader.titles().at(int(reader.programmes().value(channel).at(index).title));
+    return QString::fromUtf8(
+        reader.titles().at(int(reader.programmes().value(channel).at(index).title)));
 }
 } // namespace
 
@@ -85,17 +86,17 @@ private Q_SLOTS:
         // A channel the guide does not list still has its programmes read.
         QCOMPARE(reader.programmes().value("nowhere").size(), size_t(1));
         // One title kept once.
-        QCOMPARE(reader.titles().count(QStringLiteral("News & Weather")), 1);
+        QCOMPARE(reader.titles().count("News & Weather"), 1);
         QCOMPARE(reader.programmeCount(), 4);
     }
 
     void onlyTheChannelsAskedForAndTheWindowAreKept()
     {
         XmltvReader::Options options;
-        std::vector<GuideChannel> seen;
-        options.wantedChannels = [&](const std::vector<GuideChannel> &channels) {
-            seen = channels;
-            return QSet<QString> {QStringLiteral("bbc1.uk")};
+        std::vector<GuideChannel> asked;
+        options.keepChannel = [&](const GuideChannel &channel) {
+            asked.push_back(channel);
+            return channel.id == u"bbc1.uk";
         };
         // 18:30 to 19:30: the first programme stops inside it; the second has no stop and
         // starts inside it.
@@ -103,9 +104,59 @@ private Q_SLOTS:
         options.keepUntil = 1732563000;
         XmltvReader reader(std::move(options));
         reader.read(guide);
-        QCOMPARE(seen.size(), size_t(2));
+        QCOMPARE(asked.size(), size_t(2));
+        QCOMPARE(reader.channels().size(), size_t(1));
         QCOMPARE(reader.programmes().keys(), QStringList {"bbc1.uk"});
         QCOMPARE(reader.programmes().value("bbc1.uk").size(), size_t(2));
+    }
+
+    void aChannelIsKeptOnceTheFirstDeclarationWinning()
+    {
+        XmltvReader::Options options;
+        int asked = 0;
+        options.keepChannel = [&](const GuideChannel &) {
+            return ++asked > 0;
+        };
+        XmltvReader reader(std::move(options));
+        QByteArray document = "<tv><channel id=\"a\"><display-name>First</display-name></channel>";
+        for (int i = 0; i < 1000; ++i)
+            document += "<channel id=\"a\"><display-name>Again</display-name></channel>";
+        reader.read(document + "</tv>");
+        QCOMPARE(reader.channels().size(), size_t(1));
+        QCOMPARE(reader.channels()[0].displayNames, QStringList {"First"});
+        QCOMPARE(asked, 1);
+    }
+
+    void longTextsAreCutAtAThousandCharacters()
+    {
+        // Two-byte characters, and a four-byte one across the edge.
+        const QByteArray name = QByteArray("\xc3\xa9").repeated(3000);
+        const QByteArray title = QByteArray("  ") + QByteArray("t").repeated(999)
+            + "\xf0\x9f\x93\xba" + QByteArray("u").repeated(1 << 20);
+        XmltvReader reader;
+        reader.read("<tv><channel id=\"a\"><display-name>" + name
+                    + "</display-name></channel><programme start=\"20241125180000\" "
+                      "channel=\"a\"><title>"
+                    + title + "</title></programme></tv>");
+        QCOMPARE(reader.channels().at(0).displayNames.at(0), QString(1000, u'\u00e9'));
+        QCOMPARE(::title(reader, "a", 0),
+                 QString(999, u't') + QString::fromUtf8("\xf0\x9f\x93\xba"));
+    }
+
+    void aGuideKeepsNoMoreThanItsLimits()
+    {
+        XmltvReader::Options options;
+        options.maxKeptProgrammes = 3;
+        XmltvReader reader(options);
+        reader.read(guide);
+        QCOMPARE(reader.programmeCount(), 3);
+        QCOMPARE(reader.programmesOverLimit(), 1);
+        options.maxKeptProgrammes = 100;
+        options.maxTitleBytes = 20; // "News & Weather", then "Quiz <Night>" fills it
+        XmltvReader titles(options);
+        titles.read(guide);
+        QCOMPARE(titles.programmeCount(), 2);
+        QCOMPARE(titles.programmesOverLimit(), 2);
     }
 
     void oldEncodingsDeclaredInTheProlog_data()

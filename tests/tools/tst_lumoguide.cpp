@@ -1,5 +1,6 @@
 // lumo-cli guide: now and next for every entry of a playlist as JSON Lines, from the guides its
 // header names (files beside it or addresses on a real local server) or those given instead.
+#include "hostileguides.h"
 #include "httpserver/localhttpserver.h"
 
 #include <QJsonDocument>
@@ -7,6 +8,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 
@@ -107,6 +109,42 @@ private Q_SLOTS:
         const QJsonObject films = object(result.lines[3]);
         QCOMPARE(films[u"now"_s][u"title"_s].toString(), u"Café"_s);
         QCOMPARE(films[u"now"_s][u"start"_s].toString(), u"2026-11-25T19:30:00Z"_s);
+    }
+
+    void hostileGuidesKeepMemoryToWhatIsKept_data()
+    {
+        using namespace HostileGuides;
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<std::function<void(const Sink &)>>("write");
+        QTest::newRow("2 million channels")
+            << u"channels.xml.gz"_s
+            << std::function([](const Sink &sink) { manyChannels(2'000'000, false, sink); });
+        QTest::newRow("3 million identical channels")
+            << u"same.xml.gz"_s
+            << std::function([](const Sink &sink) { manyChannels(3'000'000, true, sink); });
+        QTest::newRow("300 MB title")
+            << u"title.xml.gz"_s
+            << std::function([](const Sink &sink) { longTitle(qint64(300) << 20, sink); });
+    }
+
+    void hostileGuidesKeepMemoryToWhatIsKept()
+    {
+        QFETCH(QString, name);
+        QFETCH(std::function<void(const HostileGuides::Sink &)>, write);
+        const QString guidePath = m_dir.filePath(name);
+        QVERIFY(HostileGuides::writeGzip(guidePath, write));
+        const QString playlist = writeFile(m_dir, u"hostile.m3u"_s,
+                                           "#EXTM3U\n#EXTINF:-1 tvg-id=\"a\",A\nhttp://h/a\n"
+                                           "#EXTINF:-1 tvg-id=\"same\",Same\nhttp://h/s\n"
+                                           "#EXTINF:-1 tvg-id=\"c7\",Seven\nhttp://h/7\n");
+        const Result result = runGuide({playlist, guidePath, u"--at"_s, u"2026-11-25T19:30:00Z"_s});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(object(result.lines.value(0))[u"now"_s][u"title"_s].toString(), u"After"_s);
+        // The largest child so far: every earlier one is checked against the same bound.
+        rusage usage {};
+        QCOMPARE(getrusage(RUSAGE_CHILDREN, &usage), 0);
+        QVERIFY2(usage.ru_maxrss < 300 * 1024, qPrintable(QString::number(usage.ru_maxrss)));
+        QFile::remove(guidePath);
     }
 
     void guidesOnTheCommandLineReplaceTheHeaders()

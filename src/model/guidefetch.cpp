@@ -21,7 +21,7 @@ int errorStatus(const QNetworkReply &reply)
 constexpr qint64 chunkBytes = 256 * 1024;
 } // namespace
 
-GuideFetch::GuideFetch(QNetworkAccessManager &network, const QUrl &url,
+GuideFetch::GuideFetch(QNetworkAccessManager &network, const QUrl &url, bool networkOnly,
                        XmltvReader::Options options, const Limits &limits,
                        std::function<void()> done, QObject *parent)
     : QObject(parent)
@@ -31,9 +31,14 @@ GuideFetch::GuideFetch(QNetworkAccessManager &network, const QUrl &url,
     , m_done(std::move(done))
 {
     // Each start ends in a later call of its own, never in this constructor.
-    if (url.isLocalFile()) {
+    const bool overNetwork = url.scheme() == u"http" || url.scheme() == u"https";
+    if (networkOnly && !overNetwork) {
+        QTimer::singleShot(0, this, [this] {
+            end(QStringLiteral("A playlist from the network cannot name a file on this computer."));
+        });
+    } else if (url.isLocalFile()) {
         QTimer::singleShot(0, this, [this, path = url.toLocalFile()] { openFile(path); });
-    } else if (url.scheme() == u"http" || url.scheme() == u"https") {
+    } else if (overNetwork) {
         download(network, url);
     } else {
         QTimer::singleShot(0, this, [this] {

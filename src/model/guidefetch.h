@@ -26,9 +26,11 @@ public:
     };
 
     // Starts at once; done runs once, on this thread, when the guide has ended one way or
-    // another. Deleting the fetch stops it without a call.
-    GuideFetch(QNetworkAccessManager &network, const QUrl &url, XmltvReader::Options options,
-               const Limits &limits, std::function<void()> done, QObject *parent = nullptr);
+    // another. Deleting the fetch stops it without a call. networkOnly: only an http or https
+    // address is fetched.
+    GuideFetch(QNetworkAccessManager &network, const QUrl &url, bool networkOnly,
+               XmltvReader::Options options, const Limits &limits, std::function<void()> done,
+               QObject *parent = nullptr);
     ~GuideFetch() override;
 
     // How notices call a guide: its file name, else its host.

@@ -53,9 +53,10 @@ private:
             options.keepUntil = m_request.moment + ProgrammeGuide::keptAhead + maxShiftBehind;
             options.stop = m_closing;
             // The fetch never ends inside its constructor, so it is known here by then.
+            const QUrl &url = m_request.guides[index];
             m_fetches[size_t(index)] = new GuideFetch(
-                m_network, m_request.guides[index], std::move(options), m_limits.fetch,
-                [this, index] { fetchEnded(index); }, this);
+                m_network, url, m_request.networkOnly.contains(url), std::move(options),
+                m_limits.fetch, [this, index] { fetchEnded(index); }, this);
         }
         if (m_running == 0 && m_waiting.empty())
             merge();

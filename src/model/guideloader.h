@@ -30,6 +30,9 @@ public:
         QList<PlaylistEntry> entries;
         std::optional<qint32> playlistShift; // seconds
         qint64 moment = 0; // what the kept programmes lie around, seconds since the epoch
+        // Guides named by a playlist from the network: fetched only over http and https, so
+        // that a server cannot have a file of this computer read.
+        QList<QUrl> networkOnly;
     };
     struct Result
     {

@@ -66,6 +66,13 @@ void PlayerModel::loadGuides(bool keepShown)
         Q_EMIT programmeGuideChanged();
     }
     QList<QUrl> guides = m_playlistHeader.guides;
+    QList<QUrl> networkOnly;
+    if (!m_playlistHeader.fromLocalFile) {
+        for (const QUrl &url : std::as_const(guides)) {
+            if (!m_openedGuides.contains(url)) // what the user opened is the user's choice
+                networkOnly.append(url);
+        }
+    }
     for (const QUrl &url : std::as_const(m_openedGuides)) {
         if (!guides.contains(url))
             guides.append(url);
@@ -77,8 +84,9 @@ void PlayerModel::loadGuides(bool keepShown)
     }
     m_loadingGuides = true;
     m_guideMoment = nowSeconds();
-    m_guideLoader->load({guides, playlist(), m_playlistHeader.shiftSeconds, m_guideMoment}, this,
-                        [this](const GuideLoader::Result &result) { publishGuide(result); });
+    m_guideLoader->load(
+        {guides, playlist(), m_playlistHeader.shiftSeconds, m_guideMoment, networkOnly}, this,
+        [this](const GuideLoader::Result &result) { publishGuide(result); });
 }
 
 void PlayerModel::publishGuide(const GuideLoader::Result &result)

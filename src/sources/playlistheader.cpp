@@ -35,6 +35,7 @@ QString firstLine(QByteArrayView bytes)
 PlaylistHeader PlaylistHeader::read(QByteArrayView bytes, const QUrl &baseURL)
 {
     PlaylistHeader header;
+    header.fromLocalFile = baseURL.isLocalFile();
     const QString line = firstLine(bytes);
     if (!line.startsWith(u"#EXTM3U"))
         return header;

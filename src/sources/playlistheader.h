@@ -10,6 +10,8 @@ struct PlaylistHeader
 {
     QList<QUrl> guides; // in the order listed, relative addresses resolved, no repeats
     std::optional<qint32> shiftSeconds;
+    // The playlist is a file of this computer, so its guides may be files too.
+    bool fromLocalFile = false;
 
     // The header of a playlist's bytes (UTF-8 or Latin-1, a UTF-8 mark skipped); an empty
     // header when the first line that is not blank is no #EXTM3U line.

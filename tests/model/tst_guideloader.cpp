@@ -253,6 +253,32 @@ private Q_SLOTS:
         loader.cancel();
     }
 
+    void aNetworkPlaylistsGuidesComeOnlyFromTheNetwork()
+    {
+        const QString path = m_dir.filePath(u"local.xml"_s);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(guide("one", "L"));
+        file.close();
+        m_server.route(u"/net.xml"_s, HttpResponse::text(guide("two", "N")));
+        const QUrl local = QUrl::fromLocalFile(path);
+        const QUrl other(u"ftp://files.example/g.xml"_s);
+        GuideLoader loader;
+        std::optional<GuideLoader::Result> result;
+        const QList<QUrl> guides {local, other, m_server.url(u"/net.xml"_s)};
+        loader.load({guides, entries(), std::nullopt, evening, guides}, this,
+                    [&result](const GuideLoader::Result &loaded) { result = loaded; });
+        QTRY_VERIFY_WITH_TIMEOUT(result.has_value(), 20000);
+        const QString refused = u"The programme guide “%1” couldn’t be loaded. A playlist from "
+                                "the network cannot name a file on this computer."_s;
+        QCOMPARE(result->notices,
+                 (QStringList {refused.arg(u"local.xml"_s), refused.arg(u"g.xml"_s)}));
+        QCOMPARE(nowTitle(*result, 0), QString());
+        QCOMPARE(nowTitle(*result, 1), u"N20"_s);
+        // The same file is read for a playlist of this computer.
+        QCOMPARE(nowTitle(load({local}), 0), u"L20"_s);
+    }
+
     void entityBombsEndInTheirProgrammes_data()
     {
         QTest::addColumn<QByteArray>("bytes");

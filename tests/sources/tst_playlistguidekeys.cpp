@@ -53,6 +53,15 @@ private Q_SLOTS:
         QCOMPARE(header.shiftSeconds, -9000);
     }
 
+    void aHeaderKnowsWhetherItsPlaylistIsLocal()
+    {
+        const QByteArray bytes = "#EXTM3U x-tvg-url=\"FILE:///etc/guide.xml\"\n";
+        const PlaylistHeader network = PlaylistHeader::read(bytes, base);
+        QCOMPARE(network.guides, QList<QUrl> {QUrl::fromLocalFile(u"/etc/guide.xml"_s)});
+        QVERIFY(!network.fromLocalFile);
+        QVERIFY(PlaylistHeader::read(bytes, QUrl::fromLocalFile(u"/srv/tv.m3u"_s)).fromLocalFile);
+    }
+
     void headerWithoutGuidesOrNotFirst()
     {
         QCOMPARE(PlaylistHeader::read("#EXTM3U\n#EXTINF:-1,One\nhttp://h/one\n", base),

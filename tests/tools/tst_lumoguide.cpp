@@ -111,6 +111,29 @@ private Q_SLOTS:
         QCOMPARE(films[u"now"_s][u"start"_s].toString(), u"2026-11-25T19:30:00Z"_s);
     }
 
+    void aPlaylistFromTheNetworkNamesNoLocalGuide()
+    {
+        const QString guidePath = writeFile(m_dir, u"local-news.xml"_s, news);
+        const QString playlist
+            = writeFile(m_dir, u"remote.m3u"_s,
+                        "#EXTM3U x-tvg-url=\"FILE://" + guidePath.toUtf8()
+                            + "\"\n#EXTINF:-1 tvg-id=\"News.uk\",News\nhttp://h/2\n");
+        const QStringList at {u"--at"_s, u"2026-11-25T20:30:00Z"_s};
+        const Result remote
+            = runGuide(QStringList {playlist} + at
+                       + QStringList {u"--base"_s, u"http://lists.example/tv.m3u"_s});
+        QCOMPARE(remote.exitCode, 0);
+        QCOMPARE(remote.err,
+                 QByteArray("The programme guide \xE2\x80\x9Clocal-news.xml\xE2\x80\x9D "
+                            "couldn\xE2\x80\x99t be loaded. A playlist from the network "
+                            "cannot name a file on this computer.\n"));
+        QVERIFY(object(remote.lines.value(0))[u"now"_s].isNull());
+        // Read as a file of this computer, the same playlist may.
+        const Result local = runGuide(QStringList {playlist} + at);
+        QCOMPARE(object(local.lines.value(0))[u"now"_s][u"title"_s].toString(),
+                 u"News at Eight & More"_s);
+    }
+
     void hostileGuidesKeepMemoryToWhatIsKept_data()
     {
         using namespace HostileGuides;

@@ -5,6 +5,7 @@
 #include "sources/playlisterror.h"
 #include "sources/playlistheader.h"
 #include "sources/playlistparser.h"
+#include "sources/urlparts.h"
 
 #include "orderedjson.h"
 
@@ -21,7 +22,8 @@
 
 namespace {
 
-constexpr const char *usage = "usage: lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601\n"
+constexpr const char *usage = "usage: lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601 "
+                              "[--base ADDRESS]\n"
                               "  --at takes a moment with its zone, such as "
                               "2026-11-25T20:00:00Z or 2026-11-25T21:00:00+01:00\n";
 
@@ -68,13 +70,15 @@ int runGuideCommand(const QStringList &arguments)
     QString playlistPath;
     QStringList guideArguments;
     std::optional<QString> at;
+    std::optional<QString> base;
     for (qsizetype i = 0; i < arguments.size(); ++i) {
-        if (arguments[i] == u"--at") {
-            if (++i >= arguments.size()) {
+        if (arguments[i] == u"--at" || arguments[i] == u"--base") {
+            if (i + 1 >= arguments.size()) {
                 std::fputs(usage, stderr);
                 return 2;
             }
-            at = arguments[i];
+            (arguments[i] == u"--at" ? at : base) = arguments[i + 1];
+            ++i;
         } else if (playlistPath.isEmpty()) {
             playlistPath = arguments[i];
         } else {
@@ -100,7 +104,17 @@ int runGuideCommand(const QStringList &arguments)
         return 1;
     }
     const QByteArray bytes = file.readAll();
-    const QUrl baseURL = QUrl::fromLocalFile(QFileInfo(playlistPath).absoluteFilePath());
+    // As if the playlist came from base: its relative guides resolve there, and a playlist from
+    // the network may name no file of this computer.
+    QUrl baseURL = QUrl::fromLocalFile(QFileInfo(playlistPath).absoluteFilePath());
+    if (base) {
+        const std::optional<QUrl> parsed = UrlParts::parse(*base);
+        if (!parsed || parsed->isRelative()) {
+            writeErr(QStringLiteral("lumo-cli: --base must be an absolute address: %1").arg(*base));
+            return 2;
+        }
+        baseURL = *parsed;
+    }
     const QList<PlaylistEntry> entries = PlaylistParser::parse(QByteArrayView(bytes), baseURL);
     if (entries.isEmpty()) {
         writeErr(playlistErrorDescription(PlaylistError::empty));
@@ -114,6 +128,8 @@ int runGuideCommand(const QStringList &arguments)
     request.moment = *moment;
     if (guideArguments.isEmpty()) {
         request.guides = header.guides;
+        if (!header.fromLocalFile)
+            request.networkOnly = header.guides;
     } else {
         for (const QString &argument : guideArguments) {
             const std::optional<QUrl> url = GuideAddress::fromText(argument);

@@ -11,11 +11,12 @@
 
 namespace {
 
-constexpr const char *usage = "usage:\n"
-                              "  lumo-cli classify TEXT\n"
-                              "  lumo-cli parse-m3u FILE [--base ADDRESS] [--count]\n"
-                              "  lumo-cli page ADDRESS [--origin ORIGIN]\n"
-                              "  lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601\n";
+constexpr const char *usage
+    = "usage:\n"
+      "  lumo-cli classify TEXT\n"
+      "  lumo-cli parse-m3u FILE [--base ADDRESS] [--count]\n"
+      "  lumo-cli page ADDRESS [--origin ORIGIN]\n"
+      "  lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601 [--base ADDRESS]\n";
 
 } // namespace
 

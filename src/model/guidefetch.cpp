@@ -111,15 +111,20 @@ void GuideFetch::readFileChunk()
 void GuideFetch::download(QNetworkAccessManager &network, const QUrl &url)
 {
     m_reply = network.get(downloadRequest(url));
-    m_idleTimer.setSingleShot(true);
-    connect(&m_idleTimer, &QTimer::timeout, this, [this] {
+    const auto timedOut = [this] {
         if (m_reply) {
             m_reply->disconnect(this);
             m_reply->abort();
         }
         end(downloadTimedOutDescription());
-    });
+    };
+    m_idleTimer.setSingleShot(true);
+    connect(&m_idleTimer, &QTimer::timeout, this, timedOut);
     m_idleTimer.start(m_limits.idleTimeoutMs);
+    // A server sending a byte now and then never lets the idle timer run out.
+    m_deadline.setSingleShot(true);
+    connect(&m_deadline, &QTimer::timeout, this, timedOut);
+    m_deadline.start(m_limits.deadlineMs);
     connect(m_reply, &QNetworkReply::metaDataChanged, this,
             [this] { m_idleTimer.start(m_limits.idleTimeoutMs); });
     connect(m_reply, &QIODevice::readyRead, this, &GuideFetch::readReply);
@@ -167,6 +172,7 @@ void GuideFetch::end(const QString &failure)
         return;
     m_ended = true;
     m_idleTimer.stop();
+    m_deadline.stop();
     if (m_reply) {
         m_reply->disconnect(this);
         m_reply->deleteLater();

@@ -22,6 +22,8 @@ public:
     {
         // No byte for this long and the download has timed out.
         int idleTimeoutMs = 20'000;
+        // However the bytes come, a download ends this long after it started.
+        int deadlineMs = 60'000;
         qint64 maxUnpackedBytes = GuideFeed::defaultMaxUnpackedBytes;
     };
 
@@ -55,6 +57,7 @@ private:
     QFile m_file;
     QPointer<QNetworkReply> m_reply;
     QTimer m_idleTimer;
+    QTimer m_deadline;
     QString m_failure;
     std::function<void()> m_done;
     bool m_ended = false;

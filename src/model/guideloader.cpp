@@ -30,6 +30,7 @@ public:
         , m_reads(size_t(m_request.guides.size()))
         , m_notices(size_t(m_request.guides.size()))
         , m_fetches(size_t(m_request.guides.size()), nullptr)
+        , m_ended(size_t(m_request.guides.size()), false)
         , m_wants(std::make_shared<const GuideWants>(m_request.entries))
     {
         for (qsizetype i = 0; i < m_request.guides.size(); ++i)
@@ -58,8 +59,8 @@ private:
                 m_network, url, m_request.networkOnly.contains(url), std::move(options),
                 m_limits.fetch, [this, index] { fetchEnded(index); }, this);
         }
-        if (m_running == 0 && m_waiting.empty())
-            merge();
+        if (m_request.guides.isEmpty())
+            publish();
     }
 
     void fetchEnded(qsizetype index)
@@ -67,19 +68,40 @@ private:
         GuideFetch *fetch = std::exchange(m_fetches[size_t(index)], nullptr);
         m_reads[size_t(index)] = fetch->take();
         m_notices[size_t(index)] = fetch->notices();
+        m_ended[size_t(index)] = true;
         fetch->deleteLater();
         --m_running;
         startMore();
+        publish();
     }
 
-    void merge()
+    // Shows the guides that have ended with all those before them: a later guide never waits
+    // for a slow one behind it, and an earlier one always takes precedence when shown.
+    void publish()
     {
+        size_t ready = m_shown;
+        while (ready < m_ended.size() && m_ended[ready])
+            ++ready;
+        const bool complete = ready == m_ended.size();
+        if (ready == m_shown && !(complete && m_shown == 0))
+            return;
         GuideLoader::Result result;
-        for (const QStringList &notices : m_notices)
-            result.notices += notices;
-        result.guide = std::make_shared<const ProgrammeGuide>(
-            m_reads, m_request.entries, m_request.playlistShift, m_request.moment);
-        m_reads.clear();
+        result.complete = complete;
+        for (size_t i = 0; i < ready; ++i) {
+            if (i == m_shown)
+                result.firstNewNotice = result.notices.size();
+            result.notices += m_notices[i];
+        }
+        m_shown = ready;
+        if (complete) {
+            result.guide = std::make_shared<const ProgrammeGuide>(
+                m_reads, m_request.entries, m_request.playlistShift, m_request.moment);
+            m_reads.clear();
+        } else {
+            const std::vector<GuideRead> shown(m_reads.begin(), m_reads.begin() + qsizetype(ready));
+            result.guide = std::make_shared<const ProgrammeGuide>(
+                shown, m_request.entries, m_request.playlistShift, m_request.moment);
+        }
         m_done(std::move(result));
     }
 
@@ -93,6 +115,8 @@ private:
     std::vector<GuideRead> m_reads;
     std::vector<QStringList> m_notices;
     std::vector<GuideFetch *> m_fetches; // by guide, while it is fetched
+    std::vector<bool> m_ended; // by guide
+    size_t m_shown = 0; // the guides shown so far, from the first
     std::shared_ptr<const GuideWants> m_wants;
 };
 

@@ -37,7 +37,9 @@ public:
     struct Result
     {
         std::shared_ptr<const ProgrammeGuide> guide; // never null
-        QStringList notices; // in the order of the guides
+        QStringList notices; // of the guides shown so far, in their order
+        qsizetype firstNewNotice = 0; // notices from here on are shown for the first time
+        bool complete = false; // every guide has ended: nothing more comes
     };
     using Done = std::function<void(const Result &)>;
 
@@ -47,7 +49,9 @@ public:
     ~GuideLoader() override;
 
     void setLimits(const Limits &limits) { m_limits = limits; }
-    // done runs once, on context's thread, unless another load or cancel() comes first.
+    // done runs on context's thread each time more guides can be shown (the first ones that
+    // have ended, in order), the last time with complete set, unless another load or cancel()
+    // comes first.
     void load(Request request, QObject *context, Done done);
     void cancel();
 

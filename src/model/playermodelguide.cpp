@@ -91,12 +91,13 @@ void PlayerModel::loadGuides(bool keepShown)
 
 void PlayerModel::publishGuide(const GuideLoader::Result &result)
 {
-    m_loadingGuides = false;
+    m_loadingGuides = !result.complete;
     m_guide = result.guide;
     Q_EMIT programmeGuideChanged();
     Q_EMIT programmesChanged();
-    if (!result.notices.isEmpty())
-        showToast(result.notices.first(), result.notices.mid(1).join(u'\n'));
+    const QStringList notices = result.notices.mid(result.firstNewNotice);
+    if (!notices.isEmpty())
+        showToast(notices.first(), notices.mid(1).join(u'\n'));
     scheduleProgrammeChange();
 }
 

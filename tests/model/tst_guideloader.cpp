@@ -82,7 +82,10 @@ public:
         loader.setLimits(limits);
         std::optional<GuideLoader::Result> result;
         loader.load({guides, playlist, std::nullopt, evening}, this,
-                    [&result](const GuideLoader::Result &loaded) { result = loaded; });
+                    [&result](const GuideLoader::Result &loaded) {
+                        if (loaded.complete)
+                            result = loaded;
+                    });
         if (!QTest::qWaitFor([&] { return result.has_value(); }, 60000))
             qFatal("the guides did not load");
         return *result;
@@ -182,6 +185,66 @@ private Q_SLOTS:
                  QStringList {u"The programme guide “silent.xml” couldn’t be loaded. The "
                               "request timed out."_s});
         QCOMPARE(nowTitle(result, 0), u"A20"_s);
+    }
+
+    void aGuideThatNeverEndsMeetsItsDeadline()
+    {
+        // One byte at a time, each well within the idle time-out: only the deadline ends it.
+        HttpResponse drip = HttpResponse::text(guide("two", "D"));
+        drip.dripIntervalMs = 50;
+        m_server.route(u"/drip.xml"_s, drip);
+        m_server.route(u"/first.xml"_s, HttpResponse::text(guide("one", "A")));
+        GuideLoader::Limits limits;
+        limits.fetch.idleTimeoutMs = 1000;
+        limits.fetch.deadlineMs = 2000;
+        GuideLoader loader;
+        loader.setLimits(limits);
+        std::vector<GuideLoader::Result> results;
+        loader.load({{m_server.url(u"/first.xml"_s), m_server.url(u"/drip.xml"_s)},
+                     entries(),
+                     std::nullopt,
+                     evening},
+                    this,
+                    [&results](const GuideLoader::Result &loaded) { results.push_back(loaded); });
+        // The first guide shows as soon as it has come, without waiting for the second.
+        QTRY_COMPARE_WITH_TIMEOUT(results.size(), size_t(1), 1500);
+        QVERIFY(!results[0].complete);
+        QCOMPARE(nowTitle(results[0], 0), u"A20"_s);
+        QVERIFY(results[0].notices.isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(results.size(), size_t(2), 5000);
+        QVERIFY(results[1].complete);
+        QCOMPARE(nowTitle(results[1], 0), u"A20"_s);
+        QCOMPARE(results[1].notices,
+                 QStringList {u"The programme guide “drip.xml” couldn’t be loaded. The request "
+                              "timed out."_s});
+        QCOMPARE(results[1].firstNewNotice, 0);
+    }
+
+    void guidesShowInTheirOrderOfPrecedence()
+    {
+        // The second guide comes first but waits for the first, which takes precedence.
+        m_server.route(u"/late.xml"_s, [body = guide("one", "L")](const HttpRequest &) {
+            HttpResponse response = HttpResponse::text(body);
+            response.delayMs = 800;
+            return response;
+        });
+        m_server.route(u"/early.xml"_s, HttpResponse::text(guide("two", "E")));
+        m_server.route(u"/missing.xml"_s, HttpResponse::notFound());
+        GuideLoader loader;
+        std::vector<GuideLoader::Result> results;
+        loader.load({{m_server.url(u"/late.xml"_s), m_server.url(u"/early.xml"_s),
+                      m_server.url(u"/missing.xml"_s)},
+                     entries(),
+                     std::nullopt,
+                     evening},
+                    this,
+                    [&results](const GuideLoader::Result &loaded) { results.push_back(loaded); });
+        QTRY_VERIFY_WITH_TIMEOUT(!results.empty() && results.back().complete, 10000);
+        // Everything came while the first one was awaited: one showing, all of it.
+        QCOMPARE(results.size(), size_t(1));
+        QCOMPARE(nowTitle(results[0], 0), u"L20"_s);
+        QCOMPARE(nowTitle(results[0], 1), u"E20"_s);
+        QCOMPARE(results[0].notices.size(), 1);
     }
 
     void aGuideThatStopsMidwayKeepsWhatCame()

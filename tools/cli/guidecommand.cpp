@@ -147,6 +147,8 @@ int runGuideCommand(const QStringList &arguments)
         GuideLoader loader;
         QEventLoop loop;
         loader.load(request, &loop, [&](const GuideLoader::Result &loaded) {
+            if (!loaded.complete)
+                return;
             result = loaded;
             loop.quit();
         });

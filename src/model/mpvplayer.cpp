@@ -144,12 +144,13 @@ QString argument(const char *name)
 
 void MpvPlayer::replaceCurrentItem(const std::optional<QUrl> &url, const StreamHeaders &headers)
 {
-    m_entriesLeft.clear();
+    m_expansion.clear();
     m_reconnect = MpvFileOptions::Reconnect::afterCuts;
     if (url) {
         m_itemUrl = *url;
         m_headers = headers;
         m_itemIsLocal = url->isLocalFile();
+        m_expansion.start(*url);
         setHasItem(true);
         if (!load(*url)) {
             // mpv refused the command as given: the item ends before it began.
@@ -204,7 +205,7 @@ void MpvPlayer::reloadCurrentItem()
     if (!m_itemUrl.isValid())
         return;
     // The stream has played: network errors are worth retrying now.
-    m_entriesLeft.clear();
+    m_expansion.start(m_itemUrl);
     m_reconnect = MpvFileOptions::Reconnect::afterCutsAndNetworkErrors;
     setHasItem(true);
     if (!load(m_itemUrl)) {
@@ -216,8 +217,8 @@ void MpvPlayer::reloadCurrentItem()
 
 bool MpvPlayer::loadNextEntry()
 {
-    while (!m_entriesLeft.isEmpty()) {
-        if (load(m_entriesLeft.takeFirst())) {
+    while (const std::optional<QUrl> entry = m_expansion.next()) {
+        if (load(*entry)) {
             updateWaiting();
             return true;
         }
@@ -304,8 +305,12 @@ void MpvPlayer::drainEvents()
     }
     // mpv hands out its log messages after the events queued meanwhile, so the messages that
     // tell why an item failed come after its end: the failure is told once all are read.
-    if (std::exchange(m_failurePending, false))
-        Q_EMIT playbackFailed(PlaybackFailure::reason(m_itemMessages, !m_itemIsLocal));
+    if (std::exchange(m_failurePending, false)) {
+        // Once the item's lists named entries, what failed is all of them, not the last one.
+        const QString listed = m_expansion.failureReason();
+        Q_EMIT playbackFailed(
+            listed.isEmpty() ? PlaybackFailure::reason(m_itemMessages, !m_itemIsLocal) : listed);
+    }
 }
 
 void MpvPlayer::handleEvent(const mpv_event &event)
@@ -404,8 +409,9 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 
         // each in turn until one plays.
         mpv_node playlist {};
         if (mpv_get_property(m_handle.get(), Property::playlist, MPV_FORMAT_NODE, &playlist) >= 0) {
-            m_entriesLeft = ExpandedPlaylist::insertedEntries(playlist, insertedID, insertedCount,
-                                                              m_itemIsLocal);
+            // Files only from a list that is itself a file of this computer.
+            m_expansion.expand(ExpandedPlaylist::insertedEntries(
+                playlist, insertedID, insertedCount, m_expansion.currentIsLocal()));
             mpv_free_node_contents(&playlist);
         }
         if (loadNextEntry())
@@ -414,7 +420,6 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 
     } else if (reason == MPV_END_FILE_REASON_ERROR && loadNextEntry()) {
         return;
     }
-    m_entriesLeft.clear();
     m_currentEntry = -1;
     m_currentStarted = false;
     setHasItem(false);

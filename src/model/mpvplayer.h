@@ -4,6 +4,7 @@
 // mpv's events on the main thread. Video is drawn by a render context made on handle().
 #include "mediaplayer.h"
 #include "mpvfileoptions.h"
+#include "playlistexpansion.h"
 #include <QHash>
 #include <QList>
 #include <QStringList>
@@ -134,7 +135,7 @@ private:
     StreamHeaders m_headers;
     bool m_itemIsLocal = false;
     MpvFileOptions::Reconnect m_reconnect = MpvFileOptions::Reconnect::afterCuts;
-    QList<QUrl> m_entriesLeft; // of that playlist, not tried yet
+    PlaylistExpansion m_expansion; // the lists the item turned out to be, and their entries
     QStringList m_itemMessages; // mpv's warnings and errors since the item was loaded
     bool m_failurePending = false; // the item failed; told once mpv's messages are read
     bool m_paused = true;

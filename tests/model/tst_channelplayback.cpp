@@ -4,6 +4,7 @@
 #include "httpserver/localhttpserver.h"
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
+#include "model/playlistexpansion.h"
 #include "testmedia.h"
 
 #include <QSignalSpy>
@@ -202,6 +203,63 @@ private Q_SLOTS:
         // Each entry was tried once, the last one too.
         QCOMPARE(m_server.requestCount(QStringLiteral("/gone.mp4")), first + 1);
         QCOMPARE(m_server.requestCount(QStringLiteral("/gone-too.mp4")), second + 1);
+    }
+
+    void listsThatNameEachOtherEndInOneNotice_data()
+    {
+        QTest::addColumn<QString>("first");
+        QTest::newRow("itself") << QStringLiteral("/loop.pls");
+        QTest::newRow("each other") << QStringLiteral("/ping.pls");
+    }
+
+    void listsThatNameEachOtherEndInOneNotice()
+    {
+        QFETCH(QString, first);
+        const auto pls = [this](const QStringList &paths) {
+            QByteArray text = "[playlist]\nNumberOfEntries=" + QByteArray::number(paths.size());
+            for (qsizetype i = 0; i < paths.size(); ++i)
+                text += "\nFile" + QByteArray::number(i + 1) + "="
+                    + m_server.url(paths[i]).toEncoded();
+            return HttpResponse::text(text + "\nVersion=2\n", "audio/x-scpls");
+        };
+        m_server.route(QStringLiteral("/loop.pls"), pls({"/loop.pls", "/loop.pls"}));
+        m_server.route(QStringLiteral("/ping.pls"), pls({"/pong.pls"}));
+        m_server.route(QStringLiteral("/pong.pls"), pls({"/ping.pls"}));
+        const auto requests = [this] {
+            return m_server.requestCount(QStringLiteral("/loop.pls"))
+                + m_server.requestCount(QStringLiteral("/ping.pls"))
+                + m_server.requestCount(QStringLiteral("/pong.pls"));
+        };
+        const int before = requests();
+        m_model->openRemote(m_server.url(first).toString(), QStringLiteral("Loop radio"));
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), "Could not play Loop radio.", 10000);
+        QVERIFY2(m_model->toastDetail().startsWith("None of its "),
+                 qPrintable(m_model->toastDetail()));
+        QVERIFY(!m_model->player().hasItem());
+        QTest::qWait(1000);
+        QVERIFY2(requests() - before <= PlaylistExpansion::maxRequests,
+                 qPrintable(QString::number(requests() - before)));
+    }
+
+    void onlyAListOfThisComputerMayNameItsFiles()
+    {
+        // A list of this computer names one from the network, which names a file here.
+        const QString clip = m_media.filePath(QStringLiteral("clip.mp4"));
+        m_server.route(QStringLiteral("/names-file.pls"),
+                       HttpResponse::text("[playlist]\nNumberOfEntries=1\nFile1=" + clip.toUtf8()
+                                              + "\nVersion=2\n",
+                                          "audio/x-scpls"));
+        const QString local = m_media.filePath(QStringLiteral("local.pls"));
+        QFile file(local);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[playlist]\nNumberOfEntries=1\nFile1="
+                   + m_server.url(QStringLiteral("/names-file.pls")).toEncoded() + "\nVersion=2\n");
+        file.close();
+        QSignalSpy failed(&m_model->player(), &MediaPlayer::playbackFailed);
+        m_model->player().replaceCurrentItem(QUrl::fromLocalFile(local), {});
+        QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, 10000);
+        QVERIFY(!(m_model->currentTime() > 0));
+        QCOMPARE(m_server.requestCount(QStringLiteral("/names-file.pls")), 1);
     }
 
     void aNetworkStreamNeverOpensLocalFiles()

@@ -1,5 +1,7 @@
 #include "toastoverlay.h"
 
+#include "noticelayout.h"
+
 #include <QEasingCurve>
 #include <QPainter>
 #include <QPainterPath>
@@ -50,6 +52,7 @@ void ToastOverlay::setMessage(const QString &message, const QString &detail)
     }
     m_shownText = message;
     m_shownDetail = detail;
+    m_laidOutWidth = -1;
     show();
     raise();
     place(m_areaWidth);
@@ -62,27 +65,6 @@ void ToastOverlay::animateTo(double end)
     m_animation->setStartValue(m_progress);
     m_animation->setEndValue(end);
     m_animation->start();
-}
-
-QStringList ToastOverlay::linesFor(const QString &text, const QFontMetrics &metrics, int width)
-{
-    // Advances are rounded: a pixel to spare keeps a text that fits from being shortened.
-    const auto fits = [&](const QString &line) {
-        return metrics.horizontalAdvance(line) + 1 <= width;
-    };
-    if (fits(text) || width <= 0)
-        return {text};
-    // Two lines, broken at the last space that leaves a first line that fits.
-    for (qsizetype space = text.lastIndexOf(u' '); space > 0;
-         space = text.lastIndexOf(u' ', space - 1)) {
-        const QString first = text.first(space);
-        const QString second = text.sliced(space + 1);
-        if (fits(first) && fits(second))
-            return {first, second};
-        if (fits(first))
-            return {first, metrics.elidedText(second, Qt::ElideMiddle, width - 1)};
-    }
-    return {metrics.elidedText(text, Qt::ElideMiddle, width - 1)};
 }
 
 QFont ToastOverlay::detailFont() const
@@ -99,10 +81,15 @@ void ToastOverlay::place(int areaWidth)
     const QFontMetrics metrics(font());
     const QFontMetrics detailMetrics(detailFont());
     const int available = std::max(areaWidth - 2 * inset, 2 * padding);
-    m_lines = linesFor(m_shownText, metrics, available - 2 * padding);
-    m_detailLines = m_shownDetail.isEmpty()
-        ? QStringList()
-        : linesFor(m_shownDetail, detailMetrics, available - 2 * padding);
+    // Laid out once per text and width, not on every step of the animation.
+    if (m_laidOutWidth != available) {
+        m_laidOutWidth = available;
+        m_lines = NoticeLayout::lines(m_shownText, font(), available - 2 * padding, maxTextLines);
+        m_detailLines = m_shownDetail.isEmpty()
+            ? QStringList()
+            : NoticeLayout::lines(m_shownDetail, detailFont(), available - 2 * padding,
+                                  maxDetailLines);
+    }
     int textWidth = 0;
     for (const QString &line : std::as_const(m_lines))
         textWidth = std::max(textWidth, metrics.horizontalAdvance(line) + 1);

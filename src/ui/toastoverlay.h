@@ -15,6 +15,8 @@ public:
     static constexpr int inset = 14;
     static constexpr int minimumHeight = 30;
     static constexpr int animationMs = 220;
+    static constexpr int maxTextLines = 3;
+    static constexpr int maxDetailLines = 2;
 
     explicit ToastOverlay(QWidget *parent = nullptr);
 
@@ -29,11 +31,11 @@ public:
     void place(int areaWidth);
 
     // The lines the notice shows: its whole text on one line when it fits the area, else
-    // wrapped onto two, with a text too long even for those shortened in the middle.
+    // wrapped onto at most three (its reason onto two), a text too long for those cut with an
+    // ellipsis.
     QStringList shownLines() const { return m_lines; }
     QStringList shownDetailLines() const { return m_detailLines; }
     QFont detailFont() const;
-    static QStringList linesFor(const QString &text, const QFontMetrics &metrics, int width);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -50,4 +52,5 @@ private:
     int m_areaWidth = 0;
     QStringList m_lines;
     QStringList m_detailLines;
+    int m_laidOutWidth = -1; // the width m_lines were laid out for
 };

@@ -1,5 +1,7 @@
 #include "channelrowdelegate.h"
 
+#include "sources/displaytext.h"
+
 #include "channellistmodel.h"
 #include "channellogocache.h"
 #include "surface/icons.h"
@@ -108,17 +110,18 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     const QRectF metadataArea(textLeft, lines.center().y() + 1, textWidth, lines.height() / 2 - 6);
     painter->setFont(nameFont);
     painter->setPen(primary);
-    painter->drawText(
-        nameArea, Qt::AlignLeft | Qt::AlignVCenter,
-        QFontMetrics(nameFont).elidedText(index.data().toString(), Qt::ElideRight, int(textWidth)));
+    painter->drawText(nameArea, Qt::AlignLeft | Qt::AlignVCenter,
+                      QFontMetrics(nameFont).elidedText(DisplayText::clean(index.data().toString()),
+                                                        Qt::ElideRight, int(textWidth)));
     QColor secondary = primary;
     secondary.setAlphaF(0.55f);
     painter->setFont(metadataFont);
     painter->setPen(secondary);
-    painter->drawText(metadataArea, Qt::AlignLeft | Qt::AlignVCenter,
-                      QFontMetrics(metadataFont)
-                          .elidedText(index.data(ChannelListModel::MetadataRole).toString(),
-                                      Qt::ElideRight, int(textWidth)));
+    painter->drawText(
+        metadataArea, Qt::AlignLeft | Qt::AlignVCenter,
+        QFontMetrics(metadataFont)
+            .elidedText(DisplayText::clean(index.data(ChannelListModel::MetadataRole).toString()),
+                        Qt::ElideRight, int(textWidth)));
     if (guide)
         paintProgramme(painter, option, index,
                        QRectF(textLeft, lines.bottom() - 3, textWidth, programmeLineHeight));

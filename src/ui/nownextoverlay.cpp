@@ -1,5 +1,7 @@
 #include "nownextoverlay.h"
 
+#include "sources/displaytext.h"
+
 #include "programmetext.h"
 
 #include <QPainter>
@@ -96,8 +98,9 @@ void NowNextOverlay::paintEvent(QPaintEvent *)
         painter.drawText(labelArea, Qt::AlignLeft | Qt::AlignVCenter, name);
         painter.setFont(textFont);
         painter.setPen(colour);
-        painter.drawText(textArea, Qt::AlignLeft | Qt::AlignVCenter,
-                         QFontMetrics(textFont).elidedText(text, Qt::ElideRight, textWidth));
+        painter.drawText(
+            textArea, Qt::AlignLeft | Qt::AlignVCenter,
+            QFontMetrics(textFont).elidedText(DisplayText::clean(text), Qt::ElideRight, textWidth));
         top += lineHeight;
     };
     if (!m_now.isEmpty()) {

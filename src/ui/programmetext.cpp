@@ -1,5 +1,7 @@
 #include "programmetext.h"
 
+#include "sources/displaytext.h"
+
 #include <QDateTime>
 #include <algorithm>
 
@@ -11,7 +13,7 @@ QString line(const ProgrammeGuide::Programme &programme)
         return QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("HH:mm"));
     };
     return clock(programme.start) + u'–' + clock(programme.stop) + QStringLiteral("  ")
-        + programme.title;
+        + DisplayText::clean(programme.title);
 }
 
 double progress(const ProgrammeGuide::Programme &programme, qint64 moment)

@@ -1,5 +1,7 @@
 #include "toastoverlay.h"
 
+#include "sources/displaytext.h"
+
 #include "noticelayout.h"
 
 #include <QEasingCurve>
@@ -50,8 +52,9 @@ void ToastOverlay::setMessage(const QString &message, const QString &detail)
         animateTo(0);
         return;
     }
-    m_shownText = message;
-    m_shownDetail = detail;
+    // Texts from servers and files are shown without controls or direction overrides.
+    m_shownText = DisplayText::clean(message);
+    m_shownDetail = DisplayText::clean(detail);
     m_laidOutWidth = -1;
     show();
     raise();

@@ -1,5 +1,7 @@
 #include "trackmenus.h"
 
+#include "sources/displaytext.h"
+
 #include "model/playermodel.h"
 #include "model/trackchoice.h"
 #include "model/tracknames.h"
@@ -17,7 +19,10 @@ void fill(QMenu *menu, PlayerModel &model, TrackKind kind)
 {
     menu->clear();
     const MediaTracks tracks = TrackChoice::ofKind(model.tracks(), kind);
-    auto *group = new QActionGroup(menu);
+    // One group for the menu's life; clear() takes its actions out of it.
+    auto *group = menu->findChild<QActionGroup *>(QString(), Qt::FindDirectChildrenOnly);
+    if (!group)
+        group = new QActionGroup(menu);
     const auto addChoice = [&](const QString &text, std::optional<qint64> id, bool selected) {
         QAction *action = menu->addAction(text);
         action->setCheckable(true);
@@ -34,7 +39,7 @@ void fill(QMenu *menu, PlayerModel &model, TrackKind kind)
         addChoice(subtitlesOff.toString(), std::nullopt, !anySelected);
     }
     for (const MediaTrack &track : tracks)
-        addChoice(TrackNames::label(track), track.id, track.isSelected);
+        addChoice(DisplayText::forMenu(TrackNames::label(track)), track.id, track.isSelected);
     if (subtitles) {
         if (!tracks.isEmpty())
             menu->addSeparator();

@@ -1,5 +1,7 @@
 #include "windowtitlesetter.h"
 
+#include "sources/displaytext.h"
+
 #include "windowsizes.h"
 
 #include <QApplication>
@@ -63,7 +65,8 @@ void WindowTitleSetter::applyNow(const QString &title, bool sidebarVisible)
     QWidget *window = view->window();
     if (window->layout())
         window->layout()->activate();
-    window->setWindowTitle(fittedTitle(title, QFontMetrics(titleFont()), window->width()));
+    window->setWindowTitle(
+        fittedTitle(DisplayText::clean(title), QFontMetrics(titleFont()), window->width()));
     // The size before the new minimum, which Qt enforces at once, widens the view.
     const QSize before = view->size();
     const QSize chrome = window->size() - before;

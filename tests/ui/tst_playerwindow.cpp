@@ -16,6 +16,7 @@
 #include "ui/windowtitlesetter.h"
 #include "windowactivation.h"
 
+#include <QActionGroup>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -237,6 +238,40 @@ private Q_SLOTS:
         QTest::qWait(100);
         QCOMPARE(content()->size(), QSize(900, 500));
         content()->setFullScreen(false);
+    }
+
+    void trackTitlesCannotSpoofTheMenus()
+    {
+        QMenu *audio = submenu(QStringLiteral("Playback"), QStringLiteral("Audio Track"));
+        QVERIFY(audio);
+        player().setPresentationSize({640, 360});
+        m_model->play(QUrl::fromLocalFile(QStringLiteral("/media/spoof.mkv")), std::nullopt, false);
+        const QStringList titles {QStringLiteral("&Quit"), QStringLiteral("Music\tCtrl+Q"),
+                                  QStringLiteral("Photo \u202Egnp.exe"),
+                                  QStringLiteral("\u05E2\u05D1\u05E8\u05D9\u05EA"),
+                                  QString(5000, u'w')};
+        MediaTracks tracks;
+        for (qsizetype i = 0; i < titles.size(); ++i)
+            tracks.append(MediaTrack {TrackKind::audio, i + 1, {}, titles[i], "aac", 2});
+        for (int refill = 0; refill < 5; ++refill)
+            player().setTracks(tracks);
+        const QList<QAction *> actions = audio->actions();
+        QCOMPARE(actions.size(), titles.size());
+        for (QAction *action : actions) {
+            const QString text = action->text();
+            QVERIFY2(!text.contains(u'\t') && !text.contains(QChar(0x202E)), qPrintable(text));
+            QVERIFY2(QString(text).replace(QStringLiteral("&&"), QStringLiteral("&")).size() <= 80,
+                     qPrintable(text));
+            // Any & is a doubled one: no track gives itself a shortcut.
+            QVERIFY2(!QString(text).remove(QStringLiteral("&&")).contains(u'&'), qPrintable(text));
+        }
+        QVERIFY(actions.at(0)->text().contains(QStringLiteral("&&Quit")));
+        QVERIFY(actions.at(1)->text().contains(QStringLiteral("Music Ctrl+Q")));
+        QVERIFY(actions.at(2)->text().contains(QStringLiteral("Photo gnp.exe")));
+        QVERIFY(actions.at(3)->text().contains(titles.at(3)));
+        QVERIFY(actions.at(4)->text().endsWith(QChar(0x2026)));
+        // One group of choices however often the menu is filled again.
+        QCOMPARE(audio->findChildren<QActionGroup *>().size(), 1);
     }
 
     void theTrackMenusFollowTheItemsTracks()

@@ -53,6 +53,19 @@ private Q_SLOTS:
         QVERIFY(text.startsWith(toast.shownLines().constFirst()));
     }
 
+    void aNoticeShowsNoControlsOrOverrides()
+    {
+        QWidget area;
+        ToastOverlay toast(&area);
+        toast.place(700);
+        toast.setMessage(QStringLiteral("Could not play \u202Egnp.exe\x01."),
+                         QStringLiteral("The server answered 404 Not\r\nFound\x1b."));
+        QCOMPARE(toast.shownLines(), QStringList {"Could not play gnp.exe."});
+        QCOMPARE(toast.shownDetailLines(), QStringList {"The server answered 404 Not  Found."});
+        // What the notice is stays as it came.
+        QVERIFY(toast.message().contains(QChar(0x202E)));
+    }
+
     void aShortNoticeIsWhole()
     {
         QWidget area;

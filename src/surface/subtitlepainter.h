@@ -5,6 +5,7 @@
 #include <QFontMetricsF>
 #include <QRectF>
 #include <QStringList>
+#include <limits>
 
 class QPainter;
 
@@ -14,11 +15,16 @@ namespace SubtitlePainter {
 // narrow pictures from getting more than about 14 characters a line.
 double fontPixelSize(QSizeF visible);
 
-// The text's lines, each no wider than width: its own line breaks, then breaks between words
-// (a single word too long stays whole).
-QStringList lines(const QString &text, const QFontMetricsF &metrics, double width);
+// The text's last lines, at most last of them, each no wider than width: its own line breaks,
+// then breaks between words (a single word too long stays whole). Only those are laid out.
+QStringList lines(const QString &text, const QFontMetricsF &metrics, double width,
+                  qsizetype last = std::numeric_limits<qsizetype>::max());
 
-// Draws text at the bottom of visible.
+// The lines drawn at the bottom of a visible picture of this size: the text's last ones, as many
+// as fit its height.
+QStringList shownLines(const QString &text, QSizeF visible);
+
+// Draws text at the bottom of visible, laid out once for as long as the text and the size stay.
 void paint(QPainter &painter, const QString &text, const QRectF &visible);
 
 } // namespace SubtitlePainter

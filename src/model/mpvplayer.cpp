@@ -1,6 +1,7 @@
 #include "mpvplayer.h"
 
 #include "expandedplaylist.h"
+#include "freedmemory.h"
 #include "mpvfileoptions.h"
 #include "mpvnames.h"
 #include "mpvnode.h"
@@ -354,6 +355,11 @@ void MpvPlayer::handleEvent(const mpv_event &event)
         // A restart of an earlier item says nothing about the current one.
         if (!isCurrentItemStarted())
             break;
+        // Once an item plays, the one before it is gone: what its threads freed goes back to
+        // the system. glibc keeps freed memory in the arenas of threads that have ended, and a
+        // live channel reconnected every few seconds would grow by megabytes each time.
+        if (!m_firstFrameShown)
+            releaseFreedMemory();
         m_firstFrameShown = true;
         updateWaiting();
         if (qEnvironmentVariableIntValue("LUMO_DEBUG") == 1)

@@ -148,6 +148,12 @@ private Q_SLOTS:
         QTest::newRow("300 MB title")
             << u"title.xml.gz"_s
             << std::function([](const Sink &sink) { longTitle(qint64(300) << 20, sink); });
+        QTest::newRow("10^9 nested entities")
+            << u"nested.xml.gz"_s
+            << std::function([](const Sink &sink) { sink(nestedEntities(9)); });
+        QTest::newRow("5 GB of entities")
+            << u"entities.xml.gz"_s
+            << std::function([](const Sink &sink) { sink(repeatedEntity(1 << 20, 5000)); });
     }
 
     void hostileGuidesKeepMemoryToWhatIsKept()

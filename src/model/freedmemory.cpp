@@ -1,0 +1,12 @@
+#include "freedmemory.h"
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+void releaseFreedMemory()
+{
+#if defined(__GLIBC__)
+    malloc_trim(0);
+#endif
+}

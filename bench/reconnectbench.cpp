@@ -4,6 +4,7 @@
 // Options: --reconnects N (default 100), --interval-ms MS (between them, default 800), --window
 // (the whole player in its window, drawing the picture, rather than the player alone), --json PATH.
 #include "benchreport.h"
+#include "residentmemory.h"
 
 #include "httpserver/localhttpserver.h"
 #include "model/mpvplayer.h"
@@ -15,22 +16,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-
-double residentMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return qQNaN();
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').constFirst().toDouble() / 1024;
-    }
-    return qQNaN();
-}
-
-} // namespace
 
 int main(int argc, char *argv[])
 {

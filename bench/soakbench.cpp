@@ -4,6 +4,7 @@
 // growth after the first two. Options: --minutes N (default 3), --json PATH.
 #include "benchreport.h"
 #include "eventloopwait.h"
+#include "residentmemory.h"
 #include "serverthread.h"
 
 #include "httpserver/localhttpserver.h"
@@ -25,18 +26,6 @@
 namespace {
 
 constexpr int warmUpMinutes = 2;
-
-double residentMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return qQNaN();
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
-    }
-    return qQNaN();
-}
 
 // Resident memory by where it lives: the software OpenGL driver (LLVM and the DRI driver, which a
 // machine with a GPU driver does not load), malloc's heap and anonymous mappings, and the rest.

@@ -4,26 +4,13 @@
 #include "httpserver/localhttpserver.h"
 #include "model/mpvplayer.h"
 #include "model/playermodel.h"
+#include "residentmemory.h"
 #include "testmedia.h"
 #include "ui/playerwindow.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-double residentMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return qQNaN();
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').constFirst().toDouble() / 1024;
-    }
-    return qQNaN();
-}
-} // namespace
 
 class TestReconnectMemory : public QObject
 {

@@ -81,7 +81,7 @@ public:
         GuideLoader loader;
         loader.setLimits(limits);
         std::optional<GuideLoader::Result> result;
-        loader.load({guides, playlist, std::nullopt, evening}, this,
+        loader.load({guides, playlist, std::nullopt, evening, {}}, this,
                     [&result](const GuideLoader::Result &loaded) {
                         if (loaded.complete)
                             result = loaded;
@@ -203,7 +203,8 @@ private Q_SLOTS:
         loader.load({{m_server.url(u"/first.xml"_s), m_server.url(u"/drip.xml"_s)},
                      entries(),
                      std::nullopt,
-                     evening},
+                     evening,
+                     {}},
                     this,
                     [&results](const GuideLoader::Result &loaded) { results.push_back(loaded); });
         // The first guide shows as soon as it has come, without waiting for the second.
@@ -236,7 +237,8 @@ private Q_SLOTS:
                       m_server.url(u"/missing.xml"_s)},
                      entries(),
                      std::nullopt,
-                     evening},
+                     evening,
+                     {}},
                     this,
                     [&results](const GuideLoader::Result &loaded) { results.push_back(loaded); });
         QTRY_VERIFY_WITH_TIMEOUT(!results.empty() && results.back().complete, 10000);
@@ -277,7 +279,7 @@ private Q_SLOTS:
         }
         GuideLoader loader;
         std::optional<GuideLoader::Result> result;
-        loader.load({guides, entries(), std::nullopt, evening}, this,
+        loader.load({guides, entries(), std::nullopt, evening, {}}, this,
                     [&result](const GuideLoader::Result &loaded) { result = loaded; });
         QTRY_COMPARE(m_server.heldCount(), 4);
         QTest::qWait(300);
@@ -301,10 +303,10 @@ private Q_SLOTS:
             ++calls;
             title = nowTitle(loaded, 0);
         };
-        loader.load({{m_server.url(u"/first.xml"_s)}, entries(), std::nullopt, evening}, this,
+        loader.load({{m_server.url(u"/first.xml"_s)}, entries(), std::nullopt, evening, {}}, this,
                     done);
         QTRY_COMPARE(m_server.heldCount(), 1);
-        loader.load({{m_server.url(u"/second.xml"_s)}, entries(), std::nullopt, evening}, this,
+        loader.load({{m_server.url(u"/second.xml"_s)}, entries(), std::nullopt, evening, {}}, this,
                     done);
         QTRY_COMPARE(calls, 1);
         QCOMPARE(title, u"S20"_s);
@@ -386,7 +388,7 @@ private Q_SLOTS:
 
         auto loader = std::make_unique<GuideLoader>();
         bool called = false;
-        loader->load({{m_server.url(path)}, oneChannelA(), std::nullopt, evening}, this,
+        loader->load({{m_server.url(path)}, oneChannelA(), std::nullopt, evening, {}}, this,
                      [&called](const GuideLoader::Result &) { called = true; });
         QTRY_COMPARE(m_server.requestCount(path), 1);
         QTest::qWait(300);

@@ -14,6 +14,7 @@
 #include "toastoverlay.h"
 #include "webplayer/youtubeplayerview.h"
 #include "windowaspecthint.h"
+#include "windowfit.h"
 #include "windowshape.h"
 #include "windowtitlesetter.h"
 
@@ -25,32 +26,11 @@
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QMimeData>
-#include <QScreen>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
 
 #include <algorithm>
 #include <utility>
-
-namespace {
-// Moves a window whose frame, at its coming size, would reach past its screen's available area
-// back inside it.
-void keepOnScreen(QWidget *window, QSize frameSize)
-{
-    const QScreen *screen = window->screen();
-    if (!screen)
-        return;
-    const QRect available = screen->availableGeometry();
-    QRect frame(window->frameGeometry().topLeft(), frameSize);
-    if (available.contains(frame))
-        return;
-    frame.moveRight(std::min(frame.right(), available.right()));
-    frame.moveBottom(std::min(frame.bottom(), available.bottom()));
-    frame.moveLeft(std::max(frame.left(), available.left()));
-    frame.moveTop(std::max(frame.top(), available.top()));
-    window->move(frame.topLeft());
-}
-} // namespace
 
 ContentView::ContentView(PlayerModel &model, QWidget *parent)
     : QWidget(parent)
@@ -108,6 +88,12 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     connect(m_sidebarAnimation, &QVariantAnimation::finished, this, [this] {
         m_sidebar->setVisible(m_showSidebar);
         m_divider->setVisible(m_showSidebar);
+        // The picture kept its place's shape while the sidebar moved: that shape is kept from
+        // now on, so that the hint matches the size the window has.
+        if (!m_pictureShape.isEmpty() && !m_surface->size().isEmpty() && !m_isFullScreen) {
+            m_pictureShape = m_surface->size();
+            applyAspectHint();
+        }
     });
 
     m_addressFocusTask.setSingleShot(true);
@@ -226,15 +212,8 @@ void ContentView::settleWindowShape()
         applyWindowAspect(m_model.videoAspectRatio(), m_portraitMode);
         return;
     }
-    if (restoring) {
-        if (const QScreen *screen = window->screen()) {
-            const QSize chrome = window->frameGeometry().size() - window->size();
-            const QSize bounded
-                = window->size().boundedTo(screen->availableGeometry().size() - chrome);
-            if (bounded != window->size())
-                window->resize(bounded);
-        }
-    }
+    if (restoring)
+        WindowFit::resizeContent(window, this, size());
 }
 
 void ContentView::setRecorder(PlayerRecorder *recorder)
@@ -305,10 +284,15 @@ void ContentView::resizeEvent(QResizeEvent *event)
     layoutChildren();
     // The title is fitted to the window's width.
     updateWindowTitle();
-    if (m_pictureRatio > 0)
+    if (!m_pictureShape.isEmpty())
         applyAspectHint();
-    if (m_restoring || (m_pictureRatio > 0 && !WindowAspectHint::isAvailable()))
+    if (m_restoring || (!m_pictureShape.isEmpty() && !WindowAspectHint::isAvailable()))
         m_settleTask.start();
+}
+
+int ContentView::sidebarColumn() const
+{
+    return m_showSidebar ? sidebarWidth + 1 : 0;
 }
 
 void ContentView::layoutChildren()
@@ -370,7 +354,7 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
         const WindowShape::Change change = WindowShape::change(ratio, mode, width());
         if (std::holds_alternative<WindowShape::ClearConstraint>(change)) {
             m_aspectConstraint = QSize();
-            m_pictureRatio = 0;
+            m_pictureShape = QSize();
             applyAspectHint();
             return;
         }
@@ -379,16 +363,20 @@ void ContentView::applyWindowAspect(double ratio, PortraitDisplayMode mode)
             return;
         // On the window's screen, frame and menu bar included.
         QSizeF content = *size;
-        if (const QScreen *screen = window->screen()) {
-            const QSize chrome = window->frameGeometry().size() - this->size();
-            content = WindowShape::fitInto(content,
-                                           QSizeF(screen->availableGeometry().size() - chrome));
+        const QRect available = WindowFit::availableArea(window);
+        if (!available.isEmpty()) {
+            const QSize largest
+                = WindowFit::largestContent(available.size(), WindowFit::chrome(window, this));
+            content = WindowShape::fitInto(content, QSizeF(largest));
         }
-        window->resize(window->size() - this->size() + content.toSize());
-        keepOnScreen(window, window->frameGeometry().size() - this->size() + content.toSize());
+        const QSize asked = content.toSize();
+        m_titleSetter->setFittedContent(content != *size ? asked : QSize());
+        const QSize given = WindowFit::resizeContent(window, this, asked);
         m_aspectConstraint = window->frameGeometry().size();
-        m_pictureRatio
-            = PortraitDisplayModes::isPortrait(mode) ? WindowShape::portraitRatio : ratio;
+        // The hint's shape is that of the picture at the size asked for, so that the window
+        // manager keeps that size rather than settling on another.
+        const QSize picture = given - QSize(sidebarColumn(), PlayerControlBar::barHeight);
+        m_pictureShape = picture.isEmpty() ? QSize() : picture;
         applyAspectHint();
     });
 }
@@ -400,9 +388,14 @@ void ContentView::applyAspectHint()
         QWidget *window = this->window();
         if (m_isFullScreen || window->isFullScreen())
             return;
+        // While the sidebar moves the picture's place changes: the hint comes when it is in.
+        if (m_sidebarAnimation->state() == QAbstractAnimation::Running)
+            return;
         // The aspect is the picture's: the menu bar, the sidebar and the control bar are the
         // hint's base size.
-        WindowAspectHint::apply(window, m_pictureRatio, window->size() - m_surface->size());
+        const QSize base
+            = window->size() - size() + QSize(sidebarColumn(), PlayerControlBar::barHeight);
+        WindowAspectHint::apply(window, m_pictureShape, base);
     });
 }
 

@@ -84,6 +84,8 @@ protected:
 
 private:
     void layoutChildren();
+    // The width the sidebar and its divider take once shown; 0 while it is hidden.
+    int sidebarColumn() const;
     // Tells the window manager the picture's shape, for resizes made by hand.
     void applyAspectHint();
     void updateChannelSection();
@@ -106,7 +108,7 @@ private:
     QTimer m_settleTask;
     bool m_restoring = false; // a restored size is on its way
     QSize m_aspectConstraint;
-    double m_pictureRatio = 0; // the picture's shape the window keeps; 0 for none
+    QSize m_pictureShape; // the picture's shape the window keeps; empty for none
 
     double m_sidebarShown = 0; // 0 hidden … 1 fully in, animated
     QVariantAnimation *m_sidebarAnimation = nullptr;

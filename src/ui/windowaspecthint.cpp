@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QWidget>
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -21,20 +20,18 @@ constexpr std::size_t baseWidth = 15;
 constexpr std::size_t baseHeight = 16;
 constexpr std::uint32_t aspectFlag = 1u << 7;
 constexpr std::uint32_t baseSizeFlag = 1u << 8;
-constexpr std::uint32_t aspectScale = 10'000;
 
 } // namespace
 
-WindowAspectHint::SizeHints WindowAspectHint::withAspect(SizeHints hints, double ratio, QSize base)
+WindowAspectHint::SizeHints WindowAspectHint::withAspect(SizeHints hints, QSize picture, QSize base)
 {
-    if (!(ratio > 0) || !std::isfinite(ratio)) {
+    if (picture.isEmpty()) {
         hints[flagsField] &= ~aspectFlag;
         return hints;
     }
-    const auto numerator = static_cast<std::uint32_t>(std::lround(ratio * aspectScale));
     hints[flagsField] |= aspectFlag | baseSizeFlag;
-    hints[minAspectNumerator] = hints[maxAspectNumerator] = numerator;
-    hints[minAspectDenominator] = hints[maxAspectDenominator] = aspectScale;
+    hints[minAspectNumerator] = hints[maxAspectNumerator] = std::uint32_t(picture.width());
+    hints[minAspectDenominator] = hints[maxAspectDenominator] = std::uint32_t(picture.height());
     hints[baseWidth] = static_cast<std::uint32_t>(std::max(base.width(), 0));
     hints[baseHeight] = static_cast<std::uint32_t>(std::max(base.height(), 0));
     return hints;
@@ -47,7 +44,7 @@ bool WindowAspectHint::isAvailable()
         && qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr;
 }
 
-void WindowAspectHint::apply(QWidget *window, double ratio, QSize base)
+void WindowAspectHint::apply(QWidget *window, QSize picture, QSize base)
 {
     auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     if (!isAvailable() || !x11 || !window || !window->windowHandle())
@@ -65,7 +62,7 @@ void WindowAspectHint::apply(QWidget *window, double ratio, QSize base)
         }
         std::free(reply);
     }
-    hints = withAspect(hints, ratio, base);
+    hints = withAspect(hints, picture, base);
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, id, XCB_ATOM_WM_NORMAL_HINTS,
                         XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
     xcb_flush(connection);

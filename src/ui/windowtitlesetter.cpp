@@ -2,6 +2,7 @@
 
 #include "sources/displaytext.h"
 
+#include "windowfit.h"
 #include "windowsizes.h"
 
 #include <QApplication>
@@ -13,14 +14,6 @@ namespace {
 
 // The first window of the process opens at its initial size, centred; later ones keep theirs.
 bool initialSizeApplied = false;
-
-void resizeContent(QWidget *window, QWidget *view, QSize contentSize)
-{
-    window->resize(window->size() - view->size() + contentSize);
-    // A window not yet shown lays its content out only when shown; lay it out now.
-    if (window->layout())
-        window->layout()->setGeometry(window->rect());
-}
 
 } // namespace
 
@@ -67,24 +60,33 @@ void WindowTitleSetter::applyNow(const QString &title, bool sidebarVisible)
         window->layout()->activate();
     window->setWindowTitle(
         fittedTitle(DisplayText::clean(title), QFontMetrics(titleFont()), window->width()));
-    // The size before the new minimum, which Qt enforces at once, widens the view.
     const QSize before = view->size();
-    const QSize chrome = window->size() - before;
-    const QSize minimum = WindowSizes::minimumContentSize(sidebarVisible);
-    view->setMinimumSize(minimum);
-    // A layout only ever raises its window's minimum; lowering it is done here.
-    if (window != view)
-        window->setMinimumSize(chrome + minimum);
+    // The minimum gives way to the screen, and to a size fitted to it.
+    QSize minimum = WindowSizes::minimumContentSize(sidebarVisible);
+    const QRect available = WindowFit::availableArea(window);
+    if (!available.isEmpty())
+        minimum = minimum.boundedTo(
+            WindowFit::largestContent(available.size(), WindowFit::chrome(window, view)));
+    if (m_fittedContent.isValid())
+        minimum = minimum.boundedTo(m_fittedContent);
+    // The window's minimum, not the view's: a window manager that gives less anyway gets the
+    // whole control bar, the picture giving way.
+    window->setMinimumSize(window->size() - before + minimum);
     const QSize widened = WindowSizes::contentSizeForSidebar(before, sidebarVisible);
     if (widened != before && !window->isFullScreen() && !window->isMaximized())
-        window->resize(chrome + widened);
+        WindowFit::resizeContent(window, view, widened);
     if (!initialSizeApplied) {
         initialSizeApplied = true;
-        resizeContent(window, view, WindowSizes::initialContentSize);
+        WindowFit::resizeContent(window, view, WindowSizes::initialContentSize);
         if (const QScreen *screen = window->screen()) {
             QRect frame(window->pos(), window->size());
             frame.moveCenter(screen->availableGeometry().center());
             window->move(frame.topLeft());
         }
     }
+}
+
+void WindowTitleSetter::setFittedContent(QSize size)
+{
+    m_fittedContent = size;
 }

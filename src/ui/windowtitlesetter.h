@@ -22,6 +22,10 @@ public:
     // Runs the update at once; for the window's construction, before it is first shown.
     void applyNow(const QString &title, bool sidebarVisible);
 
+    // The content size the window was fitted to its screen at, below the minimum sizes, or an
+    // invalid size when it was not: the minimum gives way to it.
+    void setFittedContent(QSize size);
+
     // The title as shown in a bar barWidth wide: whole when it fits, else cut in the middle
     // with an ellipsis so that both its ends stay readable.
     static QString fittedTitle(const QString &title, const QFontMetrics &metrics, int barWidth);
@@ -33,4 +37,5 @@ private:
     QString m_title;
     bool m_sidebarVisible = false;
     bool m_scheduled = false;
+    QSize m_fittedContent;
 };

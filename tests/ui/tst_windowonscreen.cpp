@@ -6,6 +6,7 @@
 #include "surface/fullscreentoggle.h"
 #include "testdesktop.h"
 #include "ui/contentview.h"
+#include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
 #include "ui/windowshape.h"
 
@@ -42,6 +43,36 @@ private:
         const double shown = size.width() / (size.height() - WindowShape::controlBarHeight);
         QVERIFY2(std::abs(shown / ratio - 1) < 0.01,
                  qPrintable(QStringLiteral("%1x%2").arg(size.width()).arg(size.height())));
+    }
+
+    // The whole control bar inside the content, at the bottom, and the content no lower than
+    // its minimum.
+    void checkBarWhole()
+    {
+        const QRect bar = content()->controlBar()->geometry();
+        QVERIFY2(bar.height() == PlayerControlBar::barHeight && bar.bottom() < content()->height()
+                     && content()->controlBar()->isVisible(),
+                 qPrintable(QStringLiteral("bar %1,%2 %3x%4 in %5x%6")
+                                .arg(bar.x())
+                                .arg(bar.y())
+                                .arg(bar.width())
+                                .arg(bar.height())
+                                .arg(content()->width())
+                                .arg(content()->height())));
+        // The window's own height is shown, not clipped by a larger content.
+        QVERIFY(content()->geometry().bottom() < m_window->height());
+    }
+
+    void checkContentSize(QSize expected)
+    {
+        QTRY_VERIFY2_WITH_TIMEOUT((content()->size() - expected).width() == 0
+                                      && std::abs((content()->size() - expected).height()) <= 1,
+                                  qPrintable(QStringLiteral("content %1x%2, expected %3x%4")
+                                                 .arg(content()->width())
+                                                 .arg(content()->height())
+                                                 .arg(expected.width())
+                                                 .arg(expected.height())),
+                                  3000);
     }
 
 private Q_SLOTS:
@@ -149,6 +180,38 @@ private Q_SLOTS:
         QTest::qWait(800);
         checkOnScreenInShape(1080.0 / 1920);
         saveScreenshot(QStringLiteral("window-after-maximised"));
+    }
+    void aChannelBesideTheSidebarGetsTheComputedSize()
+    {
+        content()->setShowSidebar(true);
+        QTRY_COMPARE(content()->size(), QSize(780, 430));
+        QTest::qWait(300);
+        player().setPresentationSize({1280, 720});
+        m_model->play(QUrl(QStringLiteral("http://127.0.0.1:9/live/news.m3u8")),
+                      QStringLiteral("News"), true);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        QTest::qWait(800); // the window manager has answered
+        // 780 / (16 / 9) + 34 = 472.75: the width is the whole content's, sidebar included.
+        checkContentSize({780, 473});
+        checkBarWhole();
+        saveScreenshot(QStringLiteral("window-channel-beside-sidebar"));
+    }
+
+    void portraitFillBackToNormalKeepsTheMinimumHeight()
+    {
+        player().setPresentationSize({1280, 720});
+        m_model->play(QUrl(QStringLiteral("file:///media/film.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        QTest::qWait(300);
+        content()->setPortraitMode(PortraitDisplayMode::fill);
+        QTest::qWait(600);
+        content()->setPortraitMode(PortraitDisplayMode::normal);
+        QTest::qWait(800);
+        const int width = content()->width();
+        checkContentSize({width, std::max(qRound(width / (16.0 / 9) + 34), 360)});
+        QVERIFY2(content()->height() >= 360, qPrintable(QString::number(content()->height())));
+        checkBarWhole();
+        saveScreenshot(QStringLiteral("window-portrait-fill-then-normal"));
     }
 };
 

@@ -20,14 +20,30 @@ WindowManager::~WindowManager()
 {
     m_process.terminate();
     m_process.waitForFinished(5000);
+    if (!m_config.isEmpty())
+        QFile::remove(m_config);
 }
 
-bool WindowManager::start()
+bool WindowManager::start(int bottomMargin)
 {
     if (QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty()
         || QStandardPaths::findExecutable(QStringLiteral("xdotool")).isEmpty())
         return false;
-    m_process.start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
+    QStringList arguments {QStringLiteral("--sm-disable")};
+    if (bottomMargin > 0) {
+        m_config = QDir::temp().filePath(
+            QStringLiteral("lumo-openbox-%1.xml").arg(QCoreApplication::applicationPid()));
+        QFile config(m_config);
+        if (!config.open(QIODevice::WriteOnly))
+            return false;
+        config.write(QStringLiteral("<?xml version=\"1.0\"?>\n"
+                                    "<openbox_config xmlns=\"http://openbox.org/3.4/rc\">"
+                                    "<margins><bottom>%1</bottom></margins></openbox_config>\n")
+                         .arg(bottomMargin)
+                         .toUtf8());
+        arguments << QStringLiteral("--config-file") << m_config;
+    }
+    m_process.start(QStringLiteral("openbox"), arguments);
     if (!m_process.waitForStarted())
         return false;
     QTest::qWait(1000); // openbox takes the display

@@ -18,11 +18,13 @@ public:
     WindowManager(const WindowManager &) = delete;
     WindowManager &operator=(const WindowManager &) = delete;
 
-    // False when openbox or xdotool is missing or openbox did not keep running.
-    bool start();
+    // False when openbox or xdotool is missing or openbox did not keep running. A bottom
+    // margin leaves that much of the screen out of its available area, as a panel does.
+    bool start(int bottomMargin = 0);
 
 private:
     QProcess m_process;
+    QString m_config;
 };
 
 // A private Wayland compositor (weston, headless) for the life of this object. Made before the

@@ -1,6 +1,7 @@
 // The window's shape and size rules, and the control bar's time texts.
 #include "ui/timetext.h"
 #include "ui/windowaspecthint.h"
+#include "ui/windowfit.h"
 #include "ui/windowshape.h"
 #include "ui/windowsizes.h"
 
@@ -76,6 +77,23 @@ private Q_SLOTS:
         // No room to speak of, or no picture: unchanged.
         QCOMPARE(fitInto(QSizeF(700, 430), QSizeF(0, 0)), QSizeF(700, 430));
         QCOMPARE(fitInto(QSizeF(700, 30), QSizeF(500, 300)), QSizeF(700, 30));
+    }
+
+    void aFrameIsKeptInsideTheAvailableArea()
+    {
+        const QRect available(0, 0, 1600, 1000);
+        QCOMPARE(WindowFit::keptInside(QRect(100, 100, 700, 500), available),
+                 QRect(100, 100, 700, 500));
+        // Past the right edge and the bottom: moved back, no more than needed.
+        QCOMPARE(WindowFit::keptInside(QRect(100, 100, 1560, 1000), available),
+                 QRect(40, 0, 1560, 1000));
+        QCOMPARE(WindowFit::keptInside(QRect(-50, -20, 300, 200), available),
+                 QRect(0, 0, 300, 200));
+        // Larger than the area: its top-left corner stays inside.
+        QCOMPARE(WindowFit::keptInside(QRect(500, 500, 2000, 1200), available),
+                 QRect(0, 0, 2000, 1200));
+        QCOMPARE(WindowFit::largestContent(QSize(1600, 1000), QSize(2, 46)), QSize(1598, 954));
+        QCOMPARE(WindowFit::largestContent(QSize(10, 10), QSize(20, 20)), QSize(1, 1));
     }
 
     void theWindowManagerIsToldThePicturesAspect()

@@ -1,6 +1,8 @@
 #include "playercontrolbar.h"
 
+#include "controlbarfit.h"
 #include "controlbutton.h"
+#include "model/keyboardshortcuts.h"
 #include "model/playermodel.h"
 #include "recordcontrol.h"
 #include "surface/fullscreentoggle.h"
@@ -14,8 +16,10 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QProxyStyle>
 #include <QSlider>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -84,8 +88,9 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     setFixedHeight(barHeight);
     setAutoFillBackground(true);
     auto *layout = new QHBoxLayout(this);
+    m_layout = layout;
     layout->setContentsMargins(10, 0, 10, 0);
-    layout->setSpacing(6);
+    layout->setSpacing(ControlBarFit::widestSpacing);
 
     ControlButton *back
         = addButton(QStringLiteral("backward.fill"), false, QStringLiteral("Skip back 10 seconds"));
@@ -124,6 +129,11 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
 
     m_mute = addButton(QString(), false, QStringLiteral("Mute or unmute"));
     connect(m_mute, &QAbstractButton::clicked, this, [this] { m_model.toggleMute(); });
+    m_mute->installEventFilter(this);
+    m_volumePopup = new QFrame(this, Qt::Popup);
+    m_volumePopup->setFrameShape(QFrame::StyledPanel);
+    auto *popupLayout = new QHBoxLayout(m_volumePopup);
+    popupLayout->setContentsMargins(8, 6, 8, 6);
     m_volume = makeSlider(this);
     m_volume->setFixedWidth(78);
     m_volume->setRange(0, sliderScale);
@@ -148,6 +158,7 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     });
     const auto updateTracksButton = [this] {
         m_tracksButton->setVisible(TrackMenus::worthAButton(m_model.tracks()));
+        fitWidth();
     };
     connect(&m_model, &PlayerModel::tracksChanged, this, updateTracksButton);
     updateTracksButton();
@@ -174,6 +185,84 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     updateMuted();
     updateVolume();
     updateModeMenu();
+}
+
+void PlayerControlBar::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitWidth();
+}
+
+void PlayerControlBar::fitWidth()
+{
+    int fixed = m_layout->contentsMargins().left() + m_layout->contentsMargins().right();
+    int shown = 0;
+    for (int i = 0; i < m_layout->count(); ++i) {
+        QWidget *widget = m_layout->itemAt(i)->widget();
+        if (!widget || widget->isHidden())
+            continue;
+        ++shown;
+        if (widget != m_position && widget != m_volume)
+            fixed += std::clamp(widget->sizeHint().width(), widget->minimumWidth(),
+                                widget->maximumWidth());
+    }
+    if (m_volumeFolded)
+        ++shown; // the volume slider, back in the row
+    const ControlBarFit::Arrangement arrangement
+        = ControlBarFit::arrange(width(), fixed, shown - 1, m_volume->width());
+    m_layout->setSpacing(arrangement.spacing);
+    if (arrangement.volumeFolded == m_volumeFolded)
+        return;
+    m_volumeFolded = arrangement.volumeFolded;
+    if (m_volumeFolded) {
+        m_layout->removeWidget(m_volume);
+        m_volumePopup->layout()->addWidget(m_volume);
+    } else {
+        m_volumePopup->hide();
+        m_volumePopup->layout()->removeWidget(m_volume);
+        m_volume->setParent(this);
+        m_layout->insertWidget(m_layout->indexOf(m_mute) + 1, m_volume);
+    }
+    m_volume->show();
+}
+
+void PlayerControlBar::showVolumePopup()
+{
+    if (!m_volumeFolded || m_volumePopup->isVisible())
+        return;
+    m_volumePopup->adjustSize();
+    // Above the mute button: the bar sits at the bottom of the window.
+    const QPoint corner = m_mute->mapToGlobal(
+        QPoint((m_mute->width() - m_volumePopup->width()) / 2, -m_volumePopup->height() - 4));
+    m_volumePopup->move(corner);
+    m_volumePopup->show();
+}
+
+bool PlayerControlBar::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_mute || !m_volumeFolded)
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+        if (static_cast<QMouseEvent *>(event)->button() == Qt::RightButton) {
+            showVolumePopup();
+            return true;
+        }
+        break;
+    case QEvent::Wheel: {
+        // Whole notches change the volume as over the picture; the pop-up shows the level.
+        m_wheelTurn += static_cast<QWheelEvent *>(event)->angleDelta().y();
+        const int notches = m_wheelTurn / QWheelEvent::DefaultDeltasPerStep;
+        m_wheelTurn -= notches * QWheelEvent::DefaultDeltasPerStep;
+        if (notches != 0)
+            m_model.changeVolume(notches * KeyboardShortcuts::volumeStep);
+        showVolumePopup();
+        return true;
+    }
+    default:
+        break;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 ControlButton *PlayerControlBar::addButton(const QString &symbol, bool prominent,

@@ -10,6 +10,8 @@ class ControlButton;
 class PlayerModel;
 class PlayerRecorder;
 class QLabel;
+class QFrame;
+class QHBoxLayout;
 class QMenu;
 class QSlider;
 class RecordControl;
@@ -36,6 +38,11 @@ public:
     double seekValue() const { return m_seekValue; }
     QSlider *positionSlider() const { return m_position; }
     QSlider *volumeSlider() const { return m_volume; }
+    // In a narrow bar the volume slider lives in this pop-up, opened by the wheel over the mute
+    // button or a right click on it.
+    bool isVolumeFolded() const { return m_volumeFolded; }
+    QFrame *volumePopup() const { return m_volumePopup; }
+    void showVolumePopup();
     QMenu *displayModeMenu() const { return m_modeMenu; }
     // The button beside the display modes that offers the audio and subtitle tracks; shown
     // only when there is a choice to make.
@@ -47,7 +54,13 @@ Q_SIGNALS:
     void sidebarToggleRequested();
     void displayModeChosen(PortraitDisplayMode mode);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
+    // Spacing and the volume slider's place for the bar's width.
+    void fitWidth();
     ControlButton *addButton(const QString &symbol, bool prominent, const QString &help);
     void updatePlaying();
     void updateTimes();
@@ -62,6 +75,8 @@ private:
     bool m_seeking = false;
     double m_seekValue = 0;
     bool m_updatingSliders = false;
+    bool m_volumeFolded = false;
+    int m_wheelTurn = 0;
 
     ControlButton *m_playPause = nullptr;
     ControlButton *m_sidebar = nullptr;
@@ -70,6 +85,8 @@ private:
     QLabel *m_remaining = nullptr;
     ControlButton *m_mute = nullptr;
     QSlider *m_volume = nullptr;
+    QFrame *m_volumePopup = nullptr;
+    QHBoxLayout *m_layout = nullptr;
     RecordControl *m_record = nullptr;
     ControlButton *m_modeButton = nullptr;
     QMenu *m_modeMenu = nullptr;

@@ -14,9 +14,11 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTest>
+#include <QWheelEvent>
 
 namespace {
 
@@ -214,6 +216,98 @@ private Q_SLOTS:
         QCOMPARE(mute->symbol(), "speaker.slash.fill");
         QTest::mouseClick(mute, Qt::LeftButton);
         QCOMPARE(mute->symbol(), "speaker.wave.2.fill");
+    }
+
+    void thePositionSliderKeepsItsRoomAtEveryWidth()
+    {
+        // In a window, as the bar always is: its parent gives it its width.
+        QWidget window;
+        window.resize(1000, 100);
+        m_bar->setParent(&window);
+        const auto giveBack = qScopeGuard([this] { m_bar->setParent(nullptr); });
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        m_model->play(clip, std::nullopt, false);
+        for (bool tracks : {false, true}) {
+            if (tracks) {
+                MediaTrack subtitles;
+                subtitles.kind = TrackKind::subtitle;
+                subtitles.id = 1;
+                player().setTracks({subtitles});
+                QTRY_VERIFY(m_bar->tracksButton()->isVisible());
+            }
+            // 520: the narrowest window; 534: the narrowest beside the sidebar.
+            for (int width : {520, 534, 560, 600, 640, 700, 760, 1000}) {
+                m_bar->setGeometry(0, 0, width, PlayerControlBar::barHeight);
+                QCoreApplication::processEvents();
+                const QString where = QStringLiteral("%1 wide, tracks %2").arg(width).arg(tracks);
+                QVERIFY2(
+                    m_bar->positionSlider()->width() >= 120,
+                    qPrintable(
+                        where
+                        + QStringLiteral(": slider %1").arg(m_bar->positionSlider()->width())));
+                // Every control whole, inside the bar, none over another.
+                QList<QRect> taken;
+                for (QWidget *control : controls()) {
+                    if (!control->isVisible())
+                        continue;
+                    const QRect place = control->geometry();
+                    QVERIFY2(place.left() >= 0 && place.right() < width
+                                 && place.width() >= control->minimumWidth(),
+                             qPrintable(where
+                                        + QStringLiteral(": %1 at %2, %3 wide")
+                                              .arg(control->metaObject()->className())
+                                              .arg(place.x())
+                                              .arg(place.width())));
+                    for (const QRect &other : taken)
+                        QVERIFY2(!other.intersects(place), qPrintable(where));
+                    taken.append(place);
+                }
+                // The volume slider folds only where it does not fit.
+                if (width >= 760) {
+                    QVERIFY2(!m_bar->isVolumeFolded(), qPrintable(where));
+                    QCOMPARE(m_bar->volumeSlider()->parentWidget(), m_bar.get());
+                    QCOMPARE(m_bar->volumeSlider()->width(), 78);
+                }
+            }
+        }
+    }
+
+    void aFoldedVolumeSliderOpensFromTheMuteButton()
+    {
+        m_bar->resize(520, PlayerControlBar::barHeight);
+        QCoreApplication::processEvents();
+        QVERIFY(m_bar->isVolumeFolded());
+        QVERIFY(!m_bar->volumeSlider()->isVisible());
+        ControlButton *mute = button(QStringLiteral("Mute or unmute"));
+        // A left click still mutes.
+        QTest::mouseClick(mute, Qt::LeftButton);
+        QVERIFY(m_model->isMuted());
+        QVERIFY(!m_bar->volumePopup()->isVisible());
+        QTest::mouseClick(mute, Qt::LeftButton);
+        QVERIFY(!m_model->isMuted());
+        // A right click opens the slider, which sets the volume as in the bar.
+        QTest::mousePress(mute, Qt::RightButton);
+        QTRY_VERIFY(m_bar->volumePopup()->isVisible());
+        QVERIFY(m_bar->volumeSlider()->isVisible());
+        QVERIFY(m_bar->volumePopup()->isAncestorOf(m_bar->volumeSlider()));
+        m_bar->volumeSlider()->setValue(400);
+        QCOMPARE(m_model->volume(), 0.4);
+        m_bar->volumePopup()->hide();
+        // The wheel over the button changes the volume and shows it.
+        const QPoint centre = mute->rect().center();
+        QWheelEvent wheel(centre, mute->mapToGlobal(centre), {}, {0, 120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(mute, &wheel);
+        QCOMPARE(m_model->volume(), 0.45);
+        QTRY_VERIFY(m_bar->volumePopup()->isVisible());
+        m_bar->volumePopup()->hide();
+        // Wide again, the slider is back in the row.
+        m_bar->resize(1000, PlayerControlBar::barHeight);
+        QCoreApplication::processEvents();
+        QVERIFY(!m_bar->isVolumeFolded());
+        QTRY_VERIFY(m_bar->volumeSlider()->isVisible());
+        QCOMPARE(controls().at(10), m_bar->volumeSlider());
     }
 
     void theRecordControlHasThreeFaces()

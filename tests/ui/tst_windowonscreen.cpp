@@ -11,6 +11,7 @@
 #include "ui/windowshape.h"
 
 #include <QScreen>
+#include <QSlider>
 #include <QTest>
 
 class TestWindowOnScreen : public QObject
@@ -212,6 +213,24 @@ private Q_SLOTS:
         QVERIFY2(content()->height() >= 360, qPrintable(QString::number(content()->height())));
         checkBarWhole();
         saveScreenshot(QStringLiteral("window-portrait-fill-then-normal"));
+    }
+
+    void thePositionSliderKeepsItsRoomInTheNarrowestWindows()
+    {
+        player().setPresentationSize({1280, 720});
+        m_model->play(QUrl(QStringLiteral("file:///media/film.mp4")), std::nullopt, false);
+        QTRY_VERIFY(!content()->aspectConstraint().isEmpty());
+        m_window->resize(m_window->size() - content()->size() + QSize(520, 360));
+        QTRY_COMPARE(content()->width(), 520);
+        QTest::qWait(300);
+        QVERIFY(content()->controlBar()->positionSlider()->width() >= 120);
+        saveScreenshot(QStringLiteral("control-bar-narrowest-window"));
+        content()->setShowSidebar(true);
+        QTRY_COMPARE(content()->width(), 780);
+        QTest::qWait(ContentView::sidebarAnimationMs + 300);
+        QVERIFY(content()->controlBar()->positionSlider()->width() >= 120);
+        checkBarWhole();
+        saveScreenshot(QStringLiteral("control-bar-beside-sidebar"));
     }
 };
 

@@ -313,12 +313,12 @@ void ContentView::layoutChildren()
         m_surface->setGeometry(column, 0, width() - column, height() - barHeight);
         m_controlBar->setGeometry(column, height() - barHeight, width() - column, barHeight);
     }
-    m_toast->place(width());
-    m_toast->raise();
     // Above the bar in a window; above the floating bar in full screen.
     const int pictureBottom = m_isFullScreen
         ? height() - FullScreenPresenter::floatingBarInset - barHeight
         : height() - barHeight;
+    m_toast->place(QRect(column, 0, width() - column, pictureBottom));
+    m_toast->raise();
     m_nowNext->place(QRect(column, 0, width() - column, pictureBottom));
     if (m_error->isVisible()) {
         const int errorWidth = width() - column;

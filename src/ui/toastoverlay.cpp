@@ -33,7 +33,7 @@ ToastOverlay::ToastOverlay(QWidget *parent)
     m_animation->setEasingCurve(QEasingCurve::InOutQuad);
     connect(m_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant &value) {
         m_progress = value.toDouble();
-        place(m_areaWidth);
+        place(m_area);
         update();
     });
     connect(m_animation, &QVariantAnimation::finished, this, [this] {
@@ -58,7 +58,7 @@ void ToastOverlay::setMessage(const QString &message, const QString &detail)
     m_laidOutWidth = -1;
     show();
     raise();
-    place(m_areaWidth);
+    place(m_area);
     animateTo(1);
 }
 
@@ -78,9 +78,10 @@ QFont ToastOverlay::detailFont() const
     return detail;
 }
 
-void ToastOverlay::place(int areaWidth)
+void ToastOverlay::place(const QRect &area)
 {
-    m_areaWidth = areaWidth;
+    m_area = area;
+    const int areaWidth = area.width();
     const QFontMetrics metrics(font());
     const QFontMetrics detailMetrics(detailFont());
     const int available = std::max(areaWidth - 2 * inset, 2 * padding);
@@ -104,11 +105,11 @@ void ToastOverlay::place(int areaWidth)
     const int plateHeight = std::max(minimumHeight, textHeight + 12);
     const int width = plateWidth + 2 * shadowMargin;
     const int height = plateHeight + 2 * shadowMargin;
-    // Slides from just above the window's top edge down to its inset.
-    const int shownY = inset - shadowMargin;
-    const int hiddenY = -height;
+    // Slides from just above the area's top edge down to its inset.
+    const int shownY = area.top() + inset - shadowMargin;
+    const int hiddenY = area.top() - height;
     const int y = int(hiddenY + (shownY - hiddenY) * m_progress);
-    setGeometry((areaWidth - width) / 2, y, width, height);
+    setGeometry(area.left() + (areaWidth - width) / 2, y, width, height);
 }
 
 void ToastOverlay::paintEvent(QPaintEvent *)

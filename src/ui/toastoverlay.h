@@ -27,8 +27,9 @@ public:
     // Whether a notice is shown or on its way in.
     bool isShowing() const { return !m_message.isNull(); }
 
-    // Places the notice at the top of an area of this width.
-    void place(int areaWidth);
+    // Places the notice at the top of area (the player's, in the parent's coordinates),
+    // wrapped to its width.
+    void place(const QRect &area);
 
     // The lines the notice shows: its whole text on one line when it fits the area, else
     // wrapped onto at most three (its reason onto two), a text too long for those cut with an
@@ -49,7 +50,7 @@ private:
     QString m_shownDetail;
     double m_progress = 0; // 0 hidden above the edge, 1 fully in
     QVariantAnimation *m_animation = nullptr;
-    int m_areaWidth = 0;
+    QRect m_area;
     QStringList m_lines;
     QStringList m_detailLines;
     int m_laidOutWidth = -1; // the width m_lines were laid out for

@@ -5,6 +5,7 @@
 #include "model/playernotifications.h"
 #include "scriptedmediaplayer.h"
 #include "surface/playersurface.h"
+#include "testdesktop.h"
 #include "ui/channellist.h"
 #include "ui/channellistmodel.h"
 #include "ui/contentview.h"
@@ -577,6 +578,30 @@ private Q_SLOTS:
         QVERIFY(qAbs(centre - content()->width() / 2) <= 1);
         QVERIFY(toast->height() >= ToastOverlay::minimumHeight);
         QTRY_VERIFY_WITH_TIMEOUT(!toast->isVisible(), PlayerModel::toastDurationMs + 2000);
+    }
+
+    void aNoticeStaysInThePlayerAreaBesideTheSidebar()
+    {
+        ToastOverlay *toast = content()->toast();
+        resizeContent({780, 430});
+        content()->setShowSidebar(true);
+        QTRY_COMPARE(content()->sidebar()->x(), 0);
+        QTest::qWait(ContentView::sidebarAnimationMs + 100);
+        const QString longName = QStringLiteral("Could not play A Documentary About The Longest "
+                                                "Rivers Of The World Part Two, Recorded In Full.");
+        m_model->showToast(longName, QStringLiteral("The server answered 404 Not Found."));
+        QTest::qWait(ToastOverlay::animationMs * 2);
+        // Wrapped to the player area's width, centred on it, at its top.
+        const QRect player = content()->surface()->geometry();
+        QVERIFY2(toast->geometry().left() >= player.left(),
+                 qPrintable(QStringLiteral("notice from %1, player area from %2")
+                                .arg(toast->geometry().left())
+                                .arg(player.left())));
+        QVERIFY(toast->geometry().right() <= player.right());
+        QVERIFY(qAbs(toast->geometry().center().x() - player.center().x()) <= 1);
+        QVERIFY(toast->shownLines().size() >= 2);
+        QVERIFY(toast->y() >= player.top());
+        TestDesktop::saveScreenshot(*m_window, QStringLiteral("notice-beside-sidebar"));
     }
 
     void theNoticeGrowsToItsTextAndWrapsWhenTheWindowIsNarrow()

@@ -45,7 +45,7 @@ private Q_SLOTS:
         QWidget area;
         area.resize(535, 400);
         ToastOverlay toast(&area);
-        toast.place(535);
+        toast.place(QRect(0, 0, 535, 400));
         toast.setMessage(text, text);
         const int width = 535 - 2 * ToastOverlay::inset - 2 * 14;
         checkLines(toast.shownLines(), toast.font(), width, 3, true);
@@ -57,7 +57,7 @@ private Q_SLOTS:
     {
         QWidget area;
         ToastOverlay toast(&area);
-        toast.place(700);
+        toast.place(QRect(0, 0, 700, 400));
         toast.setMessage(QStringLiteral("Could not play \u202Egnp.exe\x01."),
                          QStringLiteral("The server answered 404 Not\r\nFound\x1b."));
         QCOMPARE(toast.shownLines(), QStringList {"Could not play gnp.exe."});
@@ -70,13 +70,13 @@ private Q_SLOTS:
     {
         QWidget area;
         ToastOverlay toast(&area);
-        toast.place(700);
+        toast.place(QRect(0, 0, 700, 400));
         toast.setMessage(QStringLiteral("Could not play clip.mp4."),
                          QStringLiteral("The server answered 404 Not Found."));
         QCOMPARE(toast.shownLines(), QStringList {"Could not play clip.mp4."});
         QCOMPARE(toast.shownDetailLines(), QStringList {"The server answered 404 Not Found."});
         // Narrow: wrapped at a space onto whole lines.
-        toast.place(170);
+        toast.place(QRect(0, 0, 170, 400));
         QCOMPARE(toast.shownLines().join(u' '), QStringLiteral("Could not play clip.mp4."));
         QVERIFY(toast.shownLines().size() > 1);
     }

@@ -21,11 +21,11 @@ std::optional<double> arrowStep(Qt::KeyboardModifiers modifiers)
 }
 } // namespace
 
-// The keys desktop players share; a focused list keeps them all.
+// The keys desktop players share; a focused list keeps its arrows, which move through it.
 Action desktopAction(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat,
                      const Context &context)
 {
-    if (context.listFocused)
+    if (context.listFocused && (key == Qt::Key_Up || key == Qt::Key_Down))
         return PassOn {};
     // "#" takes Shift on most layouts.
     if (key == Qt::Key_NumberSign && (modifiers & ~Qt::ShiftModifier) == Qt::NoModifier)

@@ -64,7 +64,7 @@ using Action = std::variant<PassOn, Skip, Stop, TogglePlayback, ToggleFullScreen
 struct Context
 {
     bool textFieldFocused = false; // keeps every key it is typing
-    bool listFocused = false; // keeps its arrows and the desktop keys below
+    bool listFocused = false; // keeps its arrows; letters stay the player's
     bool fullScreen = false;
 };
 

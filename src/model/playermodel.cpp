@@ -93,6 +93,7 @@ void PlayerModel::playChannel(const PlaylistEntry &entry)
 void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &displayName,
                                bool isLiveStream, const StreamHeaders &headers)
 {
+    Q_EMIT itemRequested();
     m_playingChannel.reset();
     playingChannelChanged();
     forgetLiveItem();
@@ -162,6 +163,7 @@ void PlayerModel::cancelRemoteLoad()
 void PlayerModel::showYouTubeContent(const YouTubeContent &content,
                                      const std::optional<QString> &title)
 {
+    Q_EMIT itemRequested();
     m_observingItemBuffer = false;
     m_player->replaceCurrentItem(std::nullopt);
     m_playingChannel.reset();

@@ -155,6 +155,8 @@ public:
 
 Q_SIGNALS:
     void titleChanged();
+    // Something new was asked to play: a file, a stream, a channel, web content.
+    void itemRequested();
     void errorMessageChanged();
     void isLoadingChanged();
     void playlistChanged();

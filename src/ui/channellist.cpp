@@ -18,6 +18,14 @@
 
 namespace {
 
+// Letters are the player's keys (F, M, J, V): the list never searches its rows by them.
+class ChannelListView final : public QListView
+{
+public:
+    using QListView::QListView;
+    void keyboardSearch(const QString &) override { }
+};
+
 QAction *addMenuItem(QMenu *menu, QStringView symbol, const QString &title)
 {
     // Titles come from playlists and region names ("Bosnia & Herzegovina"); a lone "&" would
@@ -72,7 +80,7 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     connect(m_countryButton->menu(), &QMenu::aboutToShow, this, &ChannelList::fillCountryMenu);
     connect(m_categoryButton->menu(), &QMenu::aboutToShow, this, &ChannelList::fillCategoryMenu);
 
-    m_list = new QListView(this);
+    m_list = new ChannelListView(this);
     m_list->setModel(m_model);
     m_list->setItemDelegate(new ChannelRowDelegate(*m_logos, m_list));
     m_list->setUniformItemSizes(true);

@@ -26,6 +26,7 @@
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QMimeData>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
 
@@ -111,6 +112,15 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
 
     connect(m_networkPanel, &NetworkPanel::filtersResetRequested, m_channelList,
             &ChannelList::resetFilters);
+    // What plays from anywhere but the address field, and a click on the bar, give the keys
+    // back to the player: a letter must not land in the address.
+    connect(&m_model, &PlayerModel::itemRequested, this, [this] {
+        if (!m_networkPanel->isOpening())
+            releaseAddressField();
+    });
+    connect(m_controlBar, &PlayerControlBar::pressed, this, &ContentView::releaseAddressField);
+    auto *addressShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_L), this);
+    connect(addressShortcut, &QShortcut::activated, this, &ContentView::focusAddressField);
     connect(m_controlBar, &PlayerControlBar::sidebarToggleRequested, this,
             [this] { setShowSidebar(!m_showSidebar); });
     connect(m_controlBar, &PlayerControlBar::displayModeChosen, this,
@@ -255,6 +265,23 @@ void ContentView::openAddress(const QString &text)
     setShowSidebar(true);
     m_networkPanel->setAddress(text);
     m_networkPanel->openStream();
+    // Typed by no one here: the keys stay the player's.
+    releaseAddressField();
+}
+
+void ContentView::releaseAddressField()
+{
+    m_addressFocusTask.stop();
+    if (m_networkPanel->isAddressFieldFocused())
+        setFocus(Qt::OtherFocusReason);
+}
+
+void ContentView::focusAddressField()
+{
+    if (m_showSidebar)
+        m_networkPanel->focusAddressField();
+    else
+        setShowSidebar(true);
 }
 
 void ContentView::applyWindowTitleNow()

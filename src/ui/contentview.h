@@ -62,6 +62,12 @@ public:
     void openURL(const QUrl &url);
     // An address from the command line, as if typed into the sidebar's address field.
     void openAddress(const QString &text);
+    // The address field lets the keyboard go to the player (and does not take it on a pending
+    // delay).
+    void releaseAddressField();
+    // Ctrl+L: the address field takes the keyboard, at once when the sidebar is shown, else
+    // once the sidebar has slid in.
+    void focusAddressField();
 
     // The shape the window keeps while the user resizes it; empty when it is free.
     QSize aspectConstraint() const { return m_aspectConstraint; }

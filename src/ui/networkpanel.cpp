@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -112,6 +113,7 @@ NetworkPanel::NetworkPanel(PlayerModel &model, QWidget *parent)
         // The address changed during the wait: a newer wait, or none, stands for it.
         if (SourceAddress::normalizedRemoteAddress(address()) != m_autoOpenAddress)
             return;
+        const QScopedValueRollback opening(m_opening, true);
         m_model.openRemote(m_autoOpenAddress, optionalName(movieName()));
     });
 
@@ -200,6 +202,7 @@ void NetworkPanel::cancelAutomaticOpen()
 void NetworkPanel::openStream()
 {
     cancelAutomaticOpen();
+    const QScopedValueRollback opening(m_opening, true);
     m_model.openRemote(address(), optionalName(movieName()));
 }
 

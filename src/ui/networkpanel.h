@@ -34,6 +34,8 @@ public:
     // Keyboard focus in the address field.
     void focusAddressField();
     bool isAddressFieldFocused() const;
+    // The panel is opening what the address field holds (typed, pasted, Return or "Play").
+    bool isOpening() const { return m_opening; }
 
     void openStream();
     void importLocalPlaylist();
@@ -59,6 +61,7 @@ private:
 
     PlayerModel &m_model;
     bool m_showMovieName = false;
+    bool m_opening = false;
     QTimer m_autoOpenTask;
     QString m_autoOpenAddress;
 

@@ -185,6 +185,14 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     updateMuted();
     updateVolume();
     updateModeMenu();
+    for (QWidget *child : findChildren<QWidget *>())
+        child->installEventFilter(this);
+}
+
+void PlayerControlBar::mousePressEvent(QMouseEvent *event)
+{
+    Q_EMIT pressed();
+    QWidget::mousePressEvent(event);
 }
 
 void PlayerControlBar::resizeEvent(QResizeEvent *event)
@@ -240,6 +248,9 @@ void PlayerControlBar::showVolumePopup()
 
 bool PlayerControlBar::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::MouseButtonPress && watched != m_volumePopup
+        && !m_volumePopup->isAncestorOf(qobject_cast<QWidget *>(watched)))
+        Q_EMIT pressed();
     if (watched != m_mute || !m_volumeFolded)
         return QWidget::eventFilter(watched, event);
     switch (event->type()) {

@@ -52,10 +52,13 @@ public:
 
 Q_SIGNALS:
     void sidebarToggleRequested();
+    // A mouse button went down anywhere on the bar, its controls included.
+    void pressed();
     void displayModeChosen(PortraitDisplayMode mode);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

@@ -121,11 +121,19 @@ private Q_SLOTS:
         QVERIFY(std::holds_alternative<PassOn>(action(Qt::Key_PageDown, {}, false, typing)));
     }
 
-    void aFocusedListKeepsItsArrowsAndTheDesktopKeys()
+    void aFocusedListKeepsOnlyItsArrows()
     {
         const Context inList {false, true, false};
-        for (int key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_F, Qt::Key_M, Qt::Key_F11})
+        for (int key : {Qt::Key_Up, Qt::Key_Down})
             QVERIFY(std::holds_alternative<PassOn>(action(key, {}, false, inList)));
+        // Letters are the player's: the list searches nothing.
+        QVERIFY(action(Qt::Key_F, {}, false, inList) == Action(ToggleFullScreen {}));
+        QVERIFY(action(Qt::Key_F11, {}, false, inList) == Action(ToggleFullScreen {}));
+        QVERIFY(action(Qt::Key_M, {}, false, inList) == Action(ToggleMute {}));
+        QVERIFY(action(Qt::Key_J, {}, false, inList) == Action(CycleTrack {TrackKind::subtitle}));
+        QVERIFY(action(Qt::Key_V, {}, false, inList) == Action(ToggleSubtitles {}));
+        QVERIFY(action(Qt::Key_NumberSign, Qt::ShiftModifier, false, inList)
+                == Action(CycleTrack {TrackKind::audio}));
         // The player's own keys still work there, and so do the channel keys.
         QVERIFY(action(Qt::Key_Space, {}, false, inList) == Action(TogglePlayback {}));
         QVERIFY(action(Qt::Key_PageDown, {}, false, inList) == Action(StepChannel {1}));

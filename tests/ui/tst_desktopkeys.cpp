@@ -9,11 +9,13 @@
 #include "ui/channellist.h"
 #include "ui/contentview.h"
 #include "ui/networkpanel.h"
+#include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
 
 #include <QApplication>
 #include <QLineEdit>
 #include <QListView>
+#include <QSlider>
 #include <QTest>
 
 namespace {
@@ -58,6 +60,32 @@ private:
     {
         content()->setShowSidebar(true);
         QTRY_VERIFY(content()->networkPanel()->isAddressFieldFocused());
+    }
+
+    // A click where the pointer is moved to, delivered by the X server.
+    bool clickAt(QWidget *widget, QPoint point)
+    {
+        const QPoint at = widget->mapToGlobal(point);
+        if (!xdotool(
+                {QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y())}))
+            return false;
+        QTest::qWait(100);
+        const bool clicked = xdotool({QStringLiteral("click"), QStringLiteral("1")});
+        QTest::qWait(150);
+        return clicked;
+    }
+
+    // The address field lets the keyboard go: letters are the player's, and nothing is typed.
+    void checkKeysAreThePlayers()
+    {
+        NetworkPanel *panel = content()->networkPanel();
+        QTRY_VERIFY(!panel->isAddressFieldFocused());
+        const bool muted = m_model->isMuted();
+        QVERIFY(press(QStringLiteral("j")));
+        QVERIFY(press(QStringLiteral("m")));
+        QTRY_COMPARE(m_model->isMuted(), !muted);
+        QVERIFY(panel->address().isEmpty());
+        QVERIFY(!panel->isAutomaticOpenPending());
     }
 
     bool activate()
@@ -188,6 +216,101 @@ private Q_SLOTS:
         saveScreenshot(QStringLiteral("keys-list-current-row"));
         QVERIFY(press(QStringLiteral("Return")));
         QTRY_COMPARE(m_model->title(), QStringLiteral("Channel 3"));
+    }
+    void playingFromElsewhereLetsTheAddressFieldGo()
+    {
+        NetworkPanel *panel = content()->networkPanel();
+        showSidebar();
+        // The open panel, from its keys.
+        m_model->setFileChooser([](const OpenPanelRequest &) {
+            return std::optional<QString>(QStringLiteral("/media/clip.mp4"));
+        });
+        QVERIFY(press(QStringLiteral("ctrl+o")));
+        QTRY_COMPARE(m_model->title(), QStringLiteral("clip.mp4"));
+        checkKeysAreThePlayers();
+        saveScreenshot(QStringLiteral("keys-after-the-open-panel"));
+        // A click in the field gives it the keyboard back.
+        QVERIFY(clickAt(panel->addressField(), panel->addressField()->rect().center()));
+        QTRY_VERIFY(panel->isAddressFieldFocused());
+        // A file handed over by another launch, or dropped.
+        content()->openURL(QUrl::fromLocalFile(QStringLiteral("/media/other.mp4")));
+        checkKeysAreThePlayers();
+        // An address from the command line shows the sidebar and plays: the field does not
+        // take the keyboard when the sidebar is in.
+        content()->setShowSidebar(false);
+        QTest::qWait(ContentView::sidebarAnimationMs + 100);
+        content()->openAddress(QStringLiteral("http://127.0.0.1:9/live/news.m3u8"));
+        QTRY_COMPARE(m_model->title(), QStringLiteral("news.m3u8"));
+        QTest::qWait(ContentView::addressFocusDelayMs + 200);
+        panel->setAddress(QString());
+        checkKeysAreThePlayers();
+    }
+
+    void aClickOnTheControlBarLetsTheAddressFieldGo()
+    {
+        showSidebar();
+        PlayerControlBar *bar = content()->controlBar();
+        // On the bar's elapsed time, where no button is.
+        QVERIFY(clickAt(bar, QPoint(bar->positionSlider()->x() - 20, bar->height() / 2)));
+        checkKeysAreThePlayers();
+        // And on a button.
+        QVERIFY(clickAt(content()->networkPanel()->addressField(),
+                        content()->networkPanel()->addressField()->rect().center()));
+        QTRY_VERIFY(content()->networkPanel()->isAddressFieldFocused());
+        QVERIFY(clickAt(bar, QPoint(12, bar->height() / 2)));
+        checkKeysAreThePlayers();
+    }
+
+    void controlLGivesTheAddressFieldTheKeyboard()
+    {
+        NetworkPanel *panel = content()->networkPanel();
+        // Hidden: the sidebar shows and the field takes the keyboard once it is in.
+        QVERIFY(press(QStringLiteral("ctrl+l")));
+        QTRY_VERIFY(content()->showsSidebar());
+        QTRY_VERIFY(panel->isAddressFieldFocused());
+        // Shown, with the keyboard elsewhere: at once.
+        content()->surface()->setFocus();
+        QTRY_VERIFY(!panel->isAddressFieldFocused());
+        QVERIFY(press(QStringLiteral("ctrl+l")));
+        QTRY_VERIFY(panel->isAddressFieldFocused());
+        QVERIFY(press(QStringLiteral("a")));
+        QTRY_COMPARE(panel->address(), QStringLiteral("a"));
+    }
+
+    void lettersAreThePlayersInTheClickedList()
+    {
+        m_model->openRemote(m_server.url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 20, 10000);
+        showSidebar();
+        ChannelList *channels = content()->channelList();
+        QListView *list = channels->listView();
+        QTRY_VERIFY(list->isVisible());
+        QTest::qWait(300);
+        QVERIFY(clickAt(list->viewport(), list->visualRect(list->model()->index(1, 0)).center()));
+        QTRY_COMPARE(m_model->title(), QStringLiteral("Channel 1"));
+        QTRY_VERIFY(list->hasFocus());
+        // M mutes and F fills the screen; no row is searched for by its letters.
+        QVERIFY(press(QStringLiteral("m")));
+        QTRY_VERIFY(m_model->isMuted());
+        QVERIFY(press(QStringLiteral("f")));
+        QTRY_VERIFY(m_window->isFullScreen());
+        QVERIFY(press(QStringLiteral("f")));
+        QTRY_VERIFY(!m_window->isFullScreen());
+        QTest::qWait(500);
+        list->setFocus();
+        QTRY_VERIFY(list->hasFocus());
+        // Twice the first letter of every row would step to the next one.
+        QVERIFY(press(QStringLiteral("c")));
+        QVERIFY(press(QStringLiteral("c")));
+        QTest::qWait(200);
+        QCOMPARE(list->currentIndex().row(), 1);
+        // The arrows still move in the list and Return plays the row reached.
+        QVERIFY(press(QStringLiteral("Down")));
+        QTRY_COMPARE(list->currentIndex().row(), 2);
+        QCOMPARE(m_model->volume(), 1.0);
+        QVERIFY(press(QStringLiteral("Return")));
+        QTRY_COMPARE(m_model->title(), QStringLiteral("Channel 2"));
+        saveScreenshot(QStringLiteral("keys-letters-in-the-list"));
     }
 };
 

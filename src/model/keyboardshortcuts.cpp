@@ -70,6 +70,8 @@ Action action(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat, const C
     switch (key) {
     case Qt::Key_Left:
     case Qt::Key_Right: {
+        if (context.sliderFocused)
+            return PassOn {};
         const std::optional<double> step = arrowStep(modifiers);
         if (!step)
             return PassOn {};

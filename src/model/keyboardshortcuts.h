@@ -66,6 +66,7 @@ struct Context
     bool textFieldFocused = false; // keeps every key it is typing
     bool listFocused = false; // keeps its arrows; letters stay the player's
     bool fullScreen = false;
+    bool sliderFocused = false; // keeps ← and →, which move it
 };
 
 // The step of the volume keys and of one notch of the mouse wheel.

@@ -46,6 +46,7 @@ bool PlayerInputMonitor::eventFilter(QObject *watched, QEvent *event)
             textFieldHasFocus(),
             focus && focus->inherits("QAbstractItemView"),
             window && window->windowStates().testFlag(Qt::WindowFullScreen),
+            focus && focus->inherits("QAbstractSlider"),
         };
         const KeyboardShortcuts::Action action
             = KeyboardShortcuts::action(key->key(), key->modifiers(), key->isAutoRepeat(), context);

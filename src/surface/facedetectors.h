@@ -3,6 +3,7 @@
 #include "facedetector.h"
 
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 namespace FaceDetectors {
@@ -20,5 +21,10 @@ QString cascadeFile();
 // (the best recall that fits a sampling step's budget, see lumo-bench-faces), then the Haar
 // cascade. Null when neither is installed; smart reframe then finds no faces.
 std::unique_ptr<FaceDetector> makeDefault();
+
+// "OpenCV 4.6.0", for the About box.
+QString openCvVersion();
+// The face models' origins and licences, one line each.
+QStringList modelLicences();
 
 } // namespace FaceDetectors

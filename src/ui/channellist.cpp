@@ -62,6 +62,7 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     m_search = new QLineEdit(this);
     m_search->setPlaceholderText(QStringLiteral("Search channels"));
     m_search->setClearButtonEnabled(true);
+    m_search->setAccessibleName(QStringLiteral("Search channels"));
     layout->addWidget(m_search);
     connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
         ChannelFilter next = filter();
@@ -73,6 +74,8 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     menus->setSpacing(2);
     m_countryButton = new FilterMenuButton(QStringLiteral("globe"), this);
     m_categoryButton = new FilterMenuButton(QStringLiteral("square.grid.2x2"), this);
+    m_countryButton->setToolTip(QStringLiteral("Filter by country"));
+    m_categoryButton->setToolTip(QStringLiteral("Filter by category"));
     menus->addWidget(m_countryButton, 1);
     menus->addWidget(m_categoryButton, 1);
     layout->addLayout(menus);
@@ -94,9 +97,10 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     m_list->setSelectionMode(QAbstractItemView::NoSelection);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // A click on a row gives the list the keyboard: the arrows then move through the rows and
-    // Return plays one, while Space still pauses.
-    m_list->setFocusPolicy(Qt::ClickFocus);
+    // A click on a row (or Tab) gives the list the keyboard: the arrows then move through the
+    // rows and Return plays one, while Space still pauses.
+    m_list->setFocusPolicy(Qt::StrongFocus);
+    m_list->setAccessibleName(QStringLiteral("Channels"));
     m_list->installEventFilter(this);
     m_list->viewport()->setAutoFillBackground(false);
     m_list->setStyleSheet(QStringLiteral("QListView { background: transparent; }"));

@@ -1,10 +1,12 @@
 #include "contentview.h"
 
 #include "channellist.h"
+#include "filtermenubutton.h"
 #include "fullscreenpresenter.h"
 #include "model/openpanels.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
+#include "nametoggle.h"
 #include "networkpanel.h"
 #include "nownextoverlay.h"
 #include "playercontrolbar.h"
@@ -25,8 +27,12 @@
 #include <QFrame>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
+#include <QLineEdit>
+#include <QListView>
 #include <QMimeData>
+#include <QPushButton>
 #include <QShortcut>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
 
@@ -144,10 +150,24 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
         if (FullScreenPresenter::isMouseOverPlayer(window()))
             m_nowNext->reveal();
     });
+    orderTabs();
     updateChannelSection();
     updateError();
     m_toast->setMessage(m_model.toastMessage(), m_model.toastDetail());
     setRecorder(m_recordingController);
+}
+
+void ContentView::orderTabs()
+{
+    // In visual order: the sidebar from top to bottom, then the bar from left to right.
+    QList<QWidget *> chain {m_networkPanel->nameToggle(),    m_networkPanel->addressField(),
+                            m_networkPanel->clearButton(),   m_networkPanel->movieNameField(),
+                            m_networkPanel->importButton(),  m_networkPanel->playButton(),
+                            m_channelList->searchField(),    m_channelList->countryButton(),
+                            m_channelList->categoryButton(), m_channelList->listView()};
+    chain += m_controlBar->focusableControls();
+    for (qsizetype i = 1; i < chain.size(); ++i)
+        QWidget::setTabOrder(chain.at(i - 1), chain.at(i));
 }
 
 void ContentView::setShowSidebar(bool show, int durationMs)
@@ -173,6 +193,7 @@ void ContentView::setShowSidebar(bool show, int durationMs)
     m_sidebarAnimation->setEndValue(show ? 1.0 : 0.0);
     m_sidebarAnimation->start();
     updateWindowTitle();
+    Q_EMIT sidebarShownChanged(show);
 }
 
 void ContentView::setPortraitMode(PortraitDisplayMode mode)
@@ -183,6 +204,7 @@ void ContentView::setPortraitMode(PortraitDisplayMode mode)
     m_surface->setPortraitMode(mode);
     m_controlBar->setPortraitMode(mode);
     applyWindowAspect(m_model.videoAspectRatio(), mode);
+    Q_EMIT portraitModeChanged(mode);
 }
 
 void ContentView::setFullScreen(bool fullScreen)
@@ -199,6 +221,7 @@ void ContentView::setFullScreen(bool fullScreen)
     // The recording panel stays above the player, full screen included.
     if (RecordingPanel *panel = m_recordingController->recordingPanel())
         panel->raise();
+    Q_EMIT fullScreenChanged(fullScreen);
 }
 
 void ContentView::windowRestored()
@@ -226,11 +249,17 @@ void ContentView::settleWindowShape()
         WindowFit::resizeContent(window, this, size());
 }
 
+PlayerRecorder *ContentView::recorder() const
+{
+    return m_recorder;
+}
+
 void ContentView::setRecorder(PlayerRecorder *recorder)
 {
     m_recorder = recorder;
     m_controlBar->setRecorder(recorder);
     m_fullScreen->setRecorder(recorder);
+    Q_EMIT recorderChanged();
 }
 
 void ContentView::updateFloatingBar()

@@ -55,6 +55,7 @@ public:
     // recording controller unless a test puts another in its place.
     void setRecorder(PlayerRecorder *recorder);
     PlayerRecordingController *recordingController() const { return m_recordingController; }
+    PlayerRecorder *recorder() const;
     FullScreenPresenter *fullScreen() const { return m_fullScreen; }
     RecordingAlerts *recordingAlerts() const { return m_recordingAlerts; }
 
@@ -82,6 +83,12 @@ public:
     ToastOverlay *toast() const { return m_toast; }
     QWidget *sidebar() const { return m_sidebar; }
 
+Q_SIGNALS:
+    void sidebarShownChanged(bool shown);
+    void portraitModeChanged(PortraitDisplayMode mode);
+    void fullScreenChanged(bool fullScreen);
+    void recorderChanged();
+
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
@@ -90,6 +97,8 @@ protected:
 
 private:
     void layoutChildren();
+    // Tab and Shift+Tab go through the sidebar's and the bar's controls in visual order.
+    void orderTabs();
     // The width the sidebar and its divider take once shown; 0 while it is hidden.
     int sidebarColumn() const;
     // Tells the window manager the picture's shape, for resizes made by hand.

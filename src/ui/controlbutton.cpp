@@ -1,5 +1,6 @@
 #include "controlbutton.h"
 
+#include "keyboardreach.h"
 #include "surface/icons.h"
 
 #include <QPainter>
@@ -30,7 +31,7 @@ ControlButton::ControlButton(Look look, QWidget *parent)
     : QAbstractButton(parent)
     , m_look(look)
 {
-    setFocusPolicy(Qt::NoFocus);
+    KeyboardReach::reachable(this);
     setCursor(Qt::ArrowCursor);
     setFixedSize(sizeHint());
 }
@@ -40,7 +41,6 @@ void ControlButton::setSymbol(const QString &symbol)
     if (m_symbol == symbol)
         return;
     m_symbol = symbol;
-    setAccessibleName(symbol);
     update();
 }
 
@@ -92,4 +92,5 @@ void ControlButton::paintEvent(QPaintEvent *)
     painter.setPen(ink);
     painter.setFont(Icons::font(glyphPixels(m_look)));
     painter.drawText(rect(), Qt::AlignCenter, Icons::glyph(m_symbol));
+    KeyboardReach::paintFocusRing(painter, this, face, cornerRadius);
 }

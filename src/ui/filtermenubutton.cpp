@@ -1,5 +1,6 @@
 #include "filtermenubutton.h"
 
+#include "keyboardreach.h"
 #include "surface/icons.h"
 
 #include <QMenu>
@@ -18,7 +19,7 @@ FilterMenuButton::FilterMenuButton(const QString &symbol, QWidget *parent)
     , m_menu(new QMenu(this))
 {
     setFixedHeight(buttonHeight);
-    setFocusPolicy(Qt::NoFocus);
+    KeyboardReach::reachable(this);
     setAttribute(Qt::WA_Hover);
     connect(this, &QAbstractButton::clicked, this,
             [this] { m_menu->popup(mapToGlobal(QPoint(0, height()))); });
@@ -53,4 +54,5 @@ void FilterMenuButton::paintEvent(QPaintEvent *)
     painter.setFont(font());
     painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter,
                      fontMetrics().elidedText(text(), Qt::ElideRight, label.width()));
+    KeyboardReach::paintFocusRing(painter, this, QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 6);
 }

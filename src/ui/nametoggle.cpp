@@ -1,5 +1,6 @@
 #include "nametoggle.h"
 
+#include "keyboardreach.h"
 #include "surface/icons.h"
 
 #include <QPainter>
@@ -9,7 +10,7 @@ NameToggle::NameToggle(QWidget *parent)
     : QAbstractButton(parent)
 {
     setFixedSize(sizeHint());
-    setFocusPolicy(Qt::NoFocus);
+    KeyboardReach::reachable(this);
     setAttribute(Qt::WA_Hover);
 }
 
@@ -52,6 +53,7 @@ void NameToggle::paintEvent(QPaintEvent *)
     QColor tint = accent;
     tint.setAlphaF(m_hovered ? 0.24f : 0.1f);
     painter.fillPath(face, tint);
+    KeyboardReach::paintFocusRing(painter, this, QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 5);
     painter.translate(width() / 2.0, height() / 2.0);
     if (m_expanded)
         painter.rotate(90);

@@ -1,5 +1,6 @@
 #include "networkpanel.h"
 
+#include "keyboardreach.h"
 #include "model/playermodel.h"
 #include "nametoggle.h"
 #include "sources/sourceaddress.h"
@@ -39,7 +40,7 @@ QPushButton *makeSmallButton(const QString &text, const QString &help, QWidget *
     auto *button = new QPushButton(text, parent);
     button->setToolTip(help);
     button->setFixedHeight(18);
-    button->setFocusPolicy(Qt::NoFocus);
+    KeyboardReach::reachable(button);
     QFont font = button->font();
     font.setPixelSize(11);
     button->setFont(font);
@@ -71,14 +72,17 @@ NetworkPanel::NetworkPanel(PlayerModel &model, QWidget *parent)
     addressRow->setSpacing(4);
     m_addressField = new QLineEdit(this);
     m_addressField->setPlaceholderText(QStringLiteral("Supports YouTube, .m3u8 and .m3u"));
+    m_addressField->setAccessibleName(QStringLiteral("Stream address"));
     addressRow->addWidget(m_addressField, 1);
     m_clearButton = new QToolButton(this);
     m_clearButton->setAutoRaise(true);
-    m_clearButton->setFocusPolicy(Qt::NoFocus);
+    m_clearButton->setStyleSheet(QStringLiteral(
+        "QToolButton:focus { border: 1.5px solid palette(highlight); border-radius: 10px; }"));
     m_clearButton->setIcon(Icons::icon(u"xmark.circle.fill", QColor(0, 0, 0, 110), 18));
     m_clearButton->setIconSize(QSize(18, 18));
     m_clearButton->setFixedSize(20, 20);
     m_clearButton->setToolTip(QStringLiteral("Clear playlist and stop network playback"));
+    KeyboardReach::reachable(m_clearButton);
     addressRow->addWidget(m_clearButton);
     layout->addLayout(addressRow);
     connect(m_addressField, &QLineEdit::textChanged, this, &NetworkPanel::handleAddressChange);
@@ -87,6 +91,7 @@ NetworkPanel::NetworkPanel(PlayerModel &model, QWidget *parent)
 
     m_movieNameField = new QLineEdit(this);
     m_movieNameField->setPlaceholderText(QStringLiteral("Movie or Playlist Name (optional)"));
+    m_movieNameField->setAccessibleName(QStringLiteral("Movie or playlist name"));
     m_movieNameField->setVisible(false);
     layout->addWidget(m_movieNameField);
     connect(m_movieNameField, &QLineEdit::textChanged, this,

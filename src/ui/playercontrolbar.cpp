@@ -2,6 +2,7 @@
 
 #include "controlbarfit.h"
 #include "controlbutton.h"
+#include "keyboardreach.h"
 #include "model/keyboardshortcuts.h"
 #include "model/playermodel.h"
 #include "recordcontrol.h"
@@ -45,16 +46,17 @@ const QString sliderStyle = QStringLiteral(
     "QSlider::sub-page:horizontal { border-radius: 2px; background: rgba(0,0,0,200); }"
     "QSlider::handle:horizontal { width: 11px; height: 11px; margin: -4px 0; border-radius: 6px;"
     " background: white; border: 1px solid rgba(0,0,0,90); }"
-    "QSlider::handle:horizontal:pressed { background: #e8e8e8; }");
+    "QSlider::handle:horizontal:pressed { background: #e8e8e8; }"
+    "QSlider:focus { border: 1px solid palette(highlight); border-radius: 3px; }");
 
-QSlider *makeSlider(QWidget *parent)
+QSlider *makeSlider(const QString &name, QWidget *parent)
 {
     auto *slider = new QSlider(Qt::Horizontal, parent);
     auto *style = new TrackJumpStyle(QApplication::style()->name());
     style->setParent(slider);
     slider->setStyle(style);
     slider->setStyleSheet(sliderStyle);
-    slider->setFocusPolicy(Qt::NoFocus);
+    KeyboardReach::reachable(slider, name);
     slider->setFixedHeight(16);
     return slider;
 }
@@ -115,7 +117,10 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
 
     m_elapsed = makeTimeLabel(44, this);
     layout->addWidget(m_elapsed);
-    m_position = makeSlider(this);
+    m_position = makeSlider(QStringLiteral("Position"), this);
+    // From the keyboard, a focused slider steps 5 s and seeks at once.
+    m_position->setSingleStep(5 * sliderScale);
+    m_position->setPageStep(60 * sliderScale);
     layout->addWidget(m_position, 1);
     m_remaining = makeTimeLabel(52, this);
     layout->addWidget(m_remaining);
@@ -126,6 +131,12 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     connect(m_position, &QSlider::sliderMoved, this,
             [this](int value) { m_seekValue = double(value) / sliderScale; });
     connect(m_position, &QSlider::sliderReleased, this, &PlayerControlBar::endSeek);
+    connect(m_position, &QSlider::actionTriggered, this, [this](int action) {
+        // A drag seeks when released; keys and the wheel seek at once.
+        if (m_seeking || action == QAbstractSlider::SliderMove)
+            return;
+        m_model.seek(double(m_position->sliderPosition()) / sliderScale);
+    });
 
     m_mute = addButton(QString(), false, QStringLiteral("Mute or unmute"));
     connect(m_mute, &QAbstractButton::clicked, this, [this] { m_model.toggleMute(); });
@@ -134,7 +145,8 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     m_volumePopup->setFrameShape(QFrame::StyledPanel);
     auto *popupLayout = new QHBoxLayout(m_volumePopup);
     popupLayout->setContentsMargins(8, 6, 8, 6);
-    m_volume = makeSlider(this);
+    m_volume = makeSlider(QStringLiteral("Volume"), this);
+    m_volume->setSingleStep(sliderUnits(KeyboardShortcuts::volumeStep));
     m_volume->setFixedWidth(78);
     m_volume->setRange(0, sliderScale);
     layout->addWidget(m_volume);
@@ -187,6 +199,33 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, QWidget *parent)
     updateModeMenu();
     for (QWidget *child : findChildren<QWidget *>())
         child->installEventFilter(this);
+    orderTabs();
+}
+
+QList<QWidget *> PlayerControlBar::focusableControls() const
+{
+    QList<QWidget *> controls;
+    for (int i = 0; i < m_layout->count(); ++i) {
+        QWidget *widget = m_layout->itemAt(i)->widget();
+        if (!widget)
+            continue;
+        if (widget->focusPolicy() & Qt::TabFocus) {
+            controls.append(widget);
+            continue;
+        }
+        // A control of several faces (the record control) offers each of them.
+        for (QWidget *child : widget->findChildren<QWidget *>())
+            if (child->focusPolicy() & Qt::TabFocus)
+                controls.append(child);
+    }
+    return controls;
+}
+
+void PlayerControlBar::orderTabs()
+{
+    const QList<QWidget *> controls = focusableControls();
+    for (qsizetype i = 1; i < controls.size(); ++i)
+        QWidget::setTabOrder(controls.at(i - 1), controls.at(i));
 }
 
 void PlayerControlBar::mousePressEvent(QMouseEvent *event)
@@ -232,6 +271,7 @@ void PlayerControlBar::fitWidth()
         m_layout->insertWidget(m_layout->indexOf(m_mute) + 1, m_volume);
     }
     m_volume->show();
+    orderTabs();
 }
 
 void PlayerControlBar::showVolumePopup()

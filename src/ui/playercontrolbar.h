@@ -49,6 +49,8 @@ public:
     ControlButton *tracksButton() const { return m_tracksButton; }
     QMenu *tracksMenu() const { return m_tracksMenu; }
     RecordControl *recordControl() const { return m_record; }
+    // The controls Tab stops on, left to right (hidden ones included: Tab skips them).
+    QList<QWidget *> focusableControls() const;
 
 Q_SIGNALS:
     void sidebarToggleRequested();
@@ -64,6 +66,8 @@ protected:
 private:
     // Spacing and the volume slider's place for the bar's width.
     void fitWidth();
+    // Tab goes through the controls left to right.
+    void orderTabs();
     ControlButton *addButton(const QString &symbol, bool prominent, const QString &help);
     void updatePlaying();
     void updateTimes();

@@ -15,7 +15,7 @@ PlayerWindow::PlayerWindow(PlayerModel &model, QWidget *parent)
     , m_content(new ContentView(model, this))
 {
     setCentralWidget(m_content);
-    ApplicationMenus::install(*menuBar(), model);
+    ApplicationMenus::install(*menuBar(), model, *m_content);
     connect(&model, &PlayerModel::fullScreenToggleRequested, this, [this] {
         if (isActiveWindow())
             toggleFullScreen(this);

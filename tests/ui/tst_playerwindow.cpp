@@ -3,6 +3,8 @@
 #include "httpserver/localhttpserver.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
+#include "recording/playerrecordingcontroller.h"
+#include "recordingrecorder.h"
 #include "scriptedmediaplayer.h"
 #include "surface/playersurface.h"
 #include "testdesktop.h"
@@ -25,6 +27,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -67,8 +70,15 @@ private:
         for (QAction *top : m_window->menuBar()->actions())
             if (top->text().remove(QLatin1Char('&')) == menu)
                 for (QAction *action : top->menu()->actions())
-                    if (action->text() == title)
+                    if (action->text().section(u'\t', 0, 0) == title)
                         return action;
+        return nullptr;
+    }
+    QMenu *submenuOf(const QString &menu)
+    {
+        for (QAction *top : m_window->menuBar()->actions())
+            if (top->text().remove(QLatin1Char('&')) == menu)
+                return top->menu();
         return nullptr;
     }
     QMenu *submenu(const QString &menu, const QString &title)
@@ -524,8 +534,13 @@ private Q_SLOTS:
         QCOMPARE(titles,
                  (QStringList {"Play", "Stop", "-", "Back 5 Seconds", "Forward 5 Seconds",
                                "Back 20 Seconds", "Forward 20 Seconds", "Back 60 Seconds",
-                               "Forward 60 Seconds", "Mute", "-", "Next Channel",
-                               "Previous Channel", "-", "Audio Track", "Subtitles"}));
+                               "Forward 60 Seconds", "Mute", "-", "Next Channel\tPage Down",
+                               "Previous Channel\tPage Up", "Start Recording", "-", "Audio Track",
+                               "Subtitles"}));
+        // The page keys are the player's own: the items only show them.
+        QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Next Channel"))
+                    ->shortcut()
+                    .isEmpty());
         m_model->play(QUrl(QStringLiteral("file:///media/a.mp4")), std::nullopt, false);
         QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Pause")));
         menuAction(QStringLiteral("Playback"), QStringLiteral("Pause"))->trigger();
@@ -546,6 +561,84 @@ private Q_SLOTS:
         QCOMPARE(mute->text(), "Unmute");
         menuAction(QStringLiteral("Playback"), QStringLiteral("Stop"))->trigger();
         QCOMPARE(player().items.constLast(), std::nullopt);
+    }
+
+    void theViewMenuHoldsTheSidebarTheModesAndFullScreen()
+    {
+        QStringList menus;
+        for (QAction *top : m_window->menuBar()->actions())
+            menus.append(top->text().remove(u'&'));
+        QCOMPARE(menus, (QStringList {"File", "Playback", "View", "Help"}));
+        QStringList titles;
+        QList<QKeySequence> keys;
+        for (QAction *action : submenuOf(QStringLiteral("View"))->actions()) {
+            titles.append(action->isSeparator() ? QStringLiteral("-") : action->text());
+            keys.append(action->shortcut());
+        }
+        QCOMPARE(titles,
+                 (QStringList {"Show Sidebar", "-", "Normal", "Portrait Fill",
+                               QString::fromUtf8("Portrait Rotate 90°"), "Manual Reframe",
+                               "Smart Reframe", "-", "Enter Full Screen\tF"}));
+        QCOMPARE(keys.at(0), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L));
+        for (int mode = 0; mode < 5; ++mode)
+            QCOMPARE(keys.at(2 + mode), QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + mode)));
+        QVERIFY(keys.at(8).isEmpty()); // F is the player's key
+        QTest::keyClick(m_window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(content()->showsSidebar());
+        QVERIFY(menuAction(QStringLiteral("View"), QStringLiteral("Hide Sidebar")));
+        QTest::keyClick(m_window.get(), Qt::Key_2, Qt::ControlModifier);
+        QCOMPARE(content()->portraitMode(), PortraitDisplayMode::fill);
+        QVERIFY(menuAction(QStringLiteral("View"), QStringLiteral("Portrait Fill"))->isChecked());
+        QVERIFY(!menuAction(QStringLiteral("View"), QStringLiteral("Normal"))->isChecked());
+        // The control bar's menu and the View menu agree.
+        Q_EMIT content()->controlBar()->displayModeChosen(PortraitDisplayMode::smart);
+        QVERIFY(menuAction(QStringLiteral("View"), QStringLiteral("Smart Reframe"))->isChecked());
+        menuAction(QStringLiteral("View"), QStringLiteral("Normal"))->trigger();
+        QCOMPARE(content()->portraitMode(), PortraitDisplayMode::normal);
+        menuAction(QStringLiteral("View"), QStringLiteral("Hide Sidebar"))->trigger();
+        QVERIFY(!content()->showsSidebar());
+    }
+
+    void theRecordingItemFollowsTheRecorder()
+    {
+        RecordingRecorder recorder;
+        content()->setRecorder(&recorder);
+        QAction *record = menuAction(QStringLiteral("Playback"), QStringLiteral("Start Recording"));
+        QVERIFY(record);
+        QCOMPARE(record->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_R));
+        QVERIFY(record->isEnabled());
+        QTest::keyClick(m_window.get(), Qt::Key_R, Qt::ControlModifier);
+        QCOMPARE(recorder.starts, QList<PlayerRecordingQuality> {PlayerRecordingQuality::normal});
+        recorder.setState(PlayerRecordingState::preparing);
+        QVERIFY(!record->isEnabled());
+        recorder.setState(PlayerRecordingState::recording);
+        QCOMPARE(record->text(), "Stop Recording");
+        QVERIFY(record->isEnabled());
+        record->trigger();
+        QCOMPARE(recorder.stops, 1);
+        recorder.setState(PlayerRecordingState::stopping);
+        QVERIFY(!record->isEnabled());
+        recorder.setState(PlayerRecordingState::idle);
+        QCOMPARE(record->text(), "Start Recording");
+        QVERIFY(record->isEnabled());
+        content()->setRecorder(content()->recordingController());
+    }
+
+    void aboutNamesTheVersionTheLibrariesAndTheModelLicences()
+    {
+        QAction *about
+            = menuAction(QStringLiteral("Help"), QStringLiteral("About LumoMediaPlayerPro"));
+        QVERIFY(about);
+        about->trigger();
+        QMessageBox *box = nullptr;
+        QTRY_VERIFY((box = m_window->findChild<QMessageBox *>(QStringLiteral("aboutBox")))
+                    && box->isVisible());
+        QCOMPARE(box->windowTitle(), "About LumoMediaPlayerPro");
+        const QString text = box->text();
+        for (const char *part : {"LumoMediaPlayerPro", "Qt 6.", "libmpv", "FFmpeg ", "OpenCV 4.",
+                                 "Apache License 2.0", "Haar cascade"})
+            QVERIFY2(text.contains(QLatin1String(part)), part);
+        box->close();
     }
 
     void openMediaWorksWhileAPlaylistLoads()

@@ -93,7 +93,9 @@ QPushButton *PlayerSurface::makeEmptyState()
     button->setFlat(true);
     button->setCursor(Qt::PointingHandCursor);
     button->setToolTip(QStringLiteral("Open Media"));
-    button->setStyleSheet(QStringLiteral("QPushButton { background: transparent; border: none; }"));
+    button->setStyleSheet(QStringLiteral(
+        "QPushButton { background: transparent; border: none; }"
+        "QPushButton:focus { border: 1.5px solid palette(highlight); border-radius: 8px; }"));
     auto *layout = new QVBoxLayout(button);
     layout->setContentsMargins(28, 28, 28, 28);
     layout->addStretch();

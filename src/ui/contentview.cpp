@@ -3,6 +3,7 @@
 #include "channellist.h"
 #include "filtermenubutton.h"
 #include "fullscreenpresenter.h"
+#include "keyboardreach.h"
 #include "model/openpanels.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
@@ -165,6 +166,11 @@ void ContentView::orderTabs()
                             m_networkPanel->importButton(),  m_networkPanel->playButton(),
                             m_channelList->searchField(),    m_channelList->countryButton(),
                             m_channelList->categoryButton(), m_channelList->listView()};
+    // The picture's invitation to open media, while nothing plays.
+    if (auto *invitation = m_surface->findChild<QPushButton *>(QStringLiteral("emptyState"))) {
+        KeyboardReach::reachable(invitation);
+        chain.append(invitation);
+    }
     chain += m_controlBar->focusableControls();
     for (qsizetype i = 1; i < chain.size(); ++i)
         QWidget::setTabOrder(chain.at(i - 1), chain.at(i));

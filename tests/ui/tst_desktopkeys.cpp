@@ -8,6 +8,9 @@
 #include "testdesktop.h"
 #include "ui/channellist.h"
 #include "ui/contentview.h"
+#include "ui/controlbutton.h"
+#include "ui/filtermenubutton.h"
+#include "ui/nametoggle.h"
 #include "ui/networkpanel.h"
 #include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
@@ -15,8 +18,11 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QPushButton>
 #include <QSlider>
 #include <QTest>
+#include <QToolButton>
 
 namespace {
 
@@ -311,6 +317,99 @@ private Q_SLOTS:
         QVERIFY(press(QStringLiteral("Return")));
         QTRY_COMPARE(m_model->title(), QStringLiteral("Channel 2"));
         saveScreenshot(QStringLiteral("keys-letters-in-the-list"));
+    }
+    void tabReachesEveryControlInVisualOrder()
+    {
+        m_model->openRemote(m_server.url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 20, 10000);
+        showSidebar();
+        NetworkPanel *panel = content()->networkPanel();
+        ChannelList *channels = content()->channelList();
+        PlayerControlBar *bar = content()->controlBar();
+        QList<QWidget *> expected {panel->addressField(),      panel->clearButton(),
+                                   panel->importButton(),      panel->playButton(),
+                                   channels->searchField(),    channels->countryButton(),
+                                   channels->categoryButton(), channels->listView()};
+        // The picture's invitation to open media, while nothing plays.
+        expected.append(
+            content()->surface()->findChild<QPushButton *>(QStringLiteral("emptyState")));
+        for (QWidget *control : bar->focusableControls())
+            if (control->isVisible())
+                expected.append(control);
+        expected.append(panel->nameToggle());
+        expected.append(panel->addressField());
+        const auto name = [](QWidget *widget) {
+            return widget ? widget->metaObject()->className() + QStringLiteral(" \"")
+                    + widget->accessibleName() + u'"'
+                          : QStringLiteral("nothing");
+        };
+        for (qsizetype i = 1; i < expected.size(); ++i) {
+            QVERIFY(press(QStringLiteral("Tab")));
+            QTRY_VERIFY2(
+                QApplication::focusWidget() == expected.at(i),
+                qPrintable(QStringLiteral("step %1: %2 instead of %3")
+                               .arg(i)
+                               .arg(name(QApplication::focusWidget()), name(expected.at(i)))));
+            if (expected.at(i) == bar->focusableControls().constFirst())
+                saveScreenshot(QStringLiteral("keys-tab-focus-ring"));
+        }
+        // And back.
+        for (qsizetype i = expected.size() - 2; i >= 0; --i) {
+            QVERIFY(press(QStringLiteral("shift+Tab")));
+            QTRY_VERIFY2(
+                QApplication::focusWidget() == expected.at(i),
+                qPrintable(QStringLiteral("back at %1: %2 instead of %3")
+                               .arg(i)
+                               .arg(name(QApplication::focusWidget()), name(expected.at(i)))));
+        }
+        // Every control has a name for assistive tools.
+        for (QWidget *control : expected)
+            QVERIFY2(!control->accessibleName().isEmpty(), qPrintable(name(control)));
+    }
+
+    void returnPressesTheFocusedControlAndTheArrowsMoveAFocusedSlider()
+    {
+        PlayerControlBar *bar = content()->controlBar();
+        ControlButton *sidebar = nullptr;
+        ControlButton *mode = nullptr;
+        for (ControlButton *button : bar->findChildren<ControlButton *>()) {
+            if (button->toolTip() == QStringLiteral("Show or hide sidebar"))
+                sidebar = button;
+            if (button->toolTip() == QStringLiteral("Video display mode"))
+                mode = button;
+        }
+        QVERIFY(sidebar && mode);
+        // A ring shows where the keyboard is.
+        const QImage unfocused = sidebar->grab().toImage();
+        sidebar->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(sidebar->hasFocus());
+        QTRY_VERIFY(sidebar->grab().toImage() != unfocused);
+        QVERIFY(press(QStringLiteral("Return")));
+        QTRY_VERIFY(content()->showsSidebar());
+        QVERIFY(sidebar->hasFocus());
+        // Space still plays and pauses, whatever has the focus.
+        m_model->play(QUrl(QStringLiteral("file:///media/clip.mp4")), std::nullopt, false);
+        QVERIFY(m_model->isPlaying());
+        sidebar->setFocus(Qt::TabFocusReason);
+        QVERIFY(press(QStringLiteral("space")));
+        QTRY_VERIFY(!m_model->isPlaying());
+        QVERIFY(content()->showsSidebar());
+        // A menu button opens its menu.
+        mode->setFocus(Qt::TabFocusReason);
+        QVERIFY(press(QStringLiteral("Return")));
+        QTRY_VERIFY(bar->displayModeMenu()->isVisible());
+        saveScreenshot(QStringLiteral("keys-menu-opened-by-return"));
+        QVERIFY(press(QStringLiteral("Escape")));
+        QTRY_VERIFY(!bar->displayModeMenu()->isVisible());
+        // A focused slider takes the arrows; elsewhere they skip.
+        m_model->setVolume(0.5);
+        bar->volumeSlider()->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(bar->volumeSlider()->hasFocus());
+        QVERIFY(press(QStringLiteral("Right")));
+        QTRY_COMPARE(m_model->volume(), 0.55);
+        QVERIFY(press(QStringLiteral("Left")));
+        QVERIFY(press(QStringLiteral("Left")));
+        QTRY_COMPARE(m_model->volume(), 0.45);
     }
 };
 

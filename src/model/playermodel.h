@@ -310,6 +310,7 @@ private:
     QTimer m_liveWatch;
     QTimer m_reconnectTask;
     int m_reconnectAttempt = 0; // the try under way or planned; 0 when none
+    QString m_reconnectNotice; // the notice of the try under way, while it may be shown
     bool m_liveStarted = false; // the live item has moved since it was asked for
     double m_lastLivePosition = qQNaN();
     qint64 m_lastLiveProgressMs = 0;

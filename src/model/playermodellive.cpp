@@ -38,8 +38,9 @@ void PlayerModel::watchLiveProgress()
         m_lastLiveProgressMs = now;
         m_liveStarted = true;
         if (m_reconnectAttempt > 0) {
-            // Back: it plays on from here.
-            m_reconnectAttempt = 0;
+            // Back, after a try or before the next one was due: it plays on from here, and no
+            // try is left pending.
+            endLiveRecovery();
             refreshBufferingState();
             setIsPlaying(m_player->isPlaying());
         }
@@ -70,7 +71,8 @@ void PlayerModel::liveItemBrokeOff(const QString &reason)
 
 void PlayerModel::tryReconnect()
 {
-    showToast(LiveRecovery::notice(m_reconnectAttempt));
+    m_reconnectNotice = LiveRecovery::notice(m_reconnectAttempt);
+    showToast(m_reconnectNotice);
     m_lastLiveProgressMs = m_liveClock.elapsed();
     m_player->reloadCurrentItem();
     m_player->play();
@@ -80,6 +82,13 @@ void PlayerModel::endLiveRecovery()
 {
     m_reconnectTask.stop();
     m_reconnectAttempt = 0;
+    // A try's notice is true only while the try is pending.
+    if (!m_reconnectNotice.isEmpty() && m_toastMessage == m_reconnectNotice) {
+        m_toastTask.stop();
+        m_toastDetail.clear();
+        setToastMessage(QString());
+    }
+    m_reconnectNotice.clear();
 }
 
 void PlayerModel::forgetLiveItem()

@@ -80,6 +80,7 @@ PlayerSurface::PlayerSurface(PlayerModel &model, QWidget *parent)
     connect(&m_model, &PlayerModel::titleChanged, this, &PlayerSurface::updateSoundOnly);
     connect(&m_model, &PlayerModel::youtubeContentChanged, this, &PlayerSurface::updateContent);
     connect(&m_model, &PlayerModel::isBufferingChanged, this, &PlayerSurface::updateBuffering);
+    connect(&m_model, &PlayerModel::isBufferingChanged, this, &PlayerSurface::updateEmptyState);
     connect(&m_model, &PlayerModel::isLiveStreamChanged, this, &PlayerSurface::updateBuffering);
     updateContent();
     updateBuffering();
@@ -215,7 +216,11 @@ void PlayerSurface::updateSoundOnly()
 
 void PlayerSurface::updateEmptyState()
 {
-    m_emptyState->setVisible(!m_model.player().hasItem() && !m_model.youtubeContent());
+    // A live item being brought back has no item between its tries, but something is under
+    // way: "Buffering…" shows, not the invitation.
+    const bool reconnecting = m_model.isLiveStream() && m_model.isBuffering();
+    m_emptyState->setVisible(!m_model.player().hasItem() && !m_model.youtubeContent()
+                             && !reconnecting);
     m_emptyState->raise();
     m_buffering->raise();
 }

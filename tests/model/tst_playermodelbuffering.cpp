@@ -21,6 +21,22 @@ private:
                       true);
     }
 
+    // A live item that has played, then breaks off as its server goes: the item ends.
+    void breakOffAfterPlaying()
+    {
+        playLive();
+        m_player->setPosition(1);
+        QTest::qWait(1200); // the watch has seen it move
+        m_player->replaceCurrentItem(std::nullopt);
+        Q_EMIT m_player->endReached();
+        QVERIFY(m_model->isBuffering());
+    }
+
+    bool showsReconnectNotice() const
+    {
+        return m_model->toastMessage().startsWith(QStringLiteral("Reconnecting"));
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -29,6 +45,41 @@ private Q_SLOTS:
         m_model = std::make_unique<PlayerModel>(std::move(player));
     }
     void cleanup() { m_model.reset(); }
+
+    void reconnectNoticesCountFromOneAndGoWhenThePictureIsBack()
+    {
+        QStringList notices;
+        connect(m_model.get(), &PlayerModel::toastMessageChanged, this, [&] {
+            if (!m_model->toastMessage().isEmpty())
+                notices.append(m_model->toastMessage());
+        });
+        breakOffAfterPlaying();
+        // The first try says so while it is pending, counting from 1.
+        QTRY_VERIFY_WITH_TIMEOUT(showsReconnectNotice(), 3000);
+        QCOMPARE(notices.constFirst(), QString::fromUtf8("Reconnecting… (1/5)"));
+        // Back: the notice goes with the wait.
+        m_player->replaceCurrentItem(QUrl(QStringLiteral("http://127.0.0.1:9/live/index.m3u8")));
+        m_player->setPosition(5);
+        QTRY_VERIFY_WITH_TIMEOUT(!showsReconnectNotice(), 1500);
+        QVERIFY(!m_model->isBuffering());
+        QCOMPARE(notices.size(), 1);
+    }
+
+    void aPictureBackDuringTheWaitEndsTheTries()
+    {
+        QStringList notices;
+        connect(m_model.get(), &PlayerModel::toastMessageChanged, this, [&] {
+            if (!m_model->toastMessage().isEmpty())
+                notices.append(m_model->toastMessage());
+        });
+        breakOffAfterPlaying();
+        // It moves again before the first try is due: no try, no notice.
+        m_player->replaceCurrentItem(QUrl(QStringLiteral("http://127.0.0.1:9/live/index.m3u8")));
+        m_player->setPosition(3);
+        QTest::qWait(2500);
+        QVERIFY2(notices.isEmpty(), qPrintable(notices.join(u'|')));
+        QVERIFY(!m_model->isBuffering());
+    }
 
     void aShortStallNeverShowsTheIndicator()
     {

@@ -172,6 +172,22 @@ private Q_SLOTS:
         QVERIFY(!surface.showsEmptyState());
     }
 
+    void theInvitationStaysAwayWhileALiveItemReconnects()
+    {
+        PlayerSurface surface(*m_model);
+        m_model->play(QUrl("http://127.0.0.1:9/live/index.m3u8"), std::nullopt, true);
+        m_player->setPosition(1);
+        QTest::qWait(1200); // it has played
+        // The server goes: the item ends and the tries begin.
+        m_player->replaceCurrentItem(std::nullopt);
+        Q_EMIT m_player->endReached();
+        QVERIFY(m_model->isBuffering());
+        QVERIFY(surface.showsBuffering());
+        QVERIFY(!surface.showsEmptyState());
+        QTest::qWait(300);
+        QVERIFY(!surface.showsEmptyState());
+    }
+
     void bufferingShowsOnlyForALiveStream()
     {
         PlayerSurface surface(*m_model);

@@ -266,6 +266,8 @@ void PlayerModel::clearNetworkStream()
     if (!playlist().isEmpty())
         replacePlaylist(std::make_shared<const ChannelIndex>());
     m_playlistHeader = {};
+    // The guides the user added go with the playlists: clearing forgets them too.
+    m_openedGuides.clear();
     loadGuides();
     setErrorMessage(QString());
     setIsLoading(false);

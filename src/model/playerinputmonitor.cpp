@@ -7,6 +7,8 @@
 #include <QKeyEvent>
 #include <QWindow>
 
+#include <algorithm>
+
 PlayerInputMonitor::PlayerInputMonitor(ActionHandler handler, QObject *parent)
     : QObject(parent)
     , m_handler(std::move(handler))
@@ -31,6 +33,14 @@ bool PlayerInputMonitor::textFieldHasFocus()
     return query.value(Qt::ImEnabled).toBool() && !query.value(Qt::ImReadOnly).toBool();
 }
 
+bool PlayerInputMonitor::popupIsOpen()
+{
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    return std::any_of(windows.cbegin(), windows.cend(), [](const QWindow *window) {
+        return window->type() == Qt::Popup && window->isVisible();
+    });
+}
+
 bool PlayerInputMonitor::eventFilter(QObject *watched, QEvent *event)
 {
     // Input reaches the window first and is then handed to its widgets; looking at the window
@@ -39,6 +49,9 @@ bool PlayerInputMonitor::eventFilter(QObject *watched, QEvent *event)
         return false;
     switch (event->type()) {
     case QEvent::KeyPress: {
+        // An open menu has the keyboard: its arrows, Return and letters are its own.
+        if (popupIsOpen())
+            return false;
         const auto *key = static_cast<QKeyEvent *>(event);
         const QObject *focus = QGuiApplication::focusObject();
         const QWindow *window = QGuiApplication::focusWindow();

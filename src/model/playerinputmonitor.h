@@ -18,6 +18,8 @@ public:
 
     // True when keys go to an editable text field (its text-input query answers enabled).
     static bool textFieldHasFocus();
+    // True while a menu or another pop-up is open, which takes every key.
+    static bool popupIsOpen();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -2,6 +2,7 @@
 
 #include <QCollator>
 #include <QHash>
+#include <QLocale>
 #include <QSet>
 
 #include <unicode/locid.h>
@@ -25,7 +26,12 @@ QString icuCountryName(const QString &code)
 
 QCollator caseInsensitiveCollator()
 {
-    QCollator collator;
+    // The user's locale; without one (the C locale) code points would put "Côte d'Ivoire"
+    // after "Czechia": the names are English, so English rules then.
+    QLocale locale;
+    if (locale.language() == QLocale::C)
+        locale = QLocale(QLocale::English, QLocale::UnitedStates);
+    QCollator collator(locale);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     return collator;
 }

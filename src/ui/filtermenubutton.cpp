@@ -3,14 +3,80 @@
 #include "keyboardreach.h"
 #include "surface/icons.h"
 
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
+#include <QProxyStyle>
 
 namespace {
 constexpr int symbolWidth = 18;
 constexpr int chevronWidth = 12;
 constexpr int padding = 6;
+
+// Two hundred countries make one column no taller than the screen, scrolled, rather than
+// columns across it.
+class LongMenuStyle final : public QProxyStyle
+{
+public:
+    using QProxyStyle::QProxyStyle;
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *returnData) const override
+    {
+        if (hint == QStyle::SH_Menu_Scrollable)
+            return 1;
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+};
+
+// A name without its accents and case, for typing it: "cote" finds "Côte d'Ivoire".
+QString searchable(const QString &text)
+{
+    QString plain;
+    for (const QChar c : text.normalized(QString::NormalizationForm_D))
+        if (c.category() != QChar::Mark_NonSpacing)
+            plain.append(c.toCaseFolded());
+    return plain;
+}
+
+// Typing in the open menu goes to the first item starting with what was typed (Qt's own
+// search picks the item holding the most of the letters anywhere).
+class TypeAhead final : public QObject
+{
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *menu = qobject_cast<QMenu *>(watched);
+        if (!menu || event->type() != QEvent::KeyPress)
+            return false;
+        const auto *key = static_cast<QKeyEvent *>(event);
+        const QString text = key->text();
+        if (text.size() != 1 || !text.at(0).isPrint() || text.at(0).isSpace()
+            || (key->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)))
+            return false;
+        if (!m_typing.isValid() || m_typing.elapsed() > pauseMs)
+            m_typed.clear();
+        m_typing.start();
+        m_typed += searchable(text);
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions) {
+            if (!action->isSeparator() && action->isEnabled()
+                && searchable(action->text()).startsWith(m_typed)) {
+                menu->setActiveAction(action);
+                break;
+            }
+        }
+        return true;
+    }
+
+private:
+    static constexpr int pauseMs = 1000;
+    QElapsedTimer m_typing;
+    QString m_typed;
+};
 } // namespace
 
 FilterMenuButton::FilterMenuButton(const QString &symbol, QWidget *parent)
@@ -18,6 +84,10 @@ FilterMenuButton::FilterMenuButton(const QString &symbol, QWidget *parent)
     , m_symbol(symbol)
     , m_menu(new QMenu(this))
 {
+    auto *style = new LongMenuStyle(QApplication::style()->name());
+    style->setParent(m_menu);
+    m_menu->setStyle(style);
+    m_menu->installEventFilter(new TypeAhead(m_menu));
     setFixedHeight(buttonHeight);
     KeyboardReach::reachable(this);
     setAttribute(Qt::WA_Hover);

@@ -197,6 +197,33 @@ private Q_SLOTS:
         QCOMPARE(ChannelFilters::countryName(std::optional<QString>()), "Other");
     }
 
+    void accentedNamesSortAmongTheirLetters_data()
+    {
+        QTest::addColumn<QLocale>("locale");
+        QTest::newRow("C") << QLocale::c();
+        QTest::newRow("English") << QLocale(QLocale::English, QLocale::UnitedKingdom);
+        QTest::newRow("French") << QLocale(QLocale::French, QLocale::France);
+    }
+
+    void accentedNamesSortAmongTheirLetters()
+    {
+        QFETCH(QLocale, locale);
+        const QLocale previous;
+        QLocale::setDefault(locale);
+        // Colombia, Côte d'Ivoire, Cuba, Czechia.
+        const QStringList codes
+            = ChannelFilters::sortedByCountryName({QStringLiteral("CZ"), QStringLiteral("CI"),
+                                                   QStringLiteral("CU"), QStringLiteral("CO")});
+        const QStringList categories = ChannelFilters::sortedCategories(
+            {QStringLiteral("family"), QString::fromUtf16(u"Éducation"), QStringLiteral("Economy"),
+             QStringLiteral("entertainment")});
+        QLocale::setDefault(previous);
+        QCOMPARE(codes, (QStringList {"CO", "CI", "CU", "CZ"}));
+        QCOMPARE(
+            categories,
+            (QStringList {"Economy", QString::fromUtf16(u"Éducation"), "entertainment", "family"}));
+    }
+
     void categoriesAreDistinctSortedAndNeverEmpty()
     {
         QList<PlaylistEntry> playlist = m_playlist;

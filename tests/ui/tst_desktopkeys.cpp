@@ -20,6 +20,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QSlider>
 #include <QTest>
 #include <QToolButton>
@@ -410,6 +411,60 @@ private Q_SLOTS:
         QVERIFY(press(QStringLiteral("Left")));
         QVERIFY(press(QStringLiteral("Left")));
         QTRY_COMPARE(m_model->volume(), 0.45);
+    }
+    void aLongCountryMenuIsOneColumnThatTypingSearches()
+    {
+        // A channel for every country there is.
+        QByteArray text = "#EXTM3U\n";
+        int count = 0;
+        for (int territory = 1; territory <= int(QLocale::LastTerritory); ++territory) {
+            const QString code = QLocale::territoryToCode(QLocale::Territory(territory));
+            if (code.size() != 2)
+                continue;
+            text += "#EXTINF:-1 tvg-country=\"" + code.toLatin1() + "\",Channel "
+                + QByteArray::number(count++) + "\nhttp://127.0.0.1:9/c.m3u8\n";
+        }
+        QVERIFY(count > 200);
+        m_server.route(QStringLiteral("/countries.m3u"), HttpResponse::text(text));
+        m_model->openRemote(m_server.url(QStringLiteral("/countries.m3u")).toString(),
+                            std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), count, 10000);
+        showSidebar();
+        ChannelList *channels = content()->channelList();
+        QMenu *menu = channels->countryButton()->menu();
+        channels->countryButton()->setFocus(Qt::TabFocusReason);
+        QVERIFY(press(QStringLiteral("Return")));
+        QTRY_VERIFY(menu->isVisible());
+        QTest::qWait(300);
+        // One column, no taller than the screen.
+        const QRect available = m_window->screen()->availableGeometry();
+        QVERIFY2(menu->height() <= available.height(),
+                 qPrintable(QStringLiteral("%1 high").arg(menu->height())));
+        QVERIFY(available.contains(menu->geometry()));
+        QSet<int> columns;
+        for (QAction *action : menu->actions())
+            if (!action->isSeparator())
+                columns.insert(menu->actionGeometry(action).x());
+        QCOMPARE(columns.size(), 1);
+        saveScreenshot(QStringLiteral("keys-country-menu"));
+        TestDesktop::saveScreenshot(*menu, QStringLiteral("keys-country-menu-open"));
+        // Letters are the menu's: "cz" goes to Czechia, F fills nothing.
+        QVERIFY(press(QStringLiteral("c")));
+        QVERIFY(press(QStringLiteral("z")));
+        QTRY_VERIFY(menu->activeAction());
+        QCOMPARE(menu->activeAction()->text(), QStringLiteral("Czechia"));
+        QVERIFY(!m_window->isFullScreen());
+        QVERIFY(press(QStringLiteral("Return")));
+        QTRY_VERIFY(!menu->isVisible());
+        QCOMPARE(channels->countryButton()->text(), QStringLiteral("Czechia"));
+        // Côte d'Ivoire is among the Cs, before Czechia.
+        QStringList names;
+        for (QAction *action : menu->actions())
+            names.append(action->text());
+        QVERIFY(names.indexOf(QString::fromUtf16(u"C\u00f4te d\u2019Ivoire"))
+                < names.indexOf(QStringLiteral("Czechia")));
+        QVERIFY(names.indexOf(QStringLiteral("Colombia"))
+                < names.indexOf(QString::fromUtf16(u"C\u00f4te d\u2019Ivoire")));
     }
 };
 

@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QMenu>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 namespace {
@@ -65,6 +66,8 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     m_search->setAccessibleName(QStringLiteral("Search channels"));
     layout->addWidget(m_search);
     connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
+        if (m_resettingFilters)
+            return;
         ChannelFilter next = filter();
         next.search = text;
         applyFilter(next);
@@ -173,8 +176,11 @@ void ChannelList::setCategory(const std::optional<QString> &category)
 
 void ChannelList::resetFilters()
 {
-    const QSignalBlocker blocker(m_search);
-    m_search->clear();
+    // Not by blocking the field's signals: its clear button follows its text through them.
+    {
+        const QScopedValueRollback resetting(m_resettingFilters, true);
+        m_search->clear();
+    }
     applyFilter(ChannelFilter());
 }
 

@@ -67,4 +67,5 @@ private:
     FilterMenuButton *m_categoryButton = nullptr;
     QTimer m_zapTask; // opens the row stepped to once the steps stop
     QListView *m_list = nullptr;
+    bool m_resettingFilters = false;
 };

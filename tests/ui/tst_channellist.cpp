@@ -17,6 +17,7 @@
 #include <QMenu>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolButton>
 
 namespace {
 
@@ -260,6 +261,25 @@ private Q_SLOTS:
         openMenu(m_list->countryButton()).at(2)->trigger();
         QCOMPARE(m_list->filter().countryCode, "BA");
         QCOMPARE(m_list->countryMenuTitle(), "Bosnia & Herzegovina");
+    }
+
+    void theSearchsClearButtonGoesWithItsText()
+    {
+        QLineEdit *search = m_list->searchField();
+        QToolButton *clear = search->findChild<QToolButton *>();
+        QVERIFY(clear);
+        // Shown while there is text, whatever empties it.
+        const auto shown = [clear] {
+            return clear->isVisible() && clear->property("opacity").toDouble() > 0.5;
+        };
+        QTest::keyClicks(search, QStringLiteral("arte"));
+        QTRY_VERIFY(shown());
+        m_list->resetFilters();
+        QCOMPARE(search->text(), QString());
+        QTRY_VERIFY(!shown());
+        QTest::qWait(400);
+        QVERIFY(!shown());
+        QCOMPARE(m_list->listModel()->rowCount(), channelCount);
     }
 
     void resettingEmptiesTheSearchAndLiftsTheMenus()

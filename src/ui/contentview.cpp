@@ -15,6 +15,7 @@
 #include "recordingalerts.h"
 #include "surface/playersurface.h"
 #include "toastoverlay.h"
+#include "volumeindicator.h"
 #include "webplayer/youtubeplayerview.h"
 #include "windowaspecthint.h"
 #include "windowfit.h"
@@ -75,6 +76,12 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     m_controlBar = new PlayerControlBar(model, this);
     m_toast = new ToastOverlay(this);
     m_nowNext = new NowNextOverlay(this);
+    m_volumeIndicator = new VolumeIndicator(this);
+    const auto showVolume = [this] {
+        m_volumeIndicator->showLevel(m_model.volume(), m_model.isMuted());
+    };
+    connect(&m_model, &PlayerModel::volumeChanged, this, showVolume);
+    connect(&m_model, &PlayerModel::isMutedChanged, this, showVolume);
     m_fullScreen = new FullScreenPresenter(model, this);
     m_recordingController = new PlayerRecordingController(this);
     m_recordingAlerts = new RecordingAlerts(*m_recordingController, this);
@@ -337,6 +344,9 @@ void ContentView::updateChannelSection()
 void ContentView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
+    // The player holds the keyboard at first, not the first control Tab would reach.
+    if (!window()->focusWidget())
+        setFocus(Qt::OtherFocusReason);
     m_model.installKeyboardShortcuts();
 }
 
@@ -381,6 +391,8 @@ void ContentView::layoutChildren()
         : height() - barHeight;
     m_toast->place(QRect(column, 0, width() - column, pictureBottom));
     m_toast->raise();
+    m_volumeIndicator->place(QRect(column, 0, width() - column, pictureBottom));
+    m_volumeIndicator->raise();
     m_nowNext->place(QRect(column, 0, width() - column, pictureBottom));
     if (m_error->isVisible()) {
         const int errorWidth = width() - column;

@@ -24,6 +24,7 @@ class QFrame;
 class QLabel;
 class QVariantAnimation;
 class ToastOverlay;
+class VolumeIndicator;
 class WindowTitleSetter;
 
 class ContentView final : public QWidget
@@ -81,6 +82,7 @@ public:
     NetworkPanel *networkPanel() const { return m_networkPanel; }
     ChannelList *channelList() const { return m_channelList; }
     ToastOverlay *toast() const { return m_toast; }
+    VolumeIndicator *volumeIndicator() const { return m_volumeIndicator; }
     QWidget *sidebar() const { return m_sidebar; }
 
 Q_SIGNALS:
@@ -135,6 +137,7 @@ private:
     PlayerControlBar *m_controlBar = nullptr;
     NowNextOverlay *m_nowNext = nullptr;
     ToastOverlay *m_toast = nullptr;
+    VolumeIndicator *m_volumeIndicator = nullptr;
     QLabel *m_error = nullptr;
     WindowTitleSetter *m_titleSetter = nullptr;
     PlayerRecordingController *m_recordingController = nullptr;

@@ -16,6 +16,7 @@
 #include "ui/playercontrolbar.h"
 #include "ui/playerwindow.h"
 #include "ui/toastoverlay.h"
+#include "ui/volumeindicator.h"
 #include "ui/windowtitlesetter.h"
 #include "windowactivation.h"
 
@@ -695,6 +696,33 @@ private Q_SLOTS:
         QVERIFY(toast->shownLines().size() >= 2);
         QVERIFY(toast->y() >= player.top());
         TestDesktop::saveScreenshot(*m_window, QStringLiteral("notice-beside-sidebar"));
+    }
+
+    void theVolumeShowsOverThePictureForASecond()
+    {
+        VolumeIndicator *level = content()->volumeIndicator();
+        QVERIFY(!level->isVisible());
+        m_model->showToast(QStringLiteral("Audio: French"));
+        // The keys, then the mute button.
+        QTest::keyClick(m_window->windowHandle(), Qt::Key_Down);
+        QTRY_VERIFY(level->isVisible());
+        QCOMPARE(level->text(), QStringLiteral("Volume 95 %"));
+        QTest::keyClick(m_window->windowHandle(), Qt::Key_M);
+        QCOMPARE(level->text(), QStringLiteral("Muted"));
+        for (ControlButton *button : content()->controlBar()->findChildren<ControlButton *>())
+            if (button->toolTip() == QStringLiteral("Mute or unmute"))
+                QTest::mouseClick(button, Qt::LeftButton);
+        QCOMPARE(level->text(), QStringLiteral("Volume 95 %"));
+        // Apart from the notice, which stays.
+        QCOMPARE(m_model->toastMessage(), QStringLiteral("Audio: French"));
+        QVERIFY(content()->surface()->geometry().contains(level->geometry()));
+        QVERIFY(!level->geometry().intersects(content()->toast()->geometry()));
+        TestDesktop::saveScreenshot(*m_window, QStringLiteral("volume-level-over-picture"));
+        QTRY_VERIFY_WITH_TIMEOUT(!level->isVisible(), VolumeIndicator::shownMs + 500);
+        // Rounded to the nearest per cent.
+        QCOMPARE(VolumeIndicator::levelText(0.456, false), QStringLiteral("Volume 46 %"));
+        QCOMPARE(VolumeIndicator::levelText(0.454, false), QStringLiteral("Volume 45 %"));
+        QCOMPARE(VolumeIndicator::levelText(0.3, true), QStringLiteral("Muted"));
     }
 
     void theNoticeGrowsToItsTextAndWrapsWhenTheWindowIsNarrow()

@@ -27,6 +27,22 @@ QUrl ExpandedPlaylist::entryUrl(QByteArrayView filename)
     return url.isRelative() ? QUrl() : url;
 }
 
+bool ExpandedPlaylist::hasTitledEntries(const mpv_node &playlist, qint64 firstID, qint64 count)
+{
+    if (playlist.format != MPV_FORMAT_NODE_ARRAY)
+        return false;
+    for (int i = 0; i < playlist.u.list->num; ++i) {
+        const mpv_node &entry = playlist.u.list->values[i];
+        const mpv_node *id = member(entry, "id");
+        const mpv_node *title = member(entry, "title");
+        if (id && id->format == MPV_FORMAT_INT64 && id->u.int64 >= firstID
+            && id->u.int64 < firstID + count && title && title->format == MPV_FORMAT_STRING
+            && title->u.string[0] != '\0')
+            return true;
+    }
+    return false;
+}
+
 QList<QUrl> ExpandedPlaylist::insertedEntries(const mpv_node &playlist, qint64 firstID,
                                               qint64 count, bool listedInLocalFile)
 {

@@ -14,6 +14,11 @@ namespace ExpandedPlaylist {
 QList<QUrl> insertedEntries(const mpv_node &playlist, qint64 firstID, qint64 count,
                             bool listedInLocalFile);
 
+// Whether any of those entries has a title: mpv takes them from #EXTINF lines, which an IPTV
+// channel list has and a radio link's list of bare addresses does not (HLS indexes never
+// become mpv playlists).
+bool hasTitledEntries(const mpv_node &playlist, qint64 firstID, qint64 count);
+
 // An entry's file name as mpv lists it: an address, or an absolute path. Invalid otherwise.
 QUrl entryUrl(QByteArrayView filename);
 

@@ -68,6 +68,9 @@ public:
     virtual void addSubtitleFile(const QString &path) { Q_EMIT subtitleFileFailed(path); }
     // Whether the selected subtitles are shown.
     virtual void setSubtitlesVisible(bool) { }
+    // Whether an item whose own address answers with a channel list (an IPTV playlist) ends
+    // there with channelListFound rather than playing its entries; set before the item.
+    virtual void setOpensChannelLists(bool) { }
 
 Q_SIGNALS:
     void waitingToPlayChanged(bool waiting);
@@ -83,4 +86,7 @@ Q_SIGNALS:
     // The current item could not be opened or broke off; reason says why in a sentence for the
     // user, or is empty when the player cannot tell.
     void playbackFailed(const QString &reason);
+    // The current item's address answered with a channel list: the item ended without a
+    // failure, and the list is the caller's to open.
+    void channelListFound(const QUrl &url);
 };

@@ -309,8 +309,13 @@ void MpvPlayer::drainEvents()
     if (std::exchange(m_failurePending, false)) {
         // Once the item's lists named entries, what failed is all of them, not the last one.
         const QString listed = m_expansion.failureReason();
+        const QUrl &loaded = m_expansion.current();
+        const QString address
+            = loaded.isLocalFile() ? loaded.toLocalFile() : QString::fromUtf8(loaded.toEncoded());
         Q_EMIT playbackFailed(
-            listed.isEmpty() ? PlaybackFailure::reason(m_itemMessages, !m_itemIsLocal) : listed);
+            listed.isEmpty() ? PlaybackFailure::reason(
+                PlaybackFailure::ownMessages(m_itemMessages, address), !m_itemIsLocal)
+                             : listed);
     }
 }
 
@@ -414,11 +419,25 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 
         // The address was a playlist (a radio link): its entries are loaded as the item was,
         // each in turn until one plays.
         mpv_node playlist {};
+        bool channelList = false;
         if (mpv_get_property(m_handle.get(), Property::playlist, MPV_FORMAT_NODE, &playlist) >= 0) {
+            // The item's own address is a channel list: the caller opens it as one.
+            channelList = m_opensChannelLists && m_expansion.requests() == 1
+                && ExpandedPlaylist::hasTitledEntries(playlist, insertedID, insertedCount);
             // Files only from a list that is itself a file of this computer.
-            m_expansion.expand(ExpandedPlaylist::insertedEntries(
-                playlist, insertedID, insertedCount, m_expansion.currentIsLocal()));
+            if (!channelList)
+                m_expansion.expand(ExpandedPlaylist::insertedEntries(
+                    playlist, insertedID, insertedCount, m_expansion.currentIsLocal()));
             mpv_free_node_contents(&playlist);
+        }
+        if (channelList) {
+            const QUrl list = m_itemUrl;
+            m_currentEntry = -1;
+            m_currentStarted = false;
+            setHasItem(false);
+            updateWaiting();
+            Q_EMIT channelListFound(list);
+            return;
         }
         if (loadNextEntry())
             return;

@@ -49,6 +49,7 @@ public:
     void selectTrack(TrackKind kind, std::optional<qint64> id) override;
     void addSubtitleFile(const QString &path) override;
     void setSubtitlesVisible(bool visible) override;
+    void setOpensChannelLists(bool opens) override { m_opensChannelLists = opens; }
 
     // Subtitles drawn by the view over the picture it shows, instead of by mpv into the video:
     // for display modes that crop or turn the picture, where mpv's would be cut or lie on their
@@ -137,6 +138,7 @@ private:
     MpvFileOptions::Reconnect m_reconnect = MpvFileOptions::Reconnect::afterCuts;
     PlaylistExpansion m_expansion; // the lists the item turned out to be, and their entries
     QStringList m_itemMessages; // mpv's warnings and errors since the item was loaded
+    bool m_opensChannelLists = false;
     bool m_failurePending = false; // the item failed; told once mpv's messages are read
     bool m_paused = true;
     bool m_eofReached = false; // the current item has played to its end

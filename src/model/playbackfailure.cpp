@@ -42,4 +42,14 @@ QString reason(const QStringList &messages, bool networkItem)
     return {};
 }
 
+QStringList ownMessages(const QStringList &messages, const QString &address)
+{
+    for (qsizetype i = messages.size() - 1; i >= 0; --i) {
+        const QString &message = messages.at(i);
+        if (message.startsWith(u"Failed to open ") && !message.contains(address))
+            return messages.mid(i + 1);
+    }
+    return messages;
+}
+
 } // namespace PlaybackFailure

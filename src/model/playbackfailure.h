@@ -14,4 +14,9 @@ inline constexpr qsizetype keptMessages = 24;
 // reason when nothing else is said).
 QString reason(const QStringList &messages, bool networkItem);
 
+// The messages about the load of address: mpv hands its messages out late, so those of an
+// earlier load (an earlier item, or another entry of the same list) may follow the new load.
+// Everything up to mpv's "Failed to open" of another address is that load's, and left out.
+QStringList ownMessages(const QStringList &messages, const QString &address);
+
 } // namespace PlaybackFailure

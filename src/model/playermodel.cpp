@@ -9,9 +9,13 @@
 #include <cmath>
 
 namespace {
-const QString playlistFailurePrefix = QStringLiteral("Could not open playlist: ");
 const QString importFailurePrefix = QStringLiteral("Could not import playlist: ");
 } // namespace
+
+QString PlayerModel::playlistFailure(const QString &error)
+{
+    return QStringLiteral("Could not open playlist: ") + error;
+}
 
 PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     : QObject(parent)
@@ -44,6 +48,7 @@ PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     connect(m_player.get(), &MediaPlayer::likelyToKeepUpChanged, this, itemBufferChanged);
     connect(m_player.get(), &MediaPlayer::playbackFailed, this,
             &PlayerModel::handlePlaybackFailure);
+    connect(m_player.get(), &MediaPlayer::channelListFound, this, &PlayerModel::openChannelList);
 
     m_bufferingIndicatorTask.setSingleShot(true);
     m_bufferingIndicatorTask.setInterval(bufferingIndicatorDelayMs);
@@ -75,7 +80,7 @@ PlayerModel::~PlayerModel()
 void PlayerModel::play(const QUrl &url, const std::optional<QString> &displayName,
                        bool isLiveStream)
 {
-    startPlaying(url, displayName, isLiveStream, {});
+    startPlaying(url, displayName, isLiveStream, {}, false);
 }
 
 void PlayerModel::playChannel(const PlaylistEntry &entry)
@@ -85,13 +90,13 @@ void PlayerModel::playChannel(const PlaylistEntry &entry)
         setErrorMessage(SourceAddress::invalidAddressMessage.toString());
         return;
     }
-    startPlaying(url, entry.name(), true, entry.headers());
+    startPlaying(url, entry.name(), true, entry.headers(), true);
     m_playingChannel = entry;
     playingChannelChanged();
 }
 
 void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &displayName,
-                               bool isLiveStream, const StreamHeaders &headers)
+                               bool isLiveStream, const StreamHeaders &headers, bool isChannel)
 {
     Q_EMIT itemRequested();
     m_playingChannel.reset();
@@ -120,6 +125,7 @@ void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &di
     setVideoAspectRatio(0);
 
     m_observingItemBuffer = true;
+    m_player->setOpensChannelLists(isChannel);
     m_player->replaceCurrentItem(url, headers);
     m_player->play();
     setIsPlaying(true);
@@ -190,7 +196,7 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
                            return;
                        if (!result.error.isNull()) {
                            setIsLoading(false);
-                           setErrorMessage(playlistFailurePrefix + result.error);
+                           setErrorMessage(playlistFailure(result.error));
                            return;
                        }
                        publishPlaylist(result, displayName, false);
@@ -200,6 +206,7 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
 void PlayerModel::publishPlaylist(const PlaylistLoadResult &result,
                                   const std::optional<QString> &displayName, bool fromLocalFile)
 {
+    dropPreviousPlaylist();
     m_playlistIsLocal = fromLocalFile;
     // The loader builds the index; a result made without one is indexed here.
     replacePlaylist(result.index ? result.index
@@ -263,6 +270,7 @@ void PlayerModel::clearNetworkStream()
 {
     m_remoteRequestID = QUuid::createUuid();
     m_loader->cancel();
+    dropPreviousPlaylist();
     if (!playlist().isEmpty())
         replacePlaylist(std::make_shared<const ChannelIndex>());
     m_playlistHeader = {};

@@ -96,6 +96,10 @@ public:
     void playChannel(const PlaylistEntry &entry);
     // The channel of the playlist playing now (the last one asked for while the item lasts).
     const std::optional<PlaylistEntry> &playingChannel() const { return m_playingChannel; }
+    // A channel whose address answered with a channel list of its own opened it in place of
+    // the list it came from, which "Back" brings again (one level).
+    bool canGoBack() const { return m_previousPlaylist.has_value(); }
+    void goBack();
     void openRemote(const QString &text, const std::optional<QString> &displayName);
     void importLocalM3U(const std::optional<QString> &displayName);
     void openFile();
@@ -241,13 +245,20 @@ private:
 
     void showYouTubeContent(const YouTubeContent &content, const std::optional<QString> &title);
     void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
+    // "Could not open playlist: " and why.
+    static QString playlistFailure(const QString &error);
+    // The channel playing answered with a channel list: it opens as the list.
+    void openChannelList(const QUrl &url);
+    // The list "Back" leads to is let go (freed on the loader's thread).
+    void dropPreviousPlaylist();
     void publishPlaylist(const PlaylistLoadResult &result,
                          const std::optional<QString> &displayName, bool fromLocalFile);
     // Replaces the playlist; the old one is freed on the loader's thread once the views have
     // let go of it.
     void replacePlaylist(std::shared_ptr<const ChannelIndex> index);
+    // A channel's address may answer with a channel list, which then opens as the list.
     void startPlaying(const QUrl &url, const std::optional<QString> &displayName, bool isLiveStream,
-                      const StreamHeaders &headers);
+                      const StreamHeaders &headers, bool isChannel);
     // Abandons the remote download under way, if any: a newer choice replaced it.
     void cancelRemoteLoad();
 
@@ -321,6 +332,13 @@ private:
     std::unique_ptr<GuideLoader> m_guideLoader;
     std::shared_ptr<const ProgrammeGuide> m_guide;
     PlaylistHeader m_playlistHeader;
+    struct PreviousPlaylist
+    {
+        std::shared_ptr<const ChannelIndex> index;
+        PlaylistHeader header;
+        bool isLocal = false;
+    };
+    std::optional<PreviousPlaylist> m_previousPlaylist;
     QList<QUrl> m_openedGuides;
     bool m_loadingGuides = false;
     qint64 m_guideMoment = 0; // what the guide's kept programmes lie around

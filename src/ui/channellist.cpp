@@ -4,6 +4,7 @@
 #include "channellogocache.h"
 #include "channelrowdelegate.h"
 #include "filtermenubutton.h"
+#include "keyboardreach.h"
 #include "model/playermodel.h"
 #include "sources/channelstep.h"
 #include "surface/icons.h"
@@ -15,6 +16,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QScopedValueRollback>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -58,7 +60,21 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     caption.setLetterSpacing(QFont::AbsoluteSpacing, 0.6);
     m_header->setFont(caption);
     m_header->setStyleSheet(QStringLiteral("color: rgba(0,0,0,128);"));
-    layout->addWidget(m_header);
+    // A list opened from a channel of another leads back to it.
+    m_backButton = new QToolButton(this);
+    m_backButton->setText(QStringLiteral("\u2039 Back"));
+    m_backButton->setAutoRaise(true);
+    m_backButton->setToolTip(QStringLiteral("Back to the previous channel list"));
+    m_backButton->setStyleSheet(QStringLiteral(
+        "QToolButton:focus { border: 1.5px solid palette(highlight); border-radius: 4px; }"));
+    KeyboardReach::reachable(m_backButton);
+    m_backButton->hide();
+    connect(m_backButton, &QToolButton::clicked, &m_player, &PlayerModel::goBack);
+    auto *headerRow = new QHBoxLayout;
+    headerRow->setSpacing(4);
+    headerRow->addWidget(m_backButton);
+    headerRow->addWidget(m_header, 1);
+    layout->addLayout(headerRow);
 
     m_search = new QLineEdit(this);
     m_search->setPlaceholderText(QStringLiteral("Search channels"));
@@ -186,6 +202,7 @@ void ChannelList::resetFilters()
 
 void ChannelList::showPlaylist()
 {
+    m_backButton->setVisible(m_player.canGoBack());
     m_model->setIndex(m_player.channelIndex());
     m_list->scrollToTop();
     updateHeader();

@@ -14,6 +14,7 @@ class PlayerModel;
 class QLabel;
 class QLineEdit;
 class QListView;
+class QToolButton;
 
 class ChannelList final : public QWidget
 {
@@ -42,6 +43,8 @@ public:
     ChannelListModel *listModel() const { return m_model; }
     FilterMenuButton *countryButton() const { return m_countryButton; }
     FilterMenuButton *categoryButton() const { return m_categoryButton; }
+    // "‹ Back", shown while the list was opened from a channel of another.
+    QToolButton *backButton() const { return m_backButton; }
     ChannelLogoCache *logos() const { return m_logos; }
 
 protected:
@@ -67,5 +70,6 @@ private:
     FilterMenuButton *m_categoryButton = nullptr;
     QTimer m_zapTask; // opens the row stepped to once the steps stop
     QListView *m_list = nullptr;
+    QToolButton *m_backButton = nullptr;
     bool m_resettingFilters = false;
 };

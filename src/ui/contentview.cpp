@@ -168,11 +168,12 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
 void ContentView::orderTabs()
 {
     // In visual order: the sidebar from top to bottom, then the bar from left to right.
-    QList<QWidget *> chain {m_networkPanel->nameToggle(),    m_networkPanel->addressField(),
-                            m_networkPanel->clearButton(),   m_networkPanel->movieNameField(),
-                            m_networkPanel->importButton(),  m_networkPanel->playButton(),
-                            m_channelList->searchField(),    m_channelList->countryButton(),
-                            m_channelList->categoryButton(), m_channelList->listView()};
+    QList<QWidget *> chain {m_networkPanel->nameToggle(),   m_networkPanel->addressField(),
+                            m_networkPanel->clearButton(),  m_networkPanel->movieNameField(),
+                            m_networkPanel->importButton(), m_networkPanel->playButton(),
+                            m_channelList->backButton(),    m_channelList->searchField(),
+                            m_channelList->countryButton(), m_channelList->categoryButton(),
+                            m_channelList->listView()};
     // The picture's invitation to open media, while nothing plays.
     if (auto *invitation = m_surface->findChild<QPushButton *>(QStringLiteral("emptyState"))) {
         KeyboardReach::reachable(invitation);

@@ -52,6 +52,24 @@ private Q_SLOTS:
             return HttpResponse::text(clipBytes, "video/mp4");
         });
         const QByteArray guarded = m_server.url(QStringLiteral("/guarded/clip.mp4")).toEncoded();
+        m_server.route(QStringLiteral("/open/clip.mp4"),
+                       HttpResponse::text(clipBytes, "video/mp4"));
+        const QByteArray open = m_server.url(QStringLiteral("/open/clip.mp4")).toEncoded();
+        // An index of lists, as public IPTV indexes are: a country's list is a channel of it.
+        m_server.route(QStringLiteral("/index.m3u"),
+                       HttpResponse::text("#EXTM3U\n#EXTINF:-1,Argentina\n"
+                                          + m_server.url(QStringLiteral("/ar.m3u")).toEncoded()
+                                          + "\n#EXTINF:-1,Bare radio\n"
+                                          + m_server.url(QStringLiteral("/bare.m3u")).toEncoded()
+                                          + "\n"));
+        m_server.route(QStringLiteral("/ar.m3u"),
+                       HttpResponse::text("#EXTM3U\n#EXTINF:-1 group-title=\"News\",Buenos Aires "
+                                          "TV\n"
+                                              + open + "\n#EXTINF:-1,Rosario TV\n" + open + "\n",
+                                          "audio/x-mpegurl"));
+        // A radio link's list of bare addresses plays as before.
+        m_server.route(QStringLiteral("/bare.m3u"),
+                       HttpResponse::text(open + "\n", "audio/x-mpegurl"));
         m_server.route(QStringLiteral("/channels.m3u"),
                        HttpResponse::text("#EXTM3U\r\n#EXTINF:-1,With headers\r\n"
                                           "#EXTVLCOPT:http-user-agent=LumoTest/1.0 (like VLC)\r\n"
@@ -183,6 +201,38 @@ private Q_SLOTS:
             QVERIFY2(change.constFirst().toBool(), "the item never ends on the way");
         QCOMPARE(m_trapConnections, 0);
         QCOMPARE(m_server.requestCount(QStringLiteral("/gone.mp4")), goneRequests + 1);
+    }
+
+    void aChannelThatIsAChannelListOpensAsTheList()
+    {
+        m_model->openRemote(m_server.url(QStringLiteral("/index.m3u")).toString(), std::nullopt);
+        QTRY_VERIFY_WITH_TIMEOUT(channel(QStringLiteral("Argentina")), 10000);
+        QStringList notices;
+        connect(m_model.get(), &PlayerModel::toastMessageChanged, this, [&] {
+            if (!m_model->toastMessage().isNull())
+                notices.append(m_model->toastMessage());
+        });
+        m_model->playChannel(*channel(QStringLiteral("Argentina")));
+        QTRY_VERIFY_WITH_TIMEOUT(channel(QStringLiteral("Buenos Aires TV")), 20000);
+        QCOMPARE(m_model->playlist().size(), 2);
+        QVERIFY(m_model->canGoBack());
+        QVERIFY2(notices.isEmpty(), qPrintable(notices.join(u'|')));
+        QVERIFY(m_model->errorMessage().isNull());
+        QVERIFY(!m_model->isPlaying());
+        // Its channels play.
+        m_model->playChannel(*channel(QStringLiteral("Rosario TV")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 20000);
+        QCOMPARE(m_model->title(), QStringLiteral("Rosario TV"));
+        // Back to the index.
+        m_model->goBack();
+        QVERIFY(channel(QStringLiteral("Argentina")));
+        QVERIFY(!m_model->canGoBack());
+        // A list of bare addresses still plays its entry as the channel.
+        m_model->playChannel(*channel(QStringLiteral("Bare radio")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_model->currentTime() > 0.2, 20000);
+        QCOMPARE(m_model->title(), QStringLiteral("Bare radio"));
+        QVERIFY(channel(QStringLiteral("Argentina")));
+        QVERIFY2(notices.isEmpty(), qPrintable(notices.join(u'|')));
     }
 
     void aRadioLinkWithNothingPlayableEndsInOneNotice()

@@ -9,6 +9,28 @@ class TestPlaybackFailure : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void onlyTheFailedLoadsMessagesCount()
+    {
+        // The list's entries failed one after the other; the last one was refused.
+        const QStringList messages {"HTTP error 404 Not Found",
+                                    "Failed to open http://127.0.0.1:8000/one.ts.",
+                                    "Connection to tcp://127.0.0.1:9 failed: Connection refused",
+                                    "Failed to open http://127.0.0.1:9/two.ts."};
+        QCOMPARE(PlaybackFailure::reason(
+                     PlaybackFailure::ownMessages(messages, "http://127.0.0.1:9/two.ts"), true),
+                 "The server refused the connection.");
+        // A file imported with no server at all says nothing of an earlier item's server.
+        const QStringList late {"HTTP error 404 Not Found",
+                                "Failed to open http://127.0.0.1:8000/earlier.mp4.",
+                                "Failed to recognize file format."};
+        QCOMPARE(
+            PlaybackFailure::reason(PlaybackFailure::ownMessages(late, "/media/ar.m3u"), false),
+            "This is not a media file the player can read.");
+        // Nothing of another load: all of them count.
+        QCOMPARE(PlaybackFailure::ownMessages(messages.mid(2), "http://127.0.0.1:9/two.ts"),
+                 messages.mid(2));
+    }
+
     void reasons_data()
     {
         QTest::addColumn<QStringList>("messages");

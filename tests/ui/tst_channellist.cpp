@@ -263,6 +263,25 @@ private Q_SLOTS:
         QCOMPARE(m_list->countryMenuTitle(), "Bosnia & Herzegovina");
     }
 
+    void aListOpenedFromAChannelLeadsBack()
+    {
+        QVERIFY(!m_list->backButton()->isVisible());
+        m_server->route(
+            QStringLiteral("/nested.m3u"),
+            HttpResponse::text("#EXTM3U\n#EXTINF:-1,Inner One\nhttp://127.0.0.1:9/1.ts\n"
+                               "#EXTINF:-1,Inner Two\nhttp://127.0.0.1:9/2.ts\n"));
+        // The channel's address answered with a channel list, as the player tells.
+        Q_EMIT player().channelListFound(m_server->url(QStringLiteral("/nested.m3u")));
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 2, 10000);
+        QCOMPARE(shownNames(), (QStringList {"Inner One", "Inner Two"}));
+        QVERIFY(m_list->backButton()->isVisible());
+        QCOMPARE(m_list->backButton()->text(), QString::fromUtf8("\u2039 Back"));
+        QTest::mouseClick(m_list->backButton(), Qt::LeftButton);
+        QCOMPARE(m_model->playlist().size(), channelCount);
+        QVERIFY(!m_list->backButton()->isVisible());
+        QCOMPARE(m_list->listModel()->rowCount(), channelCount);
+    }
+
     void theSearchsClearButtonGoesWithItsText()
     {
         QLineEdit *search = m_list->searchField();

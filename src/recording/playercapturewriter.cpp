@@ -289,14 +289,20 @@ std::optional<qint64> PlayerCaptureWriter::Private::takeSlot(double time, bool f
     }
     // The picture's place on the 30-per-second timeline. A picture whose slot is taken by
     // another picture moves to the next one if that is at most a frame later than its time; one
-    // that comes sooner is not needed. A slot taken by filler never costs a picture its place.
-    // Slots passed over had no picture in time: they are the dropped frames, shown with the
-    // picture before them.
+    // that comes sooner is not needed. A slot taken by filler costs a picture its place only
+    // when the picture is so late that the next slot is a quarter of a second past its time:
+    // an encoder that falls behind drops pictures rather than stretching the file past the
+    // moment it was stopped. Slots passed over had no picture in time: they are the dropped
+    // frames, shown with the picture before them.
     const double exact = (time - sessionStart) * frameRate;
     qint64 slot = std::llround(exact);
     if (slot <= lastSlot) {
-        if (!lastSlotIsFiller && double(lastSlot + 1) > exact + 1)
+        const double allowedLead = lastSlotIsFiller ? lateSlotsAfterFiller : 1;
+        if (double(lastSlot + 1) > exact + allowedLead) {
+            if (!filler)
+                ++statistics.picturesTooLate;
             return std::nullopt;
+        }
         slot = lastSlot + 1;
     }
     if (!filler)

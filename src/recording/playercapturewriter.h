@@ -14,6 +14,8 @@ class PlayerCaptureWriter final
 {
 public:
     static constexpr int frameRate = 30;
+    // How far past its time a late picture may still be placed after repeated frames.
+    static constexpr int lateSlotsAfterFiller = frameRate / 4;
     static constexpr int keyFrameInterval = 60;
     static constexpr int audioSampleRate = 48'000;
     static constexpr int audioChannels = 2;
@@ -34,6 +36,9 @@ public:
         // Frame slots of the 30-per-second timeline that had no picture in time; the picture
         // before them fills them.
         qint64 framesDropped = 0;
+        // New pictures left out because they came too late for the timeline (the encoder was
+        // behind): the file keeps the length of the recording instead.
+        qint64 picturesTooLate = 0;
         qint64 audioSamplesWritten = 0;
         // How far the sound runs ahead of the pictures (behind when negative), in seconds, as
         // last measured over half a second.

@@ -1,13 +1,10 @@
 #include "contentview.h"
 
 #include "channellist.h"
-#include "filtermenubutton.h"
 #include "fullscreenpresenter.h"
-#include "keyboardreach.h"
 #include "model/openpanels.h"
 #include "model/playermodel.h"
 #include "model/playernotifications.h"
-#include "nametoggle.h"
 #include "networkpanel.h"
 #include "nownextoverlay.h"
 #include "playercontrolbar.h"
@@ -29,12 +26,8 @@
 #include <QFrame>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
-#include <QLineEdit>
-#include <QListView>
 #include <QMimeData>
-#include <QPushButton>
 #include <QShortcut>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <QVariantAnimation>
 
@@ -165,25 +158,6 @@ ContentView::ContentView(PlayerModel &model, QWidget *parent)
     setRecorder(m_recordingController);
 }
 
-void ContentView::orderTabs()
-{
-    // In visual order: the sidebar from top to bottom, then the bar from left to right.
-    QList<QWidget *> chain {m_networkPanel->nameToggle(),   m_networkPanel->addressField(),
-                            m_networkPanel->clearButton(),  m_networkPanel->movieNameField(),
-                            m_networkPanel->importButton(), m_networkPanel->playButton(),
-                            m_channelList->backButton(),    m_channelList->searchField(),
-                            m_channelList->countryButton(), m_channelList->categoryButton(),
-                            m_channelList->listView()};
-    // The picture's invitation to open media, while nothing plays.
-    if (auto *invitation = m_surface->findChild<QPushButton *>(QStringLiteral("emptyState"))) {
-        KeyboardReach::reachable(invitation);
-        chain.append(invitation);
-    }
-    chain += m_controlBar->focusableControls();
-    for (qsizetype i = 1; i < chain.size(); ++i)
-        QWidget::setTabOrder(chain.at(i - 1), chain.at(i));
-}
-
 void ContentView::setShowSidebar(bool show, int durationMs)
 {
     if (m_showSidebar == show)
@@ -310,21 +284,6 @@ void ContentView::openAddress(const QString &text)
     m_networkPanel->openStream();
     // Typed by no one here: the keys stay the player's.
     releaseAddressField();
-}
-
-void ContentView::releaseAddressField()
-{
-    m_addressFocusTask.stop();
-    if (m_networkPanel->isAddressFieldFocused())
-        setFocus(Qt::OtherFocusReason);
-}
-
-void ContentView::focusAddressField()
-{
-    if (m_showSidebar)
-        m_networkPanel->focusAddressField();
-    else
-        setShowSidebar(true);
 }
 
 void ContentView::applyWindowTitleNow()

@@ -60,7 +60,7 @@ private Q_SLOTS:
         // Back: the notice goes with the wait.
         m_player->replaceCurrentItem(QUrl(QStringLiteral("http://127.0.0.1:9/live/index.m3u8")));
         m_player->setPosition(5);
-        QTRY_VERIFY_WITH_TIMEOUT(!showsReconnectNotice(), 1500);
+        QTRY_VERIFY_WITH_TIMEOUT(!showsReconnectNotice(), 3000);
         QVERIFY(!m_model->isBuffering());
         QCOMPARE(notices.size(), 1);
     }

@@ -335,6 +335,31 @@ private Q_SLOTS:
         QCOMPARE(MediaProbe::videoPacketCount(path), 6);
     }
 
+    void aBacklogOfLatePicturesNeverStretchesTheFile()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("behind.mp4");
+        auto writer = PlayerCaptureWriter::create(path, {320, 240}, nullptr);
+        QVERIFY(writer);
+        const QImage picture = halves({320, 240});
+        QVERIFY(writer->appendVideo(picture, picture.rect(), false, 0));
+        // The encoder fell a second behind: the repeats reached 5 s while pictures from 4 s on
+        // still waited. Those more than a quarter of a second late are left out, not laid after
+        // the repeats.
+        QVERIFY(writer->repeatLast(5.0));
+        QCOMPARE(writer->statistics().framesWritten, 151);
+        for (int frame = 0; frame < 20; ++frame)
+            QVERIFY(!writer->appendVideo(picture, picture.rect(), false, 4.0 + frame / 30.0));
+        QCOMPARE(writer->statistics().framesWritten, 151);
+        QCOMPARE(writer->statistics().picturesTooLate, 20);
+        // Pictures on time again take their places.
+        QVERIFY(writer->appendVideo(picture, picture.rect(), false, 5.0 + 1 / 30.0));
+        // Stopped at 5.5 s: the file lasts that long, not a second longer.
+        QVERIFY(writer->repeatLast(5.5));
+        QVERIFY(writer->finish().error.isEmpty());
+        QCOMPARE(MediaProbe::videoPacketCount(path), 166);
+    }
+
     void anExistingFileIsReplaced()
     {
         QTemporaryDir dir;

@@ -1,5 +1,6 @@
 #include "mediaprobe.h"
 #include "recording/capturegeometry.h"
+#include "recording/playercapturewriter.h"
 #include "recording/playerrecordingcontroller.h"
 #include "recording/recordingnames.h"
 #include "recording/screencapturepermission.h"
@@ -17,7 +18,10 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <atomic>
 #include <csignal>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -196,6 +200,33 @@ private Q_SLOTS:
         qInfo("frames written %lld, dropped %lld, audio offset %.3f s", statistics.framesWritten,
               statistics.framesDropped, statistics.audioOffset);
         QVERIFY(statistics.framesWritten > 100);
+    }
+
+    void aBusyMachineDropsPicturesRatherThanStretchingTheFile()
+    {
+        // Both cores spin while an HD recording runs, as on a loaded machine: the encoder falls
+        // behind.
+        std::atomic<bool> spinning {true};
+        std::vector<std::thread> load;
+        for (int core = 0; core < 2; ++core)
+            load.emplace_back([&spinning] {
+                volatile std::uint64_t turns = 0;
+                while (spinning.load(std::memory_order_relaxed))
+                    turns = turns + 1;
+            });
+        const QString path = m_dir.filePath("loaded.mp4");
+        const QString failure = record(PlayerRecordingQuality::hd, path, 5000);
+        spinning = false;
+        for (std::thread &thread : load)
+            thread.join();
+        QVERIFY2(failure.isEmpty(), qPrintable(failure));
+        // The file lasts as long as the recording did, not as long as the encoder took.
+        const double seconds = MediaProbe::duration(MediaProbe::probe(path));
+        const auto statistics = m_recorder->lastStatistics();
+        qInfo("under load: %.2f s, pictures %lld, too late %lld, frames %lld", seconds,
+              statistics.picturesWritten, statistics.picturesTooLate, statistics.framesWritten);
+        QVERIFY2(std::abs(seconds - 5) <= 0.5, qPrintable(QString::number(seconds)));
+        QVERIFY(statistics.framesWritten <= qint64(5.5 * PlayerCaptureWriter::frameRate));
     }
 
     void aPortraitModeRecordsTheCropsShape()

@@ -27,17 +27,31 @@ QUrl ExpandedPlaylist::entryUrl(QByteArrayView filename)
     return url.isRelative() ? QUrl() : url;
 }
 
-bool ExpandedPlaylist::hasTitledEntries(const mpv_node &playlist, qint64 firstID, qint64 count)
+namespace {
+
+// The entries of mpv's "playlist" property whose ids are firstID to firstID + count - 1.
+QList<const mpv_node *> inserted(const mpv_node &playlist, qint64 firstID, qint64 count)
 {
+    QList<const mpv_node *> entries;
     if (playlist.format != MPV_FORMAT_NODE_ARRAY)
-        return false;
+        return entries;
     for (int i = 0; i < playlist.u.list->num; ++i) {
         const mpv_node &entry = playlist.u.list->values[i];
         const mpv_node *id = member(entry, "id");
-        const mpv_node *title = member(entry, "title");
         if (id && id->format == MPV_FORMAT_INT64 && id->u.int64 >= firstID
-            && id->u.int64 < firstID + count && title && title->format == MPV_FORMAT_STRING
-            && title->u.string[0] != '\0')
+            && id->u.int64 < firstID + count)
+            entries.append(&entry);
+    }
+    return entries;
+}
+
+} // namespace
+
+bool ExpandedPlaylist::hasTitledEntries(const mpv_node &playlist, qint64 firstID, qint64 count)
+{
+    for (const mpv_node *entry : inserted(playlist, firstID, count)) {
+        const mpv_node *title = member(*entry, "title");
+        if (title && title->format == MPV_FORMAT_STRING && title->u.string[0] != '\0')
             return true;
     }
     return false;
@@ -47,14 +61,9 @@ QList<QUrl> ExpandedPlaylist::insertedEntries(const mpv_node &playlist, qint64 f
                                               qint64 count, bool listedInLocalFile)
 {
     QList<QUrl> entries;
-    if (playlist.format != MPV_FORMAT_NODE_ARRAY)
-        return entries;
-    for (int i = 0; i < playlist.u.list->num; ++i) {
-        const mpv_node &entry = playlist.u.list->values[i];
-        const mpv_node *id = member(entry, "id");
-        const mpv_node *filename = member(entry, "filename");
-        if (!id || id->format != MPV_FORMAT_INT64 || id->u.int64 < firstID
-            || id->u.int64 >= firstID + count || !filename || filename->format != MPV_FORMAT_STRING)
+    for (const mpv_node *entry : inserted(playlist, firstID, count)) {
+        const mpv_node *filename = member(*entry, "filename");
+        if (!filename || filename->format != MPV_FORMAT_STRING)
             continue;
         const QUrl url = entryUrl(filename->u.string);
         if (SourceAddress::isPlayableChannelAddress(url, listedInLocalFile))

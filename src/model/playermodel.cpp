@@ -17,6 +17,18 @@ QString PlayerModel::playlistFailure(const QString &error)
     return QStringLiteral("Could not open playlist: ") + error;
 }
 
+bool PlayerModel::isPublishable(const PlaylistLoadResult &result, QUuid requestID)
+{
+    if (m_remoteRequestID != requestID)
+        return false;
+    if (!result.error.isNull()) {
+        setIsLoading(false);
+        setErrorMessage(playlistFailure(result.error));
+        return false;
+    }
+    return true;
+}
+
 PlayerModel::PlayerModel(std::unique_ptr<MediaPlayer> player, QObject *parent)
     : QObject(parent)
     , m_player(std::move(player))
@@ -192,14 +204,8 @@ void PlayerModel::loadM3U(const QUrl &url, const std::optional<QString> &display
     setIsLoading(true);
     m_loader->load(url, m_limits, this,
                    [this, displayName, requestID](const PlaylistLoadResult &result) {
-                       if (m_remoteRequestID != requestID)
-                           return;
-                       if (!result.error.isNull()) {
-                           setIsLoading(false);
-                           setErrorMessage(playlistFailure(result.error));
-                           return;
-                       }
-                       publishPlaylist(result, displayName, false);
+                       if (isPublishable(result, requestID))
+                           publishPlaylist(result, displayName, false);
                    });
 }
 

@@ -247,6 +247,9 @@ private:
     void loadM3U(const QUrl &url, const std::optional<QString> &displayName, QUuid requestID);
     // "Could not open playlist: " and why.
     static QString playlistFailure(const QString &error);
+    // A downloaded list is still wanted (no newer choice came) and was read; a failure is
+    // told as the error.
+    bool isPublishable(const PlaylistLoadResult &result, QUuid requestID);
     // The channel playing answered with a channel list: it opens as the list.
     void openChannelList(const QUrl &url);
     // The list "Back" leads to is let go (freed on the loader's thread).

@@ -19,13 +19,8 @@ void PlayerModel::openChannelList(const QUrl &url)
     cancelRemoteLoad();
     setIsLoading(true);
     const auto publish = [this, title, requestID, url](const PlaylistLoadResult &result) {
-        if (m_remoteRequestID != requestID)
+        if (!isPublishable(result, requestID))
             return;
-        if (!result.error.isNull()) {
-            setIsLoading(false);
-            setErrorMessage(playlistFailure(result.error));
-            return;
-        }
         PreviousPlaylist previous {m_channelIndex, m_playlistHeader, m_playlistIsLocal};
         publishPlaylist(result, title, url.isLocalFile());
         m_previousPlaylist = std::move(previous);

@@ -415,6 +415,10 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 
     // The end of an item replaced by a newer one says nothing about the current item.
     if (entryID != m_currentEntry || !m_hasItem)
         return;
+    // This player forgets an item before it stops it, so a stop of the current item comes from
+    // mpv itself: newer releases refuse a list that leads back to one already opened that way.
+    if (reason == MPV_END_FILE_REASON_STOP)
+        reason = MPV_END_FILE_REASON_ERROR;
     if (reason == MPV_END_FILE_REASON_REDIRECT && insertedID >= 0) {
         // The address was a playlist (a radio link): its entries are loaded as the item was,
         // each in turn until one plays.

@@ -29,6 +29,14 @@ def walk(node, depth=0):
         yield from walk(child, depth + 1)
 
 
+def role(node):
+    # Newer AT-SPI names the push button's role "button"; the same role reads the same here on
+    # every release.
+    if node.getRole() == pyatspi.ROLE_PUSH_BUTTON:
+        return "push button"
+    return node.getRoleName()
+
+
 def actions(node):
     try:
         action = node.queryAction()
@@ -46,7 +54,7 @@ def main():
     if len(sys.argv) == 2:
         for node in walk(app):
             showing = node.getState().contains(pyatspi.STATE_SHOWING)
-            print(json.dumps({"role": node.getRoleName(), "name": node.name,
+            print(json.dumps({"role": role(node), "name": node.name,
                               "showing": showing, "actions": actions(node)}))
         return 0
     wanted = sys.argv[2]

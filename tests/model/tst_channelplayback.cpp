@@ -283,8 +283,12 @@ private Q_SLOTS:
         const int before = requests();
         m_model->openRemote(m_server.url(first).toString(), QStringLiteral("Loop radio"));
         QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), "Could not play Loop radio.", 10000);
-        QVERIFY2(m_model->toastDetail().startsWith("None of its "),
-                 qPrintable(m_model->toastDetail()));
+        // Older mpv releases follow the loop up to the player's bound; newer ones refuse at once
+        // the list that leads back. Either way the reason is what the lists named.
+        const QString detail = m_model->toastDetail();
+        QVERIFY2(detail.startsWith("None of its ")
+                     || detail == "Its one entry could not be played.",
+                 qPrintable(detail));
         QVERIFY(!m_model->player().hasItem());
         QTest::qWait(1000);
         QVERIFY2(requests() - before <= PlaylistExpansion::maxRequests,

@@ -50,6 +50,10 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
     std::vector<int> usedChannels; // in the order first used
     m_channelOfEntry.assign(size_t(entries.size()), -1);
     m_shiftOfEntry.assign(size_t(entries.size()), 0);
+    // Guides that named no channel (none could be read) match no entry: a large playlist is not
+    // walked for nothing while it is being shown.
+    if (channels.channels().empty())
+        return;
     for (qsizetype i = 0; i < entries.size(); ++i) {
         const PlaylistEntry &entry = entries[i];
         const qint32 shift = entry.tvgShiftSeconds().value_or(playlistShift.value_or(0));

@@ -15,8 +15,8 @@ void keepLargeBlocksOutOfArenas()
     // from then on keeps large blocks, and that much free memory, in every arena. Fixed ones
     // keep blocks over 128 KB mapped on their own, and trim an arena once 128 KB are free at its
     // end. Pictures come from FFmpeg's pools, so this costs no system call per frame.
-    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
-    mallopt(M_TRIM_THRESHOLD, 128 * 1024);
+    mallopt(M_MMAP_THRESHOLD, 4 * 1024 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 1024 * 1024);
 #endif
 }
 

@@ -5,6 +5,8 @@
 #include <QNetworkAccessManager>
 #include <QPointer>
 #include <deque>
+#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -12,6 +14,28 @@ namespace {
 // exact window is cut once the entries' shifts are known.
 constexpr qint64 maxShiftAhead = 14 * 3600;
 constexpr qint64 maxShiftBehind = 12 * 3600;
+// The channels a load keeps, worked out when a guide first names one: a guide that never arrives
+// costs nothing, and the publication of a large playlist does not share the machine with it.
+// Asked from the guides' reading threads.
+class LazyWants
+{
+public:
+    explicit LazyWants(QList<PlaylistEntry> entries)
+        : m_entries(std::move(entries))
+    { }
+
+    bool wants(const GuideChannel &channel) const
+    {
+        std::call_once(m_once, [this] { m_wants.emplace(m_entries); });
+        return m_wants->wants(channel);
+    }
+
+private:
+    const QList<PlaylistEntry> m_entries;
+    mutable std::once_flag m_once;
+    mutable std::optional<GuideWants> m_wants;
+};
+
 } // namespace
 
 // One load: its guides fetched a few at a time, then merged.
@@ -31,7 +55,7 @@ public:
         , m_notices(size_t(m_request.guides.size()))
         , m_fetches(size_t(m_request.guides.size()), nullptr)
         , m_ended(size_t(m_request.guides.size()), false)
-        , m_wants(std::make_shared<const GuideWants>(m_request.entries))
+        , m_wants(std::make_shared<const LazyWants>(m_request.entries))
     {
         for (qsizetype i = 0; i < m_request.guides.size(); ++i)
             m_waiting.push_back(i);
@@ -117,7 +141,7 @@ private:
     std::vector<GuideFetch *> m_fetches; // by guide, while it is fetched
     std::vector<bool> m_ended; // by guide
     size_t m_shown = 0; // the guides shown so far, from the first
-    std::shared_ptr<const GuideWants> m_wants;
+    std::shared_ptr<const LazyWants> m_wants;
 };
 
 // Owns the network access of the loader's thread and the load under way there.

@@ -1,5 +1,7 @@
 #include "playlistloader.h"
 
+#include <optional>
+
 #include <QNetworkAccessManager>
 #include <atomic>
 #include <cerrno>
@@ -100,10 +102,14 @@ void PlaylistLoader::runDetached(std::shared_ptr<Mailbox> mailbox, Work work, QO
                  done = std::move(done)]() mutable {
         lowerThisThreadsPriority();
         {
-            // What the work holds goes before it counts itself out.
-            auto ownWork = std::move(work);
             const Done ownDone = std::move(done);
-            mailbox->deliver(context, ownDone, ownWork(mailbox->stop.get_token()));
+            std::optional<Work> ownWork(std::move(work));
+            PlaylistLoadResult result = (*ownWork)(mailbox->stop.get_token());
+            // What the work holds (a downloaded list's bytes) goes back to the system before
+            // the result is published: unmapping tens of megabytes would otherwise hold up the
+            // main thread's first drawing of the list.
+            ownWork.reset();
+            mailbox->deliver(context, ownDone, std::move(result));
         }
         mailbox->ended();
     }).detach();

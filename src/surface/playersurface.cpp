@@ -209,9 +209,7 @@ void PlayerSurface::updateSoundOnly()
     }
     m_soundOnly->setGeometry(rect());
     m_soundOnly->setVisible(sound.has_value());
-    m_soundOnly->raise();
-    m_emptyState->raise();
-    m_buffering->raise();
+    stackOverlays();
 }
 
 void PlayerSurface::updateEmptyState()
@@ -221,14 +219,28 @@ void PlayerSurface::updateEmptyState()
     const bool reconnecting = m_model.isLiveStream() && m_model.isBuffering();
     m_emptyState->setVisible(!m_model.player().hasItem() && !m_model.youtubeContent()
                              && !reconnecting);
-    m_emptyState->raise();
-    m_buffering->raise();
+    stackOverlays();
 }
 
 void PlayerSurface::updateBuffering()
 {
     m_buffering->setVisible(m_model.isLiveStream() && m_model.isBuffering());
-    m_buffering->raise();
+    stackOverlays();
+}
+
+void PlayerSurface::stackOverlays()
+{
+    // Raising a widget that is already on top still has all of it drawn again, and these cover
+    // the whole picture: a new title or playlist would redraw the window's largest area.
+    QList<QWidget *> widgets;
+    for (QObject *child : children())
+        if (auto *widget = qobject_cast<QWidget *>(child))
+            widgets.append(widget);
+    const QList<QWidget *> onTop {m_soundOnly, m_emptyState, m_buffering};
+    if (widgets.size() >= onTop.size() && widgets.sliced(widgets.size() - onTop.size()) == onTop)
+        return;
+    for (QWidget *overlay : onTop)
+        overlay->raise();
 }
 
 void PlayerSurface::resizeEvent(QResizeEvent *event)

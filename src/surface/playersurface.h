@@ -50,6 +50,8 @@ private:
     void updateEmptyState();
     void updateBuffering();
     void updateSoundOnly();
+    // The sound-only view, the invitation and "Buffering…", in that order, over the picture.
+    void stackOverlays();
     QPushButton *makeEmptyState();
 
     PlayerModel &m_model;

@@ -8,6 +8,7 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QPixmapCache>
 
 namespace {
 
@@ -20,6 +21,69 @@ QFont sizedFont(const QFont &base, qreal pixels, QFont::Weight weight)
 }
 
 } // namespace
+
+ChannelRowDelegate::RowShapes ChannelRowDelegate::rowShapes(const QRectF &row)
+{
+    RowShapes shapes;
+    // The row card, with the spacing to the next row left below it.
+    shapes.card = row.adjusted(1.5, 0.5, -1.5, -rowSpacing - 0.5);
+    shapes.logoBox = QRectF(shapes.card.left() + 7, shapes.card.center().y() - logoHeight / 2.0,
+                            logoWidth, logoHeight);
+    shapes.badge = QRectF(shapes.card.right() - 8 - badgeSide,
+                          shapes.card.center().y() - badgeSide / 2.0, badgeSide, badgeSide);
+    return shapes;
+}
+
+QPixmap ChannelRowDelegate::decoration(QSize size, qreal ratio, bool hovered, const QColor &accent)
+{
+    // Antialiased shapes are filled by Qt's raster engine across a thread pool, a round trip
+    // per shape; the rows share a few looks, drawn once and copied after that.
+    const QString key = QStringLiteral("lumo-channel-row-%1x%2@%3-%4-%5")
+                            .arg(size.width())
+                            .arg(size.height())
+                            .arg(ratio)
+                            .arg(int(hovered))
+                            .arg(accent.rgba());
+    QPixmap picture;
+    if (QPixmapCache::find(key, &picture))
+        return picture;
+    picture = QPixmap((QSizeF(size) * ratio).toSize());
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor primary(Qt::black);
+    const RowShapes shapes = rowShapes(QRectF(QPointF(), QSizeF(size)));
+
+    QPainterPath cardShape;
+    cardShape.addRoundedRect(shapes.card, 8, 8);
+    painter.fillPath(cardShape.translated(0, 1), QColor(0, 0, 0, 10));
+    painter.fillPath(cardShape, QColor(Qt::white));
+    QColor outline = hovered ? accent : primary;
+    outline.setAlphaF(hovered ? 0.5f : 0.1f);
+    painter.setPen(QPen(outline, 1));
+    painter.drawPath(cardShape);
+
+    QPainterPath logoShape;
+    logoShape.addRoundedRect(shapes.logoBox, 6, 6);
+    QColor logoFill = primary;
+    logoFill.setAlphaF(0.08f);
+    painter.fillPath(logoShape, logoFill);
+    QColor logoLine = primary;
+    logoLine.setAlphaF(0.15f);
+    painter.setPen(QPen(logoLine, 0.6));
+    painter.drawPath(logoShape);
+
+    QColor badgeFill = accent;
+    if (!hovered)
+        badgeFill.setAlphaF(0.12f);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(badgeFill);
+    painter.drawEllipse(shapes.badge);
+    painter.end();
+    QPixmapCache::insert(key, picture);
+    return picture;
+}
 
 ChannelRowDelegate::ChannelRowDelegate(ChannelLogoCache &logos, QObject *parent)
     : QStyledItemDelegate(parent)
@@ -43,30 +107,14 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     const QColor accent = option.palette.color(QPalette::Highlight);
     // The rows are light cards whatever the list's own background.
     const QColor primary(Qt::black);
+    const RowShapes shapes = rowShapes(QRectF(option.rect));
+    const QRectF &card = shapes.card;
+    const QRectF &logoBox = shapes.logoBox;
+    const QRectF &badge = shapes.badge;
+    painter->drawPixmap(
+        option.rect.topLeft(),
+        decoration(option.rect.size(), painter->device()->devicePixelRatioF(), hovered, accent));
 
-    // The row card, with the spacing to the next row left below it.
-    const QRectF card = QRectF(option.rect).adjusted(1.5, 0.5, -1.5, -rowSpacing - 0.5);
-    QPainterPath cardShape;
-    cardShape.addRoundedRect(card, 8, 8);
-    painter->fillPath(cardShape.translated(0, 1), QColor(0, 0, 0, 10));
-    painter->fillPath(cardShape, QColor(Qt::white));
-    QColor outline = hovered ? accent : primary;
-    outline.setAlphaF(hovered ? 0.5f : 0.1f);
-    painter->setPen(QPen(outline, 1));
-    painter->drawPath(cardShape);
-
-    // The logo box.
-    const QRectF logoBox(card.left() + 7, card.center().y() - logoHeight / 2.0, logoWidth,
-                         logoHeight);
-    QPainterPath logoShape;
-    logoShape.addRoundedRect(logoBox, 6, 6);
-    QColor logoFill = primary;
-    logoFill.setAlphaF(0.08f);
-    painter->fillPath(logoShape, logoFill);
-    QColor logoLine = primary;
-    logoLine.setAlphaF(0.15f);
-    painter->setPen(QPen(logoLine, 0.6));
-    painter->drawPath(logoShape);
     const QPixmap logo = m_logos.logo(index.data(ChannelListModel::LogoRole).toUrl());
     if (!logo.isNull()) {
         const QSizeF fitted
@@ -86,15 +134,7 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
                           QString::number(index.data(ChannelListModel::NumberRole).toInt()));
     }
 
-    // The play badge.
-    const QRectF badge(card.right() - 8 - badgeSide, card.center().y() - badgeSide / 2.0, badgeSide,
-                       badgeSide);
-    QColor badgeFill = accent;
-    if (!hovered)
-        badgeFill.setAlphaF(0.12f);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(badgeFill);
-    painter->drawEllipse(badge);
+    // The play badge's symbol.
     painter->setPen(hovered ? QColor(Qt::white) : accent);
     painter->setFont(Icons::font(14));
     painter->drawText(badge, Qt::AlignCenter, Icons::glyph(u"play.fill"));

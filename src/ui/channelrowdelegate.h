@@ -28,6 +28,16 @@ public:
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
 private:
+    struct RowShapes
+    {
+        QRectF card;
+        QRectF logoBox;
+        QRectF badge;
+    };
+    static RowShapes rowShapes(const QRectF &row);
+    // The card, logo box and badge of a row of this size and look, without its content.
+    static QPixmap decoration(QSize size, qreal ratio, bool hovered, const QColor &accent);
+
     void paintProgramme(QPainter *painter, const QStyleOptionViewItem &option,
                         const QModelIndex &index, const QRectF &area) const;
 

@@ -35,6 +35,26 @@ public:
 const QString youtubeAddress = QStringLiteral("https://www.youtube.com/watch?v=dQw4w9WgXcQ");
 } // namespace
 
+// Counts the paint events of the object it filters.
+class PaintCounter final : public QObject
+{
+public:
+    explicit PaintCounter(int &paints)
+        : m_paints(paints)
+    { }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++m_paints;
+        return false;
+    }
+
+private:
+    int &m_paints;
+};
+
 class TestPlayerSurface : public QObject
 {
     Q_OBJECT
@@ -170,6 +190,30 @@ private Q_SLOTS:
         m_model->openRemote(youtubeAddress, std::nullopt);
         QVERIFY(!m_player->hasItem());
         QVERIFY(!surface.showsEmptyState());
+    }
+
+    void aNewTitleLeavesTheInvitationAsItWas()
+    {
+        PlayerSurface surface(*m_model);
+        surface.resize(640, 360);
+        surface.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&surface));
+        auto *button = surface.findChild<QPushButton *>("emptyState");
+        QVERIFY(button && button->isVisible());
+        QTest::qWait(200);
+        int paints = 0;
+        PaintCounter counter(paints);
+        button->installEventFilter(&counter);
+        // What a playlist's arrival tells the surface, with nothing playing: the invitation
+        // covers the whole picture, and drawing it again costs the window's largest area.
+        Q_EMIT m_model->titleChanged();
+        Q_EMIT m_model->isBufferingChanged();
+        QTest::qWait(200);
+        QCOMPARE(paints, 0);
+        QVERIFY(button->isVisible());
+        // A real change is still drawn.
+        button->update();
+        QTRY_VERIFY(paints > 0);
     }
 
     void theInvitationStaysAwayWhileALiveItemReconnects()

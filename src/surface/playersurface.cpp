@@ -75,6 +75,9 @@ PlayerSurface::PlayerSurface(PlayerModel &model, QWidget *parent)
 
     connect(&m_model.player(), &MediaPlayer::hasItemChanged, this,
             &PlayerSurface::updateEmptyState);
+    // Queued: the view becomes ready while it is being shown, too early to hide it.
+    connect(m_hostingView, &PlayerHostingView::ready, this, &PlayerSurface::updateEmptyState,
+            Qt::QueuedConnection);
     connect(&m_model.player(), &MediaPlayer::soundOnlyChanged, this,
             &PlayerSurface::updateSoundOnly);
     connect(&m_model, &PlayerModel::titleChanged, this, &PlayerSurface::updateSoundOnly);
@@ -217,8 +220,14 @@ void PlayerSurface::updateEmptyState()
     // A live item being brought back has no item between its tries, but something is under
     // way: "Buffering…" shows, not the invitation.
     const bool reconnecting = m_model.isLiveStream() && m_model.isBuffering();
-    m_emptyState->setVisible(!m_model.player().hasItem() && !m_model.youtubeContent()
-                             && !reconnecting);
+    const bool invitation
+        = !m_model.player().hasItem() && !m_model.youtubeContent() && !reconnecting;
+    m_emptyState->setVisible(invitation);
+    // Under the invitation the video view shows nothing, yet an OpenGL view is composed into
+    // every redraw of the window (a third of each in software GL): it is left out until
+    // something plays, once its GL is ready so that the first picture does not wait for it.
+    if (!showsWebPlayer())
+        m_hostingView->setVisible(!invitation || !m_hostingView->isReady());
     stackOverlays();
 }
 

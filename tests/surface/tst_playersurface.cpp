@@ -1,5 +1,7 @@
 #include "scriptedmediaplayer.h"
+#include "testmedia.h"
 
+#include "model/mpvplayer.h"
 #include "model/playermodel.h"
 #include "surface/playerhostingview.h"
 #include "surface/playerrecordingsurface.h"
@@ -10,6 +12,8 @@
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -214,6 +218,35 @@ private Q_SLOTS:
         // A real change is still drawn.
         button->update();
         QTRY_VERIFY(paints > 0);
+    }
+
+    void theVideoViewIsLeftOutWhileTheInvitationShows()
+    {
+        // With mpv, whose view gets its OpenGL ready first.
+        QTemporaryDir dir;
+        const QString clip = dir.filePath(QStringLiteral("clip.mp4"));
+        QVERIFY(TestMedia::makeClip(clip, 10));
+        PlayerModel model(std::make_unique<MpvPlayer>());
+        PlayerSurface surface(model);
+        surface.resize(640, 360);
+        surface.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&surface));
+        PlayerHostingView *view = surface.hostingView();
+        QTRY_VERIFY(view->isReady());
+        QVERIFY(surface.showsEmptyState());
+        QTRY_VERIFY(view->isHidden());
+
+        // Something plays: the view is back at once and draws its pictures.
+        QSignalSpy drawn(view, &PlayerHostingView::frameDrawn);
+        model.play(QUrl::fromLocalFile(clip), std::nullopt, false);
+        QVERIFY(!view->isHidden());
+        QVERIFY(!surface.showsEmptyState());
+        QTRY_VERIFY_WITH_TIMEOUT(drawn.count() > 0, 10000);
+        QVERIFY(view->isVisible());
+
+        model.stop();
+        QVERIFY(surface.showsEmptyState());
+        QVERIFY(view->isHidden());
     }
 
     void theInvitationStaysAwayWhileALiveItemReconnects()

@@ -457,41 +457,6 @@ void MpvPlayer::handleEnd(qint64 entryID, int reason, qint64 insertedID, qint64 
         m_failurePending = true;
 }
 
-std::optional<SoundDescription> MpvPlayer::describeSoundOnly() const
-{
-    mpv_node tracks {};
-    if (mpv_get_property(m_handle.get(), Property::trackList, MPV_FORMAT_NODE, &tracks) < 0)
-        return std::nullopt;
-    bool sound = false;
-    bool picture = false;
-    if (tracks.format == MPV_FORMAT_NODE_ARRAY) {
-        for (int i = 0; i < tracks.u.list->num; ++i) {
-            const mpv_node &track = tracks.u.list->values[i];
-            if (track.format != MPV_FORMAT_NODE_MAP)
-                continue;
-            for (int k = 0; k < track.u.list->num; ++k) {
-                const mpv_node &value = track.u.list->values[k];
-                if (QByteArrayView(track.u.list->keys[k]) != "type"
-                    || value.format != MPV_FORMAT_STRING)
-                    continue;
-                sound = sound || QByteArrayView(value.u.string) == "audio";
-                picture = picture || QByteArrayView(value.u.string) == "video";
-            }
-        }
-    }
-    mpv_free_node_contents(&tracks);
-    if (!sound || picture)
-        return std::nullopt;
-    const auto tag = [this](const char *name) {
-        char *value = mpv_get_property_string(m_handle.get(), name);
-        const QString text = value ? QString::fromUtf8(value).trimmed() : QString();
-        mpv_free(value);
-        return text;
-    };
-    return SoundDescription {tag(Property::tagTitle), tag(Property::tagArtist),
-                             tag(Property::tagAlbum)};
-}
-
 void MpvPlayer::setSoundOnly(const std::optional<SoundDescription> &soundOnly)
 {
     if (soundOnly != m_soundOnly) {

@@ -1,5 +1,5 @@
 // MpvPlayer's audio and subtitle tracks: the choice an item starts with, selections, subtitle
-// files and who draws the subtitles.
+// files, who draws the subtitles, and what a file with sound and no picture is.
 #include "mpvnames.h"
 #include "mpvplayer.h"
 #include "mpvtracks.h"
@@ -109,4 +109,39 @@ void MpvPlayer::setSubtitleText(const QString &text)
         return;
     m_subtitleText = text;
     Q_EMIT subtitleTextChanged(text);
+}
+
+std::optional<SoundDescription> MpvPlayer::describeSoundOnly() const
+{
+    mpv_node tracks {};
+    if (mpv_get_property(m_handle.get(), Property::trackList, MPV_FORMAT_NODE, &tracks) < 0)
+        return std::nullopt;
+    bool sound = false;
+    bool picture = false;
+    if (tracks.format == MPV_FORMAT_NODE_ARRAY) {
+        for (int i = 0; i < tracks.u.list->num; ++i) {
+            const mpv_node &track = tracks.u.list->values[i];
+            if (track.format != MPV_FORMAT_NODE_MAP)
+                continue;
+            for (int k = 0; k < track.u.list->num; ++k) {
+                const mpv_node &value = track.u.list->values[k];
+                if (QByteArrayView(track.u.list->keys[k]) != "type"
+                    || value.format != MPV_FORMAT_STRING)
+                    continue;
+                sound = sound || QByteArrayView(value.u.string) == "audio";
+                picture = picture || QByteArrayView(value.u.string) == "video";
+            }
+        }
+    }
+    mpv_free_node_contents(&tracks);
+    if (!sound || picture)
+        return std::nullopt;
+    const auto tag = [this](const char *name) {
+        char *value = mpv_get_property_string(m_handle.get(), name);
+        const QString text = value ? QString::fromUtf8(value).trimmed() : QString();
+        mpv_free(value);
+        return text;
+    };
+    return SoundDescription {tag(Property::tagTitle), tag(Property::tagArtist),
+                             tag(Property::tagAlbum)};
 }

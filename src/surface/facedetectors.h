@@ -17,10 +17,15 @@ QString modelDirectory();
 // OpenCV's frontal-face cascade from the system's OpenCV data, or empty when it is missing.
 QString cascadeFile();
 
-// The detector smart reframe uses: BlazeFace's short-range model over squares of the frame
-// (the best recall that fits a sampling step's budget, see lumo-bench-faces), then the Haar
-// cascade. Null when neither is installed; smart reframe then finds no faces.
+// The detector smart reframe uses: UltraFace over overlapping tiles of the sample and over the
+// whole of it (the best recall within a sampling step's budget, see lumo-bench-faces), else
+// BlazeFace's short-range model, else the Haar cascade. Null when none is installed; smart
+// reframe then finds no faces.
 std::unique_ptr<FaceDetector> makeDefault();
+
+// Detection runs on one core, so that it never takes the processor from playback and drawing.
+// Applies to every detector in the process.
+void useOneCore();
 
 // "OpenCV 4.6.0", for the About box.
 QString openCvVersion();

@@ -2,6 +2,7 @@
 
 #include "facedetector.h"
 #include "facedetectors.h"
+#include "facetracker.h"
 #include "framebufferreadback.h"
 #include "fullscreentoggle.h"
 #include "model/mpvplayer.h"
@@ -35,6 +36,7 @@ PlayerHostingView::PlayerHostingView(QWidget *parent)
 PlayerHostingView::~PlayerHostingView()
 {
     m_smartTimer.reset();
+    m_faceTracker.reset();
     releaseGraphics();
     // The base class destroys the context after this class's members are gone.
     if (context())
@@ -49,15 +51,21 @@ void PlayerHostingView::setPlayer(MpvPlayer *player)
     if (m_player)
         m_player->disconnect(this);
     m_player = player;
+    forgetSamples();
     if (m_player) {
         // The render context must go before the handle it was made on.
         connect(m_player, &MpvPlayer::aboutToDestroyHandle, this,
                 &PlayerHostingView::releaseGraphics, Qt::DirectConnection);
         // The picture's shape decides the layout in the reframe modes.
-        connect(m_player, &MediaPlayer::presentationSizeChanged, this,
-                &PlayerHostingView::updatePlayerFrame);
-        connect(m_player, &MediaPlayer::hasItemChanged, this,
-                &PlayerHostingView::updatePlayerFrame);
+        // A face found in the picture before either changed is not followed.
+        connect(m_player, &MediaPlayer::presentationSizeChanged, this, [this] {
+            forgetSamples();
+            updatePlayerFrame();
+        });
+        connect(m_player, &MediaPlayer::hasItemChanged, this, [this] {
+            forgetSamples();
+            updatePlayerFrame();
+        });
         // A new subtitle is drawn with the next frame, or at once on a paused one.
         const auto redrawSubtitles = [this] {
             if (drawsSubtitles())
@@ -94,6 +102,7 @@ void PlayerHostingView::setDisplayMode(PortraitDisplayMode mode)
         return;
     }
     m_displayMode = mode;
+    forgetSamples();
     if (mode == PortraitDisplayMode::fill || mode == PortraitDisplayMode::rotate)
         setHorizontalPan(0);
     if (m_player)
@@ -142,6 +151,7 @@ QRectF PlayerHostingView::recordingRectInView() const
 void PlayerHostingView::resizeEvent(QResizeEvent *event)
 {
     QOpenGLWidget::resizeEvent(event);
+    forgetSamples();
     updatePlayerFrame();
 }
 
@@ -174,15 +184,30 @@ void PlayerHostingView::trackLargestFace()
     // A paused picture is not analysed again: the pan stays where it is.
     if (m_drawnFrames == m_sampledFrames)
         return;
+    // One detection at a time: a sample due while one runs is skipped.
+    if (isFindingFaces())
+        return;
     const QImage picture = samplePicture(SmartReframe::sampleWidth);
     if (picture.isNull())
         return;
     m_sampledFrames = m_drawnFrames;
-    if (!m_faceDetectorMade) {
-        m_faceDetector = m_faceDetectorFactory ? m_faceDetectorFactory() : nullptr;
-        m_faceDetectorMade = true;
+    if (!m_faceTracker) {
+        m_faceTracker = std::make_unique<FaceTracker>(m_faceDetectorFactory);
+        connect(m_faceTracker.get(), &FaceTracker::facesFound, this,
+                &PlayerHostingView::followFaces);
     }
-    const QList<QRectF> faces = m_faceDetector ? m_faceDetector->detect(picture) : QList<QRectF>();
+    m_faceTracker->submit(picture, m_sampleTicket);
+}
+
+bool PlayerHostingView::isFindingFaces() const
+{
+    return m_faceTracker && m_faceTracker->isBusy();
+}
+
+void PlayerHostingView::followFaces(const QList<QRectF> &faces, quint64 ticket)
+{
+    if (ticket != m_sampleTicket || m_displayMode != PortraitDisplayMode::smart)
+        return;
     setHorizontalPan(SmartReframe::nextPan(m_horizontalPan, faces));
     updatePlayerFrame();
 }
@@ -195,8 +220,8 @@ void PlayerHostingView::setWindowDragHandler(WindowDragHandler handler)
 void PlayerHostingView::setFaceDetectorFactory(FaceDetectorFactory factory)
 {
     m_faceDetectorFactory = std::move(factory);
-    m_faceDetector.reset();
-    m_faceDetectorMade = false;
+    m_faceTracker.reset();
+    forgetSamples();
 }
 
 void PlayerHostingView::mousePressEvent(QMouseEvent *event)

@@ -12,6 +12,7 @@
 #include <memory>
 
 class FaceDetector;
+class FaceTracker;
 class FramebufferReadback;
 class MpvPlayer;
 class MpvRenderContext;
@@ -52,8 +53,11 @@ public:
     const DisplayGeometry::PlayerLayerFrame &playerLayerFrame() const { return m_layerFrame; }
 
     // One smart-reframe step: samples the picture if a new frame was shown since the last
-    // step, finds the faces and moves the pan a step towards the largest.
+    // step and no detection is under way, and hands it to the face tracker's thread; the pan
+    // moves a step towards the largest face when the faces come back.
     void trackLargestFace();
+    // Whether a sampled picture is being searched for faces.
+    bool isFindingFaces() const;
     // Whether the smart-reframe sampling timer runs (only in smart mode).
     bool hasSmartTimer() const { return m_smartTimer != nullptr; }
     // Frames of video drawn so far; a frame counts once however often it is redrawn.
@@ -91,6 +95,9 @@ private:
     void setHorizontalPan(double pan);
     QSizeF presentationSize() const;
     void deliverPicture();
+    // Results of samples taken before this changed (item, mode, view size) are dropped.
+    void forgetSamples() { ++m_sampleTicket; }
+    void followFaces(const QList<QRectF> &faces, quint64 ticket);
 
     QPointer<MpvPlayer> m_player;
     std::unique_ptr<MpvRenderContext> m_renderContext;
@@ -100,9 +107,9 @@ private:
     double m_horizontalPan = 0;
     DisplayGeometry::PlayerLayerFrame m_layerFrame;
     std::unique_ptr<QTimer> m_smartTimer;
-    std::unique_ptr<FaceDetector> m_faceDetector;
+    std::unique_ptr<FaceTracker> m_faceTracker;
     FaceDetectorFactory m_faceDetectorFactory;
-    bool m_faceDetectorMade = false;
+    quint64 m_sampleTicket = 0;
     quint64 m_drawnFrames = 0;
     quint64 m_sampledFrames = 0;
     WindowDragHandler m_windowDragHandler;

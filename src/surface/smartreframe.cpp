@@ -1,8 +1,18 @@
 #include "smartreframe.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace SmartReframe {
+
+QSize sampleSize(QSize picture)
+{
+    if (picture.isEmpty() || picture.width() <= sampleWidth)
+        return picture;
+    const int height
+        = std::max(1, int(std::lround(double(sampleWidth) * picture.height() / picture.width())));
+    return QSize(sampleWidth, height);
+}
 
 QList<QRectF> sortedByArea(QList<QRectF> faces)
 {

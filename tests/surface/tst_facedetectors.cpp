@@ -3,6 +3,8 @@
 #include "surface/blazefacedetector.h"
 #include "surface/cascadefacedetector.h"
 #include "surface/facedetectors.h"
+#include "surface/smartreframe.h"
+#include "surface/ultrafacedetector.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -29,6 +31,11 @@ private:
                     detectors.push_back(std::move(detector));
             }
         }
+        auto ultraFace = std::make_unique<UltraFaceDetector>(FaceDetectors::modelDirectory());
+        if (ultraFace->isValid())
+            detectors.push_back(std::move(ultraFace));
+        else
+            qWarning("no UltraFace model in %s", qPrintable(FaceDetectors::modelDirectory()));
         auto cascade = std::make_unique<CascadeFaceDetector>(FaceDetectors::cascadeFile());
         if (cascade->isValid())
             detectors.push_back(std::move(cascade));
@@ -41,10 +48,44 @@ private Q_SLOTS:
         QVERIFY2(BlazeFaceDetector(FaceDetectors::modelDirectory(), Model::front).isValid(),
                  "run ./lumo setup");
         QVERIFY(BlazeFaceDetector(FaceDetectors::modelDirectory(), Model::back).isValid());
+        QVERIFY(UltraFaceDetector(FaceDetectors::modelDirectory()).isValid());
         QVERIFY(CascadeFaceDetector(FaceDetectors::cascadeFile()).isValid());
         const std::unique_ptr<FaceDetector> chosen = FaceDetectors::makeDefault();
         QVERIFY(chosen);
-        QCOMPARE(chosen->name(), "BlazeFace front 128 squares");
+        QCOMPARE(chosen->name(), UltraFaceDetector(FaceDetectors::modelDirectory()).name());
+        QVERIFY(chosen->name().startsWith("UltraFace 320 tiles"));
+    }
+
+    void aSmallFaceInA1080pFrameIsFoundAtItsPlace_data()
+    {
+        QTest::addColumn<double>("width");
+        QTest::addColumn<double>("x");
+        QTest::newRow("3 % at the left") << 0.03 << 0.2;
+        QTest::newRow("3 % in the middle") << 0.03 << 0.5;
+        QTest::newRow("2 % at the right") << 0.02 << 0.8;
+        QTest::newRow("2.5 % left of the middle") << 0.025 << 0.4;
+    }
+
+    void aSmallFaceInA1080pFrameIsFoundAtItsPlace()
+    {
+        // As smart reframe sees a wide shot: the picture at the sample's width.
+        QFETCH(double, width);
+        QFETCH(double, x);
+        const TestFaces::Photo photo = TestFaces::photos().first();
+        const QImage image = TestFaces::load(photo);
+        QVERIFY(!image.isNull());
+        const QRectF face = photo.faces.first();
+        const double scale = width * 1920 / (face.width() * image.width());
+        QList<QRectF> faces;
+        const QImage frame = TestFaces::place(image, photo.faces, {1920, 1080}, scale,
+                                              face.center(), {x, 0.5}, &faces);
+        QCOMPARE(faces.size(), 1);
+        const std::unique_ptr<FaceDetector> chosen = FaceDetectors::makeDefault();
+        QVERIFY(chosen);
+        const QList<QRectF> found = chosen->detect(
+            frame.scaledToWidth(SmartReframe::sampleWidth, Qt::SmoothTransformation));
+        QVERIFY2(TestFaces::hits(found, faces.first()), qPrintable(chosen->name()));
+        QCOMPARE(found.size(), 1);
     }
 
     void everyDetectorFindsTheAstronaut()
@@ -54,7 +95,7 @@ private Q_SLOTS:
         QVERIFY(!image.isNull());
         for (const auto &detector : allDetectors()) {
             const QList<QRectF> found = detector->detect(image);
-            QVERIFY2(TestFaces::hits(found, photo.face), qPrintable(detector->name()));
+            QVERIFY2(TestFaces::hits(found, photo.faces.first()), qPrintable(detector->name()));
         }
     }
 
@@ -67,7 +108,7 @@ private Q_SLOTS:
         for (int left : {0, 700, 1408}) {
             QRectF face;
             const QImage frame
-                = TestFaces::compose(image, photo.face, {1920, 1080}, 1080, left, &face);
+                = TestFaces::compose(image, photo.faces.first(), {1920, 1080}, 1080, left, &face);
             const QList<QRectF> found
                 = detector.detect(frame.scaledToWidth(256, Qt::SmoothTransformation));
             QVERIFY2(TestFaces::hits(found, face), qPrintable(QString::number(left)));
@@ -120,6 +161,12 @@ private Q_SLOTS:
         damaged.write(QByteArray(4096, '\x7f'));
         damaged.close();
         QVERIFY(!BlazeFaceDetector(dir.path(), Model::front).isValid());
+        QVERIFY(!UltraFaceDetector(dir.path()).isValid());
+        QFile damagedUltraFace(dir.filePath(UltraFaceDetector::fileName()));
+        QVERIFY(damagedUltraFace.open(QIODevice::WriteOnly));
+        damagedUltraFace.write(QByteArray(4096, '\x7f'));
+        damagedUltraFace.close();
+        QVERIFY(!UltraFaceDetector(dir.path()).isValid());
         QVERIFY(!CascadeFaceDetector(dir.filePath("none.xml")).isValid());
         QVERIFY(!CascadeFaceDetector(damaged.fileName()).isValid());
     }

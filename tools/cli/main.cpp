@@ -1,6 +1,7 @@
 // lumo-cli: diagnostics for what the player makes of an address or a playlist.
 
 #include "classifycommand.h"
+#include "facescommand.h"
 #include "guidecommand.h"
 #include "pagecommand.h"
 #include "parsecommand.h"
@@ -11,12 +12,12 @@
 
 namespace {
 
-constexpr const char *usage
-    = "usage:\n"
-      "  lumo-cli classify TEXT\n"
-      "  lumo-cli parse-m3u FILE [--base ADDRESS] [--count]\n"
-      "  lumo-cli page ADDRESS [--origin ORIGIN]\n"
-      "  lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601 [--base ADDRESS]\n";
+constexpr const char *usage = "usage:\n"
+                              "  lumo-cli classify TEXT\n"
+                              "  lumo-cli parse-m3u FILE [--base ADDRESS] [--count]\n"
+                              "  lumo-cli page ADDRESS [--origin ORIGIN]\n"
+                              "  lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601 [--base ADDRESS]\n"
+                              "  lumo-cli faces IMAGE...\n";
 
 } // namespace
 
@@ -42,6 +43,8 @@ int main(int argc, char *argv[])
         return runParseCommand(arguments.mid(1));
     if (command == u"guide")
         return runGuideCommand(arguments.mid(1));
+    if (command == u"faces")
+        return runFacesCommand(arguments.mid(1));
     if (command == u"page")
         return runPageCommand(arguments.mid(1));
     std::fputs(usage, stderr);

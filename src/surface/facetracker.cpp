@@ -5,6 +5,12 @@
 
 #include <QImage>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 class FaceTracker::Worker final : public QObject
 {
 public:
@@ -16,10 +22,20 @@ public:
     {
         if (!m_detectorMade) {
             FaceDetectors::useOneCore();
+#ifdef Q_OS_LINUX
+            // Thread priorities mean nothing to Linux's default scheduler, but a thread's nice
+            // value does: the window and playback come first when the cores are busy.
+            setpriority(PRIO_PROCESS, pid_t(syscall(SYS_gettid)), 10);
+#endif
             m_detector = m_factory ? m_factory() : nullptr;
             m_detectorMade = true;
         }
-        return m_detector ? m_detector->detect(picture) : QList<QRectF>();
+        if (!m_detector)
+            return {};
+        // Detectors read B, G, R, x; the conversion is this thread's work, not the window's.
+        if (picture.format() == QImage::Format_RGB32)
+            return m_detector->detect(picture);
+        return m_detector->detect(picture.convertToFormat(QImage::Format_RGB32));
     }
 
 private:
@@ -34,8 +50,7 @@ FaceTracker::FaceTracker(DetectorFactory factory, QObject *parent)
 {
     m_thread.setObjectName(QStringLiteral("face detection"));
     m_worker->moveToThread(&m_thread);
-    // Below the window and playback: a late result only delays one step of the pan.
-    m_thread.start(QThread::LowPriority);
+    m_thread.start();
 }
 
 FaceTracker::~FaceTracker()
@@ -48,20 +63,28 @@ FaceTracker::~FaceTracker()
 
 bool FaceTracker::submit(const QImage &picture, quint64 ticket)
 {
-    if (m_busy)
+    return submit([picture] { return picture; }, ticket);
+}
+
+bool FaceTracker::submit(PictureSource takePicture, quint64 ticket)
+{
+    if (m_busy || !takePicture)
         return false;
     m_busy = true;
     QMetaObject::invokeMethod(
         m_worker,
-        [worker = m_worker, picture, ticket, owner = this] {
-            const QList<QRectF> faces = worker->detect(picture);
+        [worker = m_worker, takePicture = std::move(takePicture), ticket, owner = this] {
+            const QImage picture = takePicture();
+            const bool taken = !picture.isNull();
+            const QList<QRectF> faces = taken ? worker->detect(picture) : QList<QRectF>();
             // The owner waits for this thread before it goes, so it is still there; the call is
             // queued to its thread.
             QMetaObject::invokeMethod(
                 owner,
-                [owner, faces, ticket] {
+                [owner, faces, ticket, taken] {
                     owner->m_busy = false;
-                    Q_EMIT owner->facesFound(faces, ticket);
+                    if (taken)
+                        Q_EMIT owner->facesFound(faces, ticket);
                 },
                 Qt::QueuedConnection);
         },

@@ -22,8 +22,13 @@ public:
     // Waits for a detection under way (a fraction of a second at most) and ends the thread.
     ~FaceTracker() override;
 
-    // Starts finding the faces in picture, tagged with ticket, unless a detection is still under
-    // way: then the picture is skipped and false comes back.
+    // Takes a picture on the worker thread; a null picture means there was none to take.
+    using PictureSource = std::function<QImage()>;
+
+    // Starts taking a picture and finding its faces, tagged with ticket, unless a detection is
+    // still under way: then nothing is done and false comes back. A picture that cannot be
+    // taken gives no result.
+    bool submit(PictureSource takePicture, quint64 ticket);
     bool submit(const QImage &picture, quint64 ticket);
     bool isBusy() const { return m_busy; }
 

@@ -7,6 +7,7 @@
 #include "fullscreentoggle.h"
 #include "model/mpvplayer.h"
 #include "model/playernotifications.h"
+#include "mpvframegrabber.h"
 #include "mpvrendercontext.h"
 #include "smartreframe.h"
 #include "subtitlepainter.h"
@@ -36,7 +37,6 @@ PlayerHostingView::PlayerHostingView(QWidget *parent)
 PlayerHostingView::~PlayerHostingView()
 {
     m_smartTimer.reset();
-    m_faceTracker.reset();
     releaseGraphics();
     // The base class destroys the context after this class's members are gone.
     if (context())
@@ -187,16 +187,25 @@ void PlayerHostingView::trackLargestFace()
     // One detection at a time: a sample due while one runs is skipped.
     if (isFindingFaces())
         return;
-    const QImage picture = samplePicture(SmartReframe::sampleWidth);
-    if (picture.isNull())
-        return;
-    m_sampledFrames = m_drawnFrames;
+    if (!m_frameGrabber)
+        m_frameGrabber = std::make_shared<MpvFrameGrabber>(m_player->handle());
     if (!m_faceTracker) {
         m_faceTracker = std::make_unique<FaceTracker>(m_faceDetectorFactory);
         connect(m_faceTracker.get(), &FaceTracker::facesFound, this,
                 &PlayerHostingView::followFaces);
     }
-    m_faceTracker->submit(picture, m_sampleTicket);
+    m_sampledFrames = m_drawnFrames;
+    m_faceTracker->submit(
+        [grabber = m_frameGrabber] { return grabber->grab(SmartReframe::sampleWidth); },
+        m_sampleTicket);
+}
+
+void PlayerHostingView::stopFaceTracking()
+{
+    if (m_frameGrabber)
+        m_frameGrabber->stop();
+    m_faceTracker.reset();
+    m_frameGrabber.reset();
 }
 
 bool PlayerHostingView::isFindingFaces() const
@@ -220,7 +229,7 @@ void PlayerHostingView::setWindowDragHandler(WindowDragHandler handler)
 void PlayerHostingView::setFaceDetectorFactory(FaceDetectorFactory factory)
 {
     m_faceDetectorFactory = std::move(factory);
-    m_faceTracker.reset();
+    stopFaceTracking();
     forgetSamples();
 }
 
@@ -318,6 +327,8 @@ void PlayerHostingView::createRenderContext()
 
 void PlayerHostingView::releaseGraphics()
 {
+    // The frame grabber is a client of the player's handle and must go before it.
+    stopFaceTracking();
     if (!m_renderContext && !context())
         return;
     makeCurrent();

@@ -14,6 +14,7 @@
 class FaceDetector;
 class FaceTracker;
 class FramebufferReadback;
+class MpvFrameGrabber;
 class MpvPlayer;
 class MpvRenderContext;
 class QTimer;
@@ -52,9 +53,9 @@ public:
     void updatePlayerFrame();
     const DisplayGeometry::PlayerLayerFrame &playerLayerFrame() const { return m_layerFrame; }
 
-    // One smart-reframe step: samples the picture if a new frame was shown since the last
-    // step and no detection is under way, and hands it to the face tracker's thread; the pan
-    // moves a step towards the largest face when the faces come back.
+    // One smart-reframe step: if a new frame was shown since the last step and no detection is
+    // under way, the face tracker's thread takes the frame from mpv and finds its faces; the pan
+    // moves a step towards the largest when they come back.
     void trackLargestFace();
     // Whether a sampled picture is being searched for faces.
     bool isFindingFaces() const;
@@ -62,7 +63,8 @@ public:
     bool hasSmartTimer() const { return m_smartTimer != nullptr; }
     // Frames of video drawn so far; a frame counts once however often it is redrawn.
     quint64 drawnFrameCount() const { return m_drawnFrames; }
-    // The picture last drawn, scaled to width pixels wide; null before the first frame.
+    // The picture last drawn, scaled to width pixels wide, 32-bit RGBx; null before the first
+    // frame.
     QImage samplePicture(int width);
 
     QWidget *recordingView() override { return this; }
@@ -98,6 +100,8 @@ private:
     // Results of samples taken before this changed (item, mode, view size) are dropped.
     void forgetSamples() { ++m_sampleTicket; }
     void followFaces(const QList<QRectF> &faces, quint64 ticket);
+    // Ends face detection and lets go of mpv; before the player's handle goes.
+    void stopFaceTracking();
 
     QPointer<MpvPlayer> m_player;
     std::unique_ptr<MpvRenderContext> m_renderContext;
@@ -108,6 +112,8 @@ private:
     DisplayGeometry::PlayerLayerFrame m_layerFrame;
     std::unique_ptr<QTimer> m_smartTimer;
     std::unique_ptr<FaceTracker> m_faceTracker;
+    // Shared with the detection thread's queued work, which ends before the tracker does.
+    std::shared_ptr<MpvFrameGrabber> m_frameGrabber;
     FaceDetectorFactory m_faceDetectorFactory;
     quint64 m_sampleTicket = 0;
     quint64 m_drawnFrames = 0;

@@ -105,12 +105,17 @@ QImage VideoLayerCompositor::sample(int width)
     const QSize size(std::min(width, source.width()), std::min(height, source.height()));
     if (!m_sample || m_sample->size() != size)
         m_sample = std::make_unique<QOpenGLFramebufferObject>(size);
-    QOpenGLFramebufferObject::blitFramebuffer(m_sample.get(), QRect(QPoint(0, 0), size),
-                                              m_layer.get(), QRect(QPoint(0, 0), source),
-                                              GL_COLOR_BUFFER_BIT, GL_LINEAR);
-    // toImage reads the framebuffer upright, as 32-bit ARGB: B, G, R, A in memory here.
-    QImage image = m_sample->toImage();
-    if (image.format() != QImage::Format_RGB32)
-        image.convertTo(QImage::Format_RGB32);
+    // Scaled and turned upside down on the GPU, so that the rows read back come top first and
+    // the bytes are the image's as they are: the main thread copies and converts nothing.
+    QOpenGLExtraFunctions *gl = QOpenGLContext::currentContext()->extraFunctions();
+    gl->glBindFramebuffer(GL_READ_FRAMEBUFFER, m_layer->handle());
+    gl->glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_sample->handle());
+    gl->glBlitFramebuffer(0, 0, source.width(), source.height(), 0, size.height(), size.width(), 0,
+                          GL_COLOR_BUFFER_BIT, GL_LINEAR);
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, m_sample->handle());
+    QImage image(size, QImage::Format_RGBX8888);
+    gl->glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    gl->glReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
+    QOpenGLFramebufferObject::bindDefault();
     return image;
 }

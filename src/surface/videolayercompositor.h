@@ -26,8 +26,8 @@ public:
               unsigned targetFbo, QSize viewPixels, qreal ratio);
     // Only black, for a view with nothing to show.
     static void clear(unsigned targetFbo, QSize viewPixels);
-    // The picture last drawn, scaled on the GPU to width pixels wide, as 32-bit BGRx; null when
-    // nothing has been drawn.
+    // The picture last drawn, scaled on the GPU to width pixels wide, as 32-bit RGBx
+    // (QImage::Format_RGBX8888); null when nothing has been drawn.
     QImage sample(int width);
     // Frees the GL resources; call before the context goes.
     void release();

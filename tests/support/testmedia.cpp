@@ -152,6 +152,51 @@ bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size
                       path});
 }
 
+bool makeWalkingPicture(const QString &path, const QString &imagePath, QSize size, int pictureWidth,
+                        int fromX, int toX, double seconds)
+{
+    const QString filter
+        = QStringLiteral("[1:v]scale=%1:-2[picture];"
+                         "[0:v][picture]overlay=x='%2+(%3)*min(t/%4,1)':y=(H-h)/2:shortest=1")
+              .arg(pictureWidth)
+              .arg(fromX)
+              .arg(toX - fromX)
+              .arg(seconds);
+    return runFfmpeg({"-f",
+                      "lavfi",
+                      "-i",
+                      QStringLiteral("color=c=gray:size=%1x%2:rate=25:duration=%3")
+                          .arg(size.width())
+                          .arg(size.height())
+                          .arg(seconds),
+                      "-loop",
+                      "1",
+                      "-i",
+                      imagePath,
+                      "-filter_complex",
+                      filter,
+                      "-c:v",
+                      "libx264",
+                      "-preset",
+                      "ultrafast",
+                      "-pix_fmt",
+                      "yuv420p",
+                      "-t",
+                      QString::number(seconds),
+                      "-movflags",
+                      "+faststart",
+                      path});
+}
+
+bool makeStill(const QString &path, const QString &imagePath, QSize size, double seconds)
+{
+    return runFfmpeg(
+        {"-loop", "1", "-framerate", "25", "-i", imagePath, "-vf",
+         QStringLiteral("scale=%1:%2,format=yuv420p").arg(size.width()).arg(size.height()), "-c:v",
+         "libx264", "-preset", "ultrafast", "-t", QString::number(seconds), "-movflags",
+         "+faststart", path});
+}
+
 bool makeRotated(const QString &source, const QString &path, int degrees)
 {
     // The tag turns clockwise, -display_rotation counter-clockwise.

@@ -17,6 +17,13 @@ bool makeColourThirds(const QString &path, QSize size, double seconds = 30, int 
 // moving to the right edge over moveSeconds, then held there; no audio.
 bool makeMovingPicture(const QString &path, const QString &imagePath, QSize size,
                        double holdSeconds, double moveSeconds);
+// A video of size on mid-grey in which the picture at imagePath, scaled to pictureWidth
+// pixels wide and vertically centred, walks at an even pace from left (its left edge at
+// fromX) to toX over seconds.
+bool makeWalkingPicture(const QString &path, const QString &imagePath, QSize size, int pictureWidth,
+                        int fromX, int toX, double seconds);
+// A video showing the still picture at imagePath (scaled to size) for seconds.
+bool makeStill(const QString &path, const QString &imagePath, QSize size, double seconds);
 // A copy of source whose container says to show it turned by degrees (FFmpeg's rotate tag), as
 // phones record upright video: the pictures are stored as they were.
 // A black picture that flashes white for a tenth of a second at the start of every second, with

@@ -1,0 +1,32 @@
+#pragma once
+// Takes the video frame mpv shows now, at its own size, through a client handle of its own, so
+// that a thread other than the window's can read it: the window's thread does no work for it.
+#include <QImage>
+#include <atomic>
+
+struct mpv_handle;
+
+class MpvFrameGrabber final
+{
+public:
+    // Makes a weak client of core (it does not keep the player alive). Call from the thread that
+    // owns core, while core lives.
+    explicit MpvFrameGrabber(mpv_handle *core);
+    // Must run before core is destroyed, and not while grab() runs.
+    ~MpvFrameGrabber();
+    MpvFrameGrabber(const MpvFrameGrabber &) = delete;
+    MpvFrameGrabber &operator=(const MpvFrameGrabber &) = delete;
+
+    bool isValid() const { return m_client != nullptr; }
+    // The frame shown now, without subtitles, scaled to fit within maxWidth as 32-bit BGRx;
+    // null when there is none, mpv refuses, or stop() was called. Waits for mpv; one thread at a
+    // time.
+    QImage grab(int maxWidth);
+    // Makes a grab under way, and every later one, give up at once. Any thread.
+    void stop() { m_stopped = true; }
+
+private:
+    mpv_handle *m_client = nullptr;
+    std::atomic<bool> m_stopped {false};
+    quint64 m_requests = 0;
+};

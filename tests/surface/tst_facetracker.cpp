@@ -1,0 +1,154 @@
+#include "testfaces.h"
+
+#include "surface/facedetector.h"
+#include "surface/facedetectors.h"
+#include "surface/facetracker.h"
+#include "surface/smartreframe.h"
+
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+#include <atomic>
+#include <thread>
+
+namespace {
+
+// Finds one face once let through; records the threads it was made and run on.
+struct Gate
+{
+    QSemaphore open;
+    std::atomic<int> made {0};
+    std::atomic<int> calls {0};
+    std::atomic<QThread *> madeOn {nullptr};
+    std::atomic<QThread *> ranOn {nullptr};
+    std::atomic<int> lastFormat {0};
+};
+
+class GatedFace final : public FaceDetector
+{
+public:
+    explicit GatedFace(Gate *gate)
+        : m_gate(gate)
+    { }
+    QList<QRectF> detect(const QImage &frame) override
+    {
+        m_gate->ranOn = QThread::currentThread();
+        m_gate->lastFormat = int(frame.format());
+        ++m_gate->calls;
+        m_gate->open.acquire();
+        return {QRectF(0.25, 0.25, 0.5, 0.5)};
+    }
+    QString name() const override { return QStringLiteral("gated"); }
+
+private:
+    Gate *m_gate;
+};
+
+FaceTracker::DetectorFactory gatedFactory(Gate *gate)
+{
+    return [gate] {
+        ++gate->made;
+        gate->madeOn = QThread::currentThread();
+        return std::make_unique<GatedFace>(gate);
+    };
+}
+
+QImage grey()
+{
+    QImage image(64, 36, QImage::Format_RGBX8888);
+    image.fill(QColor(128, 128, 128));
+    return image;
+}
+
+} // namespace
+
+class TestFaceTracker : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void onePictureAtATimeAndTheResultComesBackHere()
+    {
+        Gate gate;
+        FaceTracker tracker(gatedFactory(&gate));
+        QSignalSpy found(&tracker, &FaceTracker::facesFound);
+        QVERIFY(!tracker.isBusy());
+        QVERIFY(tracker.submit(grey(), 7));
+        QVERIFY(tracker.isBusy());
+        // A picture due while one is searched is skipped.
+        QVERIFY(!tracker.submit(grey(), 8));
+        QTRY_COMPARE(gate.calls.load(), 1);
+        gate.open.release();
+        QTRY_COMPARE(found.count(), 1);
+        QVERIFY(!tracker.isBusy());
+        QCOMPARE(found.first().at(1).toULongLong(), 7u);
+        QCOMPARE(found.first().at(0).value<QList<QRectF>>(),
+                 QList<QRectF>({QRectF(0.25, 0.25, 0.5, 0.5)}));
+        // Made once, and run, on the worker thread; the picture reached it as B, G, R, x.
+        QVERIFY(gate.madeOn != QThread::currentThread());
+        QCOMPARE(gate.ranOn.load(), gate.madeOn.load());
+        QCOMPARE(gate.lastFormat.load(), int(QImage::Format_RGB32));
+
+        QVERIFY(tracker.submit(grey(), 9));
+        gate.open.release();
+        QTRY_COMPARE(found.count(), 2);
+        QCOMPARE(found.last().at(1).toULongLong(), 9u);
+        QCOMPARE(gate.made.load(), 1);
+    }
+
+    void aPictureThatCannotBeTakenGivesNoResult()
+    {
+        Gate gate;
+        FaceTracker tracker(gatedFactory(&gate));
+        QSignalSpy found(&tracker, &FaceTracker::facesFound);
+        QVERIFY(tracker.submit([] { return QImage(); }, 1));
+        QTRY_VERIFY(!tracker.isBusy());
+        QCOMPARE(found.count(), 0);
+        QCOMPARE(gate.calls.load(), 0);
+        QVERIFY(!tracker.submit(FaceTracker::PictureSource(), 2));
+        QVERIFY(!tracker.isBusy());
+    }
+
+    void withoutADetectorNoFaceIsFound()
+    {
+        FaceTracker tracker([] { return std::unique_ptr<FaceDetector>(); });
+        QSignalSpy found(&tracker, &FaceTracker::facesFound);
+        QVERIFY(tracker.submit(grey(), 3));
+        QTRY_COMPARE(found.count(), 1);
+        QVERIFY(found.first().at(0).value<QList<QRectF>>().isEmpty());
+    }
+
+    void goingAwayMidSearchWaitsForItAndSendsNothing()
+    {
+        Gate gate;
+        auto tracker = std::make_unique<FaceTracker>(gatedFactory(&gate));
+        QSignalSpy found(tracker.get(), &FaceTracker::facesFound);
+        QVERIFY(tracker->submit(grey(), 1));
+        QTRY_COMPARE(gate.calls.load(), 1);
+        // Let the search end a little after the tracker starts going.
+        std::thread releaser([&gate] {
+            QThread::msleep(200);
+            gate.open.release();
+        });
+        tracker.reset();
+        releaser.join();
+        QTest::qWait(50);
+        QCOMPARE(found.count(), 0);
+    }
+
+    void theDefaultDetectorFindsTheAstronautThroughTheTracker()
+    {
+        const TestFaces::Photo photo = TestFaces::photos().first();
+        const QImage image = TestFaces::load(photo);
+        QVERIFY(!image.isNull());
+        FaceTracker tracker(&FaceDetectors::makeDefault);
+        QSignalSpy found(&tracker, &FaceTracker::facesFound);
+        QVERIFY(tracker.submit(image.convertToFormat(QImage::Format_RGBX8888), 5));
+        QTRY_COMPARE_WITH_TIMEOUT(found.count(), 1, 10000);
+        QVERIFY(TestFaces::hits(found.first().at(0).value<QList<QRectF>>(), photo.faces.first()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFaceTracker)
+#include "tst_facetracker.moc"

@@ -9,6 +9,7 @@
 #include <QImage>
 #include <QImageReader>
 #include <QJsonArray>
+#include <QLoggingCategory>
 
 #include <cmath>
 #include <cstdio>
@@ -29,6 +30,8 @@ int runFacesCommand(const QStringList &arguments)
         std::fputs("usage: lumo-cli faces IMAGE...\n", stderr);
         return 2;
     }
+    // libpng's remarks on colour profiles say nothing about the faces.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
     const std::unique_ptr<FaceDetector> detector = FaceDetectors::makeDefault();
     if (!detector) {
         std::fprintf(stderr, "lumo-cli: no face detector could be loaded from %s\n",

@@ -6,6 +6,7 @@
 #include <QImage>
 
 #ifdef Q_OS_LINUX
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -23,9 +24,11 @@ public:
         if (!m_detectorMade) {
             FaceDetectors::useOneCore();
 #ifdef Q_OS_LINUX
-            // Thread priorities mean nothing to Linux's default scheduler, but a thread's nice
-            // value does: the window and playback come first when the cores are busy.
-            setpriority(PRIO_PROCESS, pid_t(syscall(SYS_gettid)), 10);
+            // Qt's thread priorities mean nothing to Linux's default scheduler; its idle class
+            // does: the window and playback come first whenever the cores are busy.
+            sched_param idle {};
+            if (sched_setscheduler(0, SCHED_IDLE, &idle) != 0)
+                setpriority(PRIO_PROCESS, pid_t(syscall(SYS_gettid)), 19);
 #endif
             m_detector = m_factory ? m_factory() : nullptr;
             m_detectorMade = true;

@@ -59,12 +59,16 @@ QImage scaledCopy(const mpv_node &result, int maxWidth)
 } // namespace
 
 MpvFrameGrabber::MpvFrameGrabber(mpv_handle *core)
+    : m_core(core)
+{ }
+
+bool MpvFrameGrabber::connectToCore()
 {
-    if (!core)
-        return;
-    m_client = mpv_create_weak_client(core, "lumo-frames");
+    // Made on the grabbing thread: mpv answers through its core thread, which may be busy
+    // loading, and the window's thread must not wait for it.
+    m_client = mpv_create_weak_client(m_core, "lumo-frames");
     if (!m_client)
-        return;
+        return false;
     // Only the replies to its own requests matter here; nobody reads the rest.
     for (int id = MPV_EVENT_SHUTDOWN + 1; id <= MPV_EVENT_HOOK; ++id) {
         if (id != MPV_EVENT_COMMAND_REPLY)
@@ -73,6 +77,7 @@ MpvFrameGrabber::MpvFrameGrabber(mpv_handle *core)
     // Screenshots from the decoded frame, not from the renderer: the renderer works on the
     // window's thread, which this must never wait for.
     mpv_set_property_string(m_client, "screenshot-sw", "yes");
+    return true;
 }
 
 MpvFrameGrabber::~MpvFrameGrabber()
@@ -83,7 +88,9 @@ MpvFrameGrabber::~MpvFrameGrabber()
 
 QImage MpvFrameGrabber::grab(int maxWidth)
 {
-    if (!m_client || m_stopped || maxWidth <= 0)
+    if (!m_core || m_stopped || maxWidth <= 0)
+        return {};
+    if (!m_client && !connectToCore())
         return {};
     const quint64 request = ++m_requests;
     MpvNode command(QVariantMap {{QStringLiteral("name"), QStringLiteral("screenshot-raw")},

@@ -9,15 +9,14 @@ struct mpv_handle;
 class MpvFrameGrabber final
 {
 public:
-    // Makes a weak client of core (it does not keep the player alive). Call from the thread that
-    // owns core, while core lives.
+    // Grabs from core through a weak client of it (one that does not keep the player alive),
+    // made by the first grab.
     explicit MpvFrameGrabber(mpv_handle *core);
     // Must run before core is destroyed, and not while grab() runs.
     ~MpvFrameGrabber();
     MpvFrameGrabber(const MpvFrameGrabber &) = delete;
     MpvFrameGrabber &operator=(const MpvFrameGrabber &) = delete;
 
-    bool isValid() const { return m_client != nullptr; }
     // The frame shown now, without subtitles, scaled to fit within maxWidth as 32-bit BGRx;
     // null when there is none, mpv refuses, or stop() was called. Waits for mpv; one thread at a
     // time.
@@ -26,6 +25,9 @@ public:
     void stop() { m_stopped = true; }
 
 private:
+    bool connectToCore();
+
+    mpv_handle *m_core = nullptr;
     mpv_handle *m_client = nullptr;
     std::atomic<bool> m_stopped {false};
     quint64 m_requests = 0;

@@ -27,6 +27,10 @@ public:
         bool wholeFrame = true;
         // Faces scoring at least this are kept.
         float threshold = 0.8f;
+        // Whether a face found only in a tile is looked at again, closer, and kept only when
+        // the network finds it there too: textures that pass for a face at one scale rarely do
+        // at another.
+        bool confirm = false;
     };
 
     static QString fileName();
@@ -48,7 +52,8 @@ public:
     QList<QRect> passes(QSize frame) const;
 
 private:
-    QList<FaceTiles::ScoredFace> detectIn(const cv::Mat &frame, const QRect &part);
+    QList<FaceTiles::ScoredFace> detectIn(const cv::Mat &frame, const QRect &part, float threshold);
+    bool confirmed(const cv::Mat &frame, const QRectF &face);
 
     struct Network;
     std::unique_ptr<Network> m_network;

@@ -1,11 +1,18 @@
 #include "testfaces.h"
+#include "testmedia.h"
+
+#include "model/mpvplayer.h"
+#include "surface/mpvframegrabber.h"
 
 #include "surface/facedetector.h"
 #include "surface/facedetectors.h"
 #include "surface/facetracker.h"
 #include "surface/smartreframe.h"
 
+#include <QElapsedTimer>
 #include <QSemaphore>
+#include <QTemporaryDir>
+#include <QUrl>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
@@ -135,6 +142,52 @@ private Q_SLOTS:
         releaser.join();
         QTest::qWait(50);
         QCOMPARE(found.count(), 0);
+    }
+
+    void framesAreTakenFromMpvOnTheDetectionThread()
+    {
+        QTemporaryDir media;
+        const QString video = media.filePath(QStringLiteral("face.mp4"));
+        QVERIFY(TestMedia::makeMovingPicture(video, TestFaces::directory() + "/astronaut.png",
+                                             {1280, 720}, 30, 1));
+        auto player = std::make_unique<MpvPlayer>(MpvPlayer::VideoOutput::none);
+        player->replaceCurrentItem(QUrl::fromLocalFile(video));
+        player->play();
+        QTRY_VERIFY_WITH_TIMEOUT(player->presentationSize().isValid(), 10000);
+        auto grabber = std::make_shared<MpvFrameGrabber>(player->handle());
+        QThread *grabbedOn = nullptr;
+        QImage grabbed;
+        {
+            FaceTracker tracker(&FaceDetectors::makeDefault);
+            QSignalSpy found(&tracker, &FaceTracker::facesFound);
+            // The first tries may come before mpv has a frame to give.
+            QElapsedTimer clock;
+            clock.start();
+            while (found.isEmpty() && clock.elapsed() < 10000) {
+                QVERIFY(tracker.submit(
+                    [&, grabber] {
+                        grabbedOn = QThread::currentThread();
+                        grabbed = grabber->grab(SmartReframe::sampleWidth);
+                        return grabbed;
+                    },
+                    1));
+                QVERIFY(QTest::qWaitFor([&] { return !tracker.isBusy(); }, 5000));
+            }
+            QCOMPARE(found.count(), 1);
+            // The sample's size, as the frame's shape, and the astronaut where she stands: at
+            // the left of the picture as the video starts.
+            QCOMPARE(grabbed.size(), QSize(960, 540));
+            QCOMPARE(grabbed.format(), QImage::Format_RGB32);
+            QVERIFY(grabbedOn != QThread::currentThread());
+            const QList<QRectF> faces = found.first().at(0).value<QList<QRectF>>();
+            QCOMPARE(faces.size(), 1);
+            QVERIFY2(faces.first().center().x() < 0.4, qPrintable(QString::number(faces.first().x())));
+        }
+        // Stopped, a grab gives nothing and waits for nothing; the grabber goes before mpv.
+        grabber->stop();
+        QVERIFY(grabber->grab(SmartReframe::sampleWidth).isNull());
+        grabber.reset();
+        player.reset();
     }
 
     void theDefaultDetectorFindsTheAstronautThroughTheTracker()

@@ -260,6 +260,7 @@ int main(int argc, char *argv[])
             settings.tile = tile;
             settings.overlap = overlap;
             settings.threshold = threshold;
+            settings.tileThreshold = threshold;
             settings.confirm = confirm;
             candidates.push_back({std::make_unique<UltraFaceDetector>(models, settings),
                                   SmartReframe::sampleWidth, QString()});

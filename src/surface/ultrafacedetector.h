@@ -25,8 +25,10 @@ public:
         int overlap = 0;
         // Whether the whole frame is searched too, for faces larger than a tile's overlap.
         bool wholeFrame = true;
-        // Faces scoring at least this are kept.
+        // Faces scoring at least this in the whole frame are kept...
         float threshold = 0.8f;
+        // ...and at least this in a tile: small faces score lower.
+        float tileThreshold = 0.8f;
         // Whether a face found only in a tile is looked at again, closer, and kept only when
         // the network finds it there too: textures that pass for a face at one scale rarely do
         // at another.

@@ -11,11 +11,11 @@
 
 #include <QElapsedTimer>
 #include <QSemaphore>
-#include <QTemporaryDir>
-#include <QUrl>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+#include <QUrl>
 #include <atomic>
 #include <thread>
 
@@ -181,7 +181,8 @@ private Q_SLOTS:
             QVERIFY(grabbedOn != QThread::currentThread());
             const QList<QRectF> faces = found.first().at(0).value<QList<QRectF>>();
             QCOMPARE(faces.size(), 1);
-            QVERIFY2(faces.first().center().x() < 0.4, qPrintable(QString::number(faces.first().x())));
+            QVERIFY2(faces.first().center().x() < 0.4,
+                     qPrintable(QString::number(faces.first().x())));
         }
         // Stopped, a grab gives nothing and waits for nothing; the grabber goes before mpv.
         grabber->stop();

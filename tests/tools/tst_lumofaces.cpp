@@ -134,6 +134,24 @@ private Q_SLOTS:
             QVERIFY(TestFaces::hits(printed, face));
     }
 
+    void aPictureTooLargeToDecodeIsRefused()
+    {
+        // A header claiming 60,000 x 60,000 pixels (10 GB decoded) over a few bytes.
+        QTemporaryDir dir;
+        QFile bomb(dir.filePath(QStringLiteral("bomb.ppm")));
+        QVERIFY(bomb.open(QIODevice::WriteOnly));
+        bomb.write("P6\n60000 60000\n255\n");
+        bomb.write(QByteArray(4096, '\0'));
+        bomb.close();
+        const QString photo = TestFaces::directory() + "/" + TestFaces::photos().first().fileName;
+        const Result result = runFaces({bomb.fileName(), photo});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.err.size(), 1);
+        QVERIFY(result.err[0].contains(bomb.fileName().toUtf8()));
+        QCOMPARE(result.out.size(), 1);
+        QVERIFY(result.out[0].contains(photo.toUtf8()));
+    }
+
     void withoutImagesItExplainsItself()
     {
         const Result result = runFaces({});

@@ -91,7 +91,7 @@ int main(int argc, char *argv[])
             // The detection thread's two parts, measured apart here: taking the frame from mpv
             // and searching it.
             clock.restart();
-            const QImage picture = grabber.grab(SmartReframe::sampleWidth);
+            const QImage picture = grabber.grab();
             tapMs.push_back(double(clock.nsecsElapsed()) / 1e6);
             clock.restart();
             detector->detect(picture);

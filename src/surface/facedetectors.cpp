@@ -2,6 +2,7 @@
 
 #include "blazefacedetector.h"
 #include "cascadefacedetector.h"
+#include "smartreframe.h"
 #include "ultrafacedetector.h"
 
 #include <QCoreApplication>
@@ -9,6 +10,7 @@
 #include <QFile>
 #include <opencv2/core.hpp>
 #include <opencv2/core/version.hpp>
+#include <opencv2/imgproc.hpp>
 
 namespace FaceDetectors {
 
@@ -51,6 +53,23 @@ std::unique_ptr<FaceDetector> makeDefault()
     if (cascade->isValid())
         return cascade;
     return nullptr;
+}
+
+QImage sampleOf(const QImage &picture)
+{
+    if (picture.isNull() || picture.depth() != 32)
+        return {};
+    const cv::Mat frame(picture.height(), picture.width(), CV_8UC4,
+                        const_cast<uchar *>(picture.constBits()), size_t(picture.bytesPerLine()));
+    const QSize size = SmartReframe::sampleSize(picture.size());
+    QImage sample(size, QImage::Format_RGB32);
+    cv::Mat target(size.height(), size.width(), CV_8UC4, sample.bits(),
+                   size_t(sample.bytesPerLine()));
+    if (size == picture.size())
+        frame.copyTo(target);
+    else
+        cv::resize(frame, target, target.size(), 0, 0, cv::INTER_AREA);
+    return sample;
 }
 
 void useOneCore()

@@ -23,6 +23,11 @@ QString cascadeFile();
 // reframe then finds no faces.
 std::unique_ptr<FaceDetector> makeDefault();
 
+// A picture as smart reframe searches it: scaled down with area averaging to
+// SmartReframe::sampleSize, as 32-bit BGRx. picture holds B, G, R, x bytes (Format_RGB32 or
+// mpv's bgr0); a picture already small enough is copied as it is.
+QImage sampleOf(const QImage &picture);
+
 // Detection runs on one core, so that it never takes the processor from playback and drawing.
 // Applies to every detector in the process.
 void useOneCore();

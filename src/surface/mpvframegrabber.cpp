@@ -1,10 +1,9 @@
 #include "mpvframegrabber.h"
 
+#include "facedetectors.h"
 #include "model/mpvnode.h"
-#include "smartreframe.h"
 
 #include <mpv/client.h>
-#include <opencv2/imgproc.hpp>
 
 namespace {
 
@@ -31,7 +30,7 @@ qint64 integer(const mpv_node &map, const char *key)
 }
 
 // mpv's raw picture (bgr0: B, G, R, 0 in memory) scaled into a new image.
-QImage scaledCopy(const mpv_node &result, int maxWidth)
+QImage sampleFrom(const mpv_node &result)
 {
     const mpv_node *format = member(result, "format");
     const mpv_node *data = member(result, "data");
@@ -43,17 +42,10 @@ QImage scaledCopy(const mpv_node &result, int maxWidth)
         || width > 16384 || height > 16384 || stride < width * 4
         || qint64(data->u.ba->size) < stride * height)
         return {};
-    const cv::Mat frame(int(height), int(width), CV_8UC4, data->u.ba->data, size_t(stride));
-    const QSize size = SmartReframe::sampleSize(QSize(int(width), int(height)))
-                           .boundedTo(QSize(maxWidth, int(height)));
-    QImage image(size, QImage::Format_RGB32);
-    cv::Mat target(size.height(), size.width(), CV_8UC4, image.bits(),
-                   size_t(image.bytesPerLine()));
-    if (size == QSize(int(width), int(height)))
-        frame.copyTo(target);
-    else
-        cv::resize(frame, target, target.size(), 0, 0, cv::INTER_AREA);
-    return image;
+    // Wrapped, not copied: the sample is the only copy made.
+    const QImage frame(static_cast<const uchar *>(data->u.ba->data), int(width), int(height),
+                       qsizetype(stride), QImage::Format_RGB32);
+    return FaceDetectors::sampleOf(frame);
 }
 
 } // namespace
@@ -86,9 +78,9 @@ MpvFrameGrabber::~MpvFrameGrabber()
         mpv_destroy(m_client);
 }
 
-QImage MpvFrameGrabber::grab(int maxWidth)
+QImage MpvFrameGrabber::grab()
 {
-    if (!m_core || m_stopped || maxWidth <= 0)
+    if (!m_core || m_stopped)
         return {};
     if (!m_client && !connectToCore())
         return {};
@@ -106,7 +98,7 @@ QImage MpvFrameGrabber::grab(int maxWidth)
         if (event->error < 0)
             return {};
         const auto *reply = static_cast<const mpv_event_command *>(event->data);
-        return scaledCopy(reply->result, maxWidth);
+        return sampleFrom(reply->result);
     }
     // Given up: the reply, should it come, is told apart by its number.
     return {};

@@ -17,10 +17,10 @@ public:
     MpvFrameGrabber(const MpvFrameGrabber &) = delete;
     MpvFrameGrabber &operator=(const MpvFrameGrabber &) = delete;
 
-    // The frame shown now, without subtitles, scaled to fit within maxWidth as 32-bit BGRx;
-    // null when there is none, mpv refuses, or stop() was called. Waits for mpv; one thread at a
-    // time.
-    QImage grab(int maxWidth);
+    // The frame shown now, without subtitles, as smart reframe searches it
+    // (FaceDetectors::sampleOf); null when there is none, mpv refuses, or stop() was called.
+    // Waits for mpv; one thread at a time.
+    QImage grab();
     // Makes a grab under way, and every later one, give up at once. Any thread.
     void stop() { m_stopped = true; }
 

@@ -195,9 +195,7 @@ void PlayerHostingView::trackLargestFace()
                 &PlayerHostingView::followFaces);
     }
     m_sampledFrames = m_drawnFrames;
-    m_faceTracker->submit(
-        [grabber = m_frameGrabber] { return grabber->grab(SmartReframe::sampleWidth); },
-        m_sampleTicket);
+    m_faceTracker->submit([grabber = m_frameGrabber] { return grabber->grab(); }, m_sampleTicket);
 }
 
 void PlayerHostingView::stopFaceTracking()

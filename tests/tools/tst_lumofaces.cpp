@@ -119,10 +119,10 @@ private Q_SLOTS:
 
         const std::unique_ptr<FaceDetector> detector = FaceDetectors::makeDefault();
         QVERIFY(detector);
-        const QImage sample = QImage(path)
-                                  .convertToFormat(QImage::Format_RGB32)
-                                  .scaled(SmartReframe::sampleSize(frame.size()),
-                                          Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        // The player's own sample of the picture, as the detection thread makes it.
+        const QImage sample
+            = FaceDetectors::sampleOf(QImage(path).convertToFormat(QImage::Format_RGB32));
+        QCOMPARE(sample.size(), SmartReframe::sampleSize(frame.size()));
         const QList<QRectF> found = detector->detect(sample);
         QCOMPARE(printed.size(), found.size());
         for (qsizetype i = 0; i < found.size(); ++i) {

@@ -3,7 +3,6 @@
 #include "orderedjson.h"
 #include "surface/facedetector.h"
 #include "surface/facedetectors.h"
-#include "surface/smartreframe.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -50,11 +49,9 @@ int runFacesCommand(const QStringList &arguments)
             status = 1;
             continue;
         }
-        // As smart reframe sees a picture: scaled down to its sample, 32-bit BGRx.
-        const QSize sample = SmartReframe::sampleSize(image.size());
-        if (sample != image.size())
-            image = image.scaled(sample, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        // As smart reframe sees a picture: 32-bit BGRx, scaled down to its sample.
         image.convertTo(QImage::Format_RGB32);
+        image = FaceDetectors::sampleOf(image);
         QElapsedTimer timer;
         timer.start();
         const QList<QRectF> faces = detector->detect(image);

@@ -168,12 +168,18 @@ std::optional<qint32> PlaylistEntry::tvgShiftSeconds() const
 const StreamHeaders &PlaylistEntry::headers() const
 {
     static const StreamHeaders none;
-    return m_headers ? *m_headers : none;
+    return m_options ? m_options->headers : none;
 }
 
-void PlaylistEntry::setHeaders(std::shared_ptr<const StreamHeaders> headers)
+const std::optional<CatchupSettings> &PlaylistEntry::catchup() const
 {
-    m_headers = headers && !headers->isEmpty() ? std::move(headers) : nullptr;
+    static const std::optional<CatchupSettings> none;
+    return m_options ? m_options->catchup : none;
+}
+
+void PlaylistEntry::setOptions(std::shared_ptr<const ChannelOptions> options)
+{
+    m_options = options && !options->isEmpty() ? std::move(options) : nullptr;
 }
 
 size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept

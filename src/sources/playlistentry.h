@@ -3,8 +3,8 @@
 // One channel of a playlist: a playable address with its name, logo, group and country, and the
 // request headers the playlist names for it.
 
+#include "channeloptions.h"
 #include "entrytextarena.h"
-#include "streamheaders.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -65,9 +65,11 @@ public:
     QStringView tvgName() const;
     // The entry's own tvg-shift in seconds; nothing when the playlist's applies.
     std::optional<qint32> tvgShiftSeconds() const;
-    // Not one of the compared fields: two entries that differ only here are equal.
+    // Not compared, as the options below: two entries that differ only here are equal.
     const StreamHeaders &headers() const;
-    void setHeaders(std::shared_ptr<const StreamHeaders> headers);
+    // How the channel's past programmes are reached; nothing when it has no archive.
+    const std::optional<CatchupSettings> &catchup() const;
+    void setOptions(std::shared_ptr<const ChannelOptions> options);
 
     // The addresses as written into requests (percent-encoded), valid while the entry is; a
     // null view when there is no logo.
@@ -120,7 +122,7 @@ private:
     // strings: the parser only keeps non-empty groups and exactly two-character countries.
     std::shared_ptr<const PlaylistLabels> m_labels;
     // Shared: most entries have none, and those that do mostly share one set.
-    std::shared_ptr<const StreamHeaders> m_headers;
+    std::shared_ptr<const ChannelOptions> m_options;
 };
 
 // Moved as bytes when a list of channels grows: nothing in an entry points into itself.

@@ -1,5 +1,7 @@
 #include "playlistheader.h"
 
+#include "extinfattributes.h"
+
 #include "playlistlines.h"
 #include "playlistparser.h"
 #include "tvgshift.h"
@@ -30,13 +32,28 @@ QString firstLine(QByteArrayView bytes)
     return {};
 }
 
-} // namespace
+QStringView firstLine(QStringView text)
+{
+    if (text.startsWith(u'\uFEFF'))
+        text = text.sliced(1);
+    text = text.first(std::min(text.size(), maxHeaderBytes));
+    qsizetype start = 0;
+    while (start < text.size()) {
+        qsizetype end = start;
+        while (end < text.size() && !PlaylistLines::isLineBreak(text[end].unicode()))
+            ++end;
+        const QStringView line = text.sliced(start, end - start).trimmed();
+        if (!line.isEmpty())
+            return line;
+        start = end + 1;
+    }
+    return {};
+}
 
-PlaylistHeader PlaylistHeader::read(QByteArrayView bytes, const QUrl &baseURL)
+PlaylistHeader readLine(QStringView line, const QUrl &baseURL)
 {
     PlaylistHeader header;
     header.fromLocalFile = baseURL.isLocalFile();
-    const QString line = firstLine(bytes);
     if (!line.startsWith(u"#EXTM3U"))
         return header;
     for (const QStringView name : {QStringView(u"x-tvg-url"), QStringView(u"url-tvg")}) {
@@ -54,5 +71,18 @@ PlaylistHeader PlaylistHeader::read(QByteArrayView bytes, const QUrl &baseURL)
     }
     if (const std::optional<QString> shift = PlaylistParser::attribute(u"tvg-shift", line))
         header.shiftSeconds = TvgShift::parseSeconds(*shift);
+    header.catchup = CatchupAttributes::read(ExtinfAttributes(line));
     return header;
+}
+
+} // namespace
+
+PlaylistHeader PlaylistHeader::read(QByteArrayView bytes, const QUrl &baseURL)
+{
+    return readLine(firstLine(bytes), baseURL);
+}
+
+PlaylistHeader PlaylistHeader::read(QStringView text, const QUrl &baseURL)
+{
+    return readLine(firstLine(text), baseURL);
 }

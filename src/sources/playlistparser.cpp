@@ -2,6 +2,7 @@
 
 #include "asciiprefix.h"
 #include "extinfattributes.h"
+#include "playlistheader.h"
 #include "playlistlines.h"
 #include "tvgshift.h"
 #include "urlparts.h"
@@ -263,8 +264,9 @@ void assignText(QString &into, QStringView text)
 class Parser
 {
 public:
-    explicit Parser(const QUrl &baseURL)
+    Parser(const QUrl &baseURL, CatchupAttributes headerCatchup)
         : m_baseURL(baseURL)
+        , m_headerCatchup(std::move(headerCatchup))
     { }
 
     void readExtinf(QStringView line)
@@ -308,6 +310,8 @@ public:
                 m_pending.country = m_pool.internCountryCode(*piece);
         }
 
+        m_pendingCatchup = CatchupAttributes::read(attributes);
+
         if (std::optional<QStringView> agent = attributes.value(u"http-user-agent"))
             m_pendingHeaders.userAgent = headerValue(*agent);
         if (std::optional<QStringView> referrer = attributes.value(u"http-referrer"))
@@ -344,12 +348,15 @@ public:
             m_pending.logo, m_labels.labels(m_pending.group, m_pending.country),
             {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}, &m_arena));
         m_pending.clear();
-        if (!m_pendingHeaders.isEmpty()) {
-            if (!m_lastHeaders || *m_lastHeaders != m_pendingHeaders)
-                m_lastHeaders = std::make_shared<const StreamHeaders>(m_pendingHeaders);
-            m_entries.last().setHeaders(m_lastHeaders);
-            m_pendingHeaders = {};
+        ChannelOptions options {m_pendingHeaders,
+                                CatchupAttributes::resolve(m_pendingCatchup, m_headerCatchup)};
+        if (!options.isEmpty()) {
+            if (!m_lastOptions || *m_lastOptions != options)
+                m_lastOptions = std::make_shared<const ChannelOptions>(std::move(options));
+            m_entries.last().setOptions(m_lastOptions);
         }
+        m_pendingHeaders = {};
+        m_pendingCatchup = {};
     }
 
     // Not squeezed: squeezing copies every entry into new memory, while the spare capacity of a
@@ -361,7 +368,9 @@ private:
     PendingInfo m_pending;
     QByteArray m_address; // reused from line to line
     StreamHeaders m_pendingHeaders;
-    std::shared_ptr<const StreamHeaders> m_lastHeaders; // shared by entries with equal headers
+    CatchupAttributes m_pendingCatchup;
+    CatchupAttributes m_headerCatchup; // the #EXTM3U line's, which an entry's own replace
+    std::shared_ptr<const ChannelOptions> m_lastOptions; // shared by entries with equal options
     TextPool m_pool; // before m_labels, whose keys point into it
     LabelsPool m_labels;
     EntryTextArena m_arena;
@@ -372,6 +381,13 @@ private:
 } // namespace
 
 namespace {
+
+// What every part of a list is read with.
+struct ParseContext
+{
+    QUrl baseURL;
+    CatchupAttributes headerCatchup;
+};
 
 void parseLine(Parser &parser, QStringView untrimmed)
 {
@@ -427,12 +443,12 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
 
 // Nothing when the bytes are read as UTF-8 and are not.
 std::optional<QList<PlaylistEntry>>
-parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL,
+parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseContext &context,
                const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
 {
     constexpr qsizetype reportEvery = 1 << 20;
     constexpr qsizetype checkStopEvery = 4096; // lines
-    Parser parser(baseURL);
+    Parser parser(context.baseURL, context.headerCatchup);
     qsizetype reported = 0;
     qsizetype lines = 0;
     const PlaylistLines::Walk walk
@@ -457,7 +473,7 @@ parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUr
 }
 
 std::optional<QList<PlaylistEntry>>
-parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &baseURL,
+parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseContext &context,
            const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
 {
     constexpr qsizetype parallelFromBytes = 1 << 20;
@@ -466,10 +482,10 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &b
         if (split > 0) {
             std::optional<QList<PlaylistEntry>> second;
             std::thread worker([&] {
-                second = parseBytesPart(bytes.sliced(split), encoding, baseURL, bytesRead, stop);
+                second = parseBytesPart(bytes.sliced(split), encoding, context, bytesRead, stop);
             });
             std::optional<QList<PlaylistEntry>> first
-                = parseBytesPart(bytes.first(split), encoding, baseURL, bytesRead, stop);
+                = parseBytesPart(bytes.first(split), encoding, context, bytesRead, stop);
             worker.join();
             if (!first || !second)
                 return std::nullopt;
@@ -477,7 +493,7 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const QUrl &b
             return first;
         }
     }
-    return parseBytesPart(bytes, encoding, baseURL, bytesRead, stop);
+    return parseBytesPart(bytes, encoding, context, bytesRead, stop);
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address
@@ -504,9 +520,9 @@ qsizetype extinfLineAfter(QStringView text, qsizetype from)
     return -1;
 }
 
-QList<PlaylistEntry> parsePart(QStringView text, const QUrl &baseURL)
+QList<PlaylistEntry> parsePart(QStringView text, const ParseContext &context)
 {
-    Parser parser(baseURL);
+    Parser parser(context.baseURL, context.headerCatchup);
     parseLines(parser, text);
     return parser.take();
 }
@@ -515,20 +531,21 @@ QList<PlaylistEntry> parsePart(QStringView text, const QUrl &baseURL)
 
 QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL)
 {
+    const ParseContext context {baseURL, PlaylistHeader::read(text, baseURL).catchup};
     // Large lists are read in two halves at once; small ones are not worth a thread.
     constexpr qsizetype parallelFromCharacters = 1 << 20;
     if (text.size() >= parallelFromCharacters && std::thread::hardware_concurrency() > 1) {
         const qsizetype split = extinfLineAfter(text, text.size() / 2);
         if (split > 0) {
             QList<PlaylistEntry> second;
-            std::thread worker([&] { second = parsePart(text.sliced(split), baseURL); });
-            QList<PlaylistEntry> first = parsePart(text.first(split), baseURL);
+            std::thread worker([&] { second = parsePart(text.sliced(split), context); });
+            QList<PlaylistEntry> first = parsePart(text.first(split), context);
             worker.join();
             first.append(std::move(second));
             return first;
         }
     }
-    return parsePart(text, baseURL);
+    return parsePart(text, context);
 }
 
 QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &baseURL,
@@ -540,10 +557,11 @@ QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &bas
             bytesRead(bytes.first(3));
         bytes = bytes.sliced(3);
     }
+    const ParseContext context {baseURL, PlaylistHeader::read(bytes, baseURL).catchup};
     if (std::optional<QList<PlaylistEntry>> entries
-        = parseBytes(bytes, PlaylistLines::Encoding::utf8, baseURL, bytesRead, stop))
+        = parseBytes(bytes, PlaylistLines::Encoding::utf8, context, bytesRead, stop))
         return std::move(*entries);
-    return parseBytes(bytes, PlaylistLines::Encoding::latin1, baseURL, bytesRead, stop)
+    return parseBytes(bytes, PlaylistLines::Encoding::latin1, context, bytesRead, stop)
         .value_or(QList<PlaylistEntry>());
 }
 

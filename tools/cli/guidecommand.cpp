@@ -5,17 +5,13 @@
 #include "sources/playlisterror.h"
 #include "sources/playlistheader.h"
 #include "sources/playlistparser.h"
-#include "sources/urlparts.h"
 
+#include "commandinput.h"
 #include "orderedjson.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
 #include <QEventLoop>
-#include <QFile>
-#include <QFileInfo>
-#include <QRegularExpression>
 #include <QTimeZone>
 
 #include <cstdio>
@@ -26,25 +22,6 @@ constexpr const char *usage = "usage: lumo-cli guide PLAYLIST [GUIDE...] --at IS
                               "[--base ADDRESS]\n"
                               "  --at takes a moment with its zone, such as "
                               "2026-11-25T20:00:00Z or 2026-11-25T21:00:00+01:00\n";
-
-void writeErr(const QString &text)
-{
-    std::fputs(qPrintable(text + u'\n'), stderr);
-}
-
-// A moment written with its zone: "Z" or "±HH:MM". Without one it would mean a different moment
-// on every machine.
-std::optional<qint64> momentWithZone(const QString &text)
-{
-    static const QRegularExpression pattern(QStringLiteral(
-        R"(^\d{4}-\d{2}-\d{2}T\d{2}:\d{2}(:\d{2}(\.\d{1,3})?)?(Z|[+-]\d{2}:\d{2})$)"));
-    if (!pattern.match(text).hasMatch())
-        return std::nullopt;
-    const QDateTime moment = QDateTime::fromString(text, Qt::ISODateWithMs);
-    if (!moment.isValid())
-        return std::nullopt;
-    return moment.toSecsSinceEpoch();
-}
 
 QString utcText(qint64 seconds)
 {
@@ -97,24 +74,12 @@ int runGuideCommand(const QStringList &arguments)
         return 2;
     }
 
-    QFile file(playlistPath);
-    if (!file.open(QIODevice::ReadOnly)) {
-        writeErr(
-            QStringLiteral("lumo-cli: cannot read %1: %2").arg(playlistPath, file.errorString()));
-        return 1;
-    }
-    const QByteArray bytes = file.readAll();
-    // As if the playlist came from base: its relative guides resolve there, and a playlist from
-    // the network may name no file of this computer.
-    QUrl baseURL = QUrl::fromLocalFile(QFileInfo(playlistPath).absoluteFilePath());
-    if (base) {
-        const std::optional<QUrl> parsed = UrlParts::parse(*base);
-        if (!parsed || parsed->isRelative()) {
-            writeErr(QStringLiteral("lumo-cli: --base must be an absolute address: %1").arg(*base));
-            return 2;
-        }
-        baseURL = *parsed;
-    }
+    int status = 0;
+    const std::optional<PlaylistInput> input = readPlaylistInput(playlistPath, base, status);
+    if (!input)
+        return status;
+    const QByteArray &bytes = input->bytes;
+    const QUrl &baseURL = input->baseURL;
     const QList<PlaylistEntry> entries = PlaylistParser::parse(QByteArrayView(bytes), baseURL);
     if (entries.isEmpty()) {
         writeErr(playlistErrorDescription(PlaylistError::empty));

@@ -1,5 +1,6 @@
 // lumo-cli: diagnostics for what the player makes of an address or a playlist.
 
+#include "catchupcommand.h"
 #include "classifycommand.h"
 #include "facescommand.h"
 #include "guidecommand.h"
@@ -17,7 +18,9 @@ constexpr const char *usage = "usage:\n"
                               "  lumo-cli parse-m3u FILE [--base ADDRESS] [--count]\n"
                               "  lumo-cli page ADDRESS [--origin ORIGIN]\n"
                               "  lumo-cli guide PLAYLIST [GUIDE...] --at ISO8601 [--base ADDRESS]\n"
-                              "  lumo-cli faces IMAGE...\n";
+                              "  lumo-cli faces IMAGE...\n"
+                              "  lumo-cli catchup PLAYLIST --channel N --start ISO8601 "
+                              "--stop ISO8601 --now ISO8601\n";
 
 } // namespace
 
@@ -43,6 +46,8 @@ int main(int argc, char *argv[])
         return runParseCommand(arguments.mid(1));
     if (command == u"guide")
         return runGuideCommand(arguments.mid(1));
+    if (command == u"catchup")
+        return runCatchupCommand(arguments.mid(1));
     if (command == u"faces")
         return runFacesCommand(arguments.mid(1));
     if (command == u"page")

@@ -24,7 +24,7 @@ std::vector<GuideProgramme> build(std::vector<ReadProgramme> programmes)
             stop = programmes[i + 1].start;
         if (!stop || *stop <= programme.start)
             continue;
-        schedule.push_back({programme.start, *stop, programme.title});
+        schedule.push_back({programme.start, *stop, programme.title, programme.catchupId});
     }
     return schedule;
 }

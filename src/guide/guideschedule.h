@@ -9,6 +9,8 @@ struct GuideProgramme
     qint64 start = 0; // seconds since the epoch, UTC
     qint64 stop = 0;
     quint32 title = 0; // an index into the guide's titles
+    // The guide's catchup-id, as 1 + an index into the same texts as titles; 0 for none.
+    quint32 catchupId = 0;
     friend bool operator==(const GuideProgramme &, const GuideProgramme &) = default;
 };
 
@@ -19,6 +21,7 @@ struct ReadProgramme
     qint64 start = 0;
     std::optional<qint64> stop;
     quint32 title = 0;
+    quint32 catchupId = 0; // as in GuideProgramme
 };
 
 namespace GuideSchedule {

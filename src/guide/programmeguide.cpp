@@ -1,5 +1,6 @@
 #include "programmeguide.h"
 
+#include <QDateTime>
 #include <algorithm>
 #include <limits>
 
@@ -45,6 +46,7 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
         qint32 schedule = -1;
         qint32 minShift = std::numeric_limits<qint32>::max();
         qint32 maxShift = std::numeric_limits<qint32>::min();
+        int archiveDays = 0; // the longest archive window of its entries
     };
     std::vector<Use> uses(channels.channels().size());
     std::vector<int> usedChannels; // in the order first used
@@ -69,6 +71,8 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
         }
         use.minShift = std::min(use.minShift, shift);
         use.maxShift = std::max(use.maxShift, shift);
+        if (const std::optional<CatchupSettings> &catchup = entry.catchup())
+            use.archiveDays = std::max(use.archiveDays, catchup->windowDays());
         m_channelOfEntry[size_t(i)] = use.schedule;
         ++m_matched;
     }
@@ -92,7 +96,8 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
             }
         }
         // The stop, shifted for some entry of the channel, within the kept window.
-        const qint64 from = moment - keptBehind - use.maxShift;
+        const qint64 from
+            = std::min(keptFrom(moment), moment - qint64(use.archiveDays) * 86400) - use.maxShift;
         const qint64 until = moment + keptAhead - use.minShift;
         std::vector<GuideProgramme> schedule;
         for (GuideProgramme programme : GuideSchedule::build(std::move(read))) {
@@ -101,6 +106,11 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
             const auto &[guide, title] = titleOf[programme.title];
             programme.title
                 = titles.add(QString::fromUtf8(guides[guide].titles.value(qsizetype(title))));
+            if (programme.catchupId != 0) {
+                programme.catchupId = 1
+                    + titles.add(QString::fromUtf8(
+                        guides[guide].titles.value(qsizetype(programme.catchupId - 1))));
+            }
             schedule.push_back(programme);
         }
         m_programmeCount += qsizetype(schedule.size());
@@ -118,6 +128,9 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
     shown.erase(std::unique(shown.begin(), shown.end()), shown.end());
     for (const auto &[schedule, shift] : shown) {
         for (const GuideProgramme &programme : m_schedules[size_t(schedule)]) {
+            // An archive's past changes nothing any more.
+            if (programme.stop + shift < moment - keptBehind)
+                continue;
             m_changes.push_back(programme.start + shift);
             m_changes.push_back(programme.stop + shift);
         }
@@ -126,10 +139,40 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
     m_changes.erase(std::unique(m_changes.begin(), m_changes.end()), m_changes.end());
 }
 
+qint64 ProgrammeGuide::keptFrom(qint64 moment)
+{
+    const QDateTime startOfDay
+        = QDateTime::fromSecsSinceEpoch(moment, Qt::LocalTime).date().startOfDay(Qt::LocalTime);
+    return std::min(moment - keptBehind, startOfDay.toSecsSinceEpoch());
+}
+
 ProgrammeGuide::Programme ProgrammeGuide::shown(const GuideProgramme &programme, qint32 shift) const
 {
-    return {m_titles.value(qsizetype(programme.title)), programme.start + shift,
-            programme.stop + shift};
+    return {
+        m_titles.value(qsizetype(programme.title)), programme.start + shift, programme.stop + shift,
+        programme.catchupId == 0 ? QString() : m_titles.value(qsizetype(programme.catchupId - 1))};
+}
+
+QList<ProgrammeGuide::Programme> ProgrammeGuide::programmes(qsizetype entry) const
+{
+    QList<Programme> list;
+    if (entry < 0 || size_t(entry) >= m_channelOfEntry.size()
+        || m_channelOfEntry[size_t(entry)] < 0)
+        return list;
+    const qint32 shift = m_shiftOfEntry[size_t(entry)];
+    const std::vector<GuideProgramme> &schedule
+        = m_schedules[size_t(m_channelOfEntry[size_t(entry)])];
+    list.reserve(qsizetype(schedule.size()));
+    for (const GuideProgramme &programme : schedule)
+        list.append(shown(programme, shift));
+    return list;
+}
+
+qint32 ProgrammeGuide::shiftOf(qsizetype entry) const
+{
+    if (entry < 0 || size_t(entry) >= m_shiftOfEntry.size())
+        return 0;
+    return m_shiftOfEntry[size_t(entry)];
 }
 
 ProgrammeGuide::NowNext ProgrammeGuide::at(qsizetype entry, qint64 moment) const

@@ -18,16 +18,20 @@
 class ProgrammeGuide
 {
 public:
-    // Programmes kept: those whose stop, shifted, lies this far behind to this far ahead of the
-    // moment the guide is built for.
+    // Programmes kept: those whose stop, shifted, lies this far behind (or since the start of
+    // the local day, if earlier) to this far ahead of the moment the guide is built for. A
+    // channel with an archive keeps those of its archive window too (at most 14 days).
     static constexpr qint64 keptBehind = 2 * 3600;
     static constexpr qint64 keptAhead = 48 * 3600;
+    // The earliest stop kept of a channel without an archive.
+    static qint64 keptFrom(qint64 moment);
 
     struct Programme
     {
         QString title;
         qint64 start = 0; // seconds since the epoch, UTC, shift applied
         qint64 stop = 0;
+        QString catchupId; // empty when the guide gives none
         friend bool operator==(const Programme &, const Programme &) = default;
     };
     struct NowNext
@@ -45,6 +49,10 @@ public:
 
     // For the entry at this position of the playlist the guide was built for.
     NowNext at(qsizetype entry, qint64 moment) const;
+    // Every programme kept for the entry, ordered by start.
+    QList<Programme> programmes(qsizetype entry) const;
+    // The entry's tvg-shift in seconds, as applied to its programmes.
+    qint32 shiftOf(qsizetype entry) const;
     // The first moment after this one at which some entry's now or next changes.
     std::optional<qint64> nextChange(qint64 moment) const;
 

@@ -38,6 +38,7 @@ struct XmltvReader::Parser
         const xmlChar *id = nullptr;
         const xmlChar *start = nullptr;
         const xmlChar *stop = nullptr;
+        const xmlChar *catchupId = nullptr;
     } names;
 
     void lookUpNames()
@@ -45,8 +46,9 @@ struct XmltvReader::Parser
         const auto lookUp = [this](const char *name) {
             return xmlDictLookup(context->dict, reinterpret_cast<const xmlChar *>(name), -1);
         };
-        names = {lookUp("channel"), lookUp("programme"), lookUp("display-name"), lookUp("title"),
-                 lookUp("id"),      lookUp("start"),     lookUp("stop")};
+        names = {lookUp("channel"), lookUp("programme"), lookUp("display-name"),
+                 lookUp("title"),   lookUp("id"),        lookUp("start"),
+                 lookUp("stop"),    lookUp("catchup-id")};
     }
 
     // Compared by address, or by text should the dictionary not have the name.
@@ -133,6 +135,8 @@ struct XmltvReader::Parser
                 slot = &wanted.stop;
             else if (parser.same(entry[0], parser.names.id, "id"))
                 slot = &wanted.id;
+            else if (parser.same(entry[0], parser.names.catchupId, "catchup-id"))
+                slot = &wanted.catchupId;
             if (slot && slot->isNull())
                 *slot = value.isNull() ? QByteArrayView("", 0) : value;
         }
@@ -253,7 +257,7 @@ void XmltvReader::startElement(Element element, const Attributes &attributes)
                 m_skipDepth = 1;
                 return;
             }
-            if (m_stop.value_or(*m_start) < m_options.keepFrom || *m_start > m_options.keepUntil) {
+            if (m_stop.value_or(*m_start) < m_lastKeepFrom || *m_start > m_options.keepUntil) {
                 m_skipDepth = 1;
                 return;
             }
@@ -265,6 +269,11 @@ void XmltvReader::startElement(Element element, const Attributes &attributes)
             }
             m_place = Place::programme;
             m_title.reset();
+            const QByteArrayView catchupId = attributes.catchupId.trimmed();
+            m_catchupId = catchupId.isEmpty()
+                ? 0
+                : intern(catchupId.first(std::min<qsizetype>(catchupId.size(), maxTextCharacters)))
+                    + 1;
         }
         return;
     case Place::channel:
@@ -363,6 +372,8 @@ bool XmltvReader::programmesOf(QByteArrayView channel)
     m_lastChannel = channel.toByteArray();
     m_lastChannelKnown = true;
     m_lastWanted = !m_options.keepChannel || m_keptChannels.contains(m_lastId);
+    m_lastKeepFrom
+        = m_archiveChannels.contains(m_lastId) ? m_options.archiveFrom : m_options.keepFrom;
     // Made when its first programme is kept; inserting may move the others' lists, so only
     // the last one is kept by address.
     const auto found = m_programmes.find(m_lastId);
@@ -379,6 +390,8 @@ void XmltvReader::endChannel()
     if (m_options.keepChannel && !m_options.keepChannel(channel))
         return;
     m_keptChannels.insert(channel.id);
+    if (m_options.keepArchive && m_options.keepArchive(channel))
+        m_archiveChannels.insert(channel.id);
     if (m_lastChannelKnown && m_lastId == channel.id)
         m_lastChannelKnown = false; // its programmes may be kept from now on
     m_channels.push_back(std::move(channel));
@@ -388,7 +401,8 @@ void XmltvReader::endProgramme()
 {
     if (!m_lastProgrammes)
         m_lastProgrammes = &m_programmes[m_lastId];
-    m_lastProgrammes->push_back(ReadProgramme {*m_start, m_stop, m_title ? *m_title : intern({})});
+    m_lastProgrammes->push_back(
+        ReadProgramme {*m_start, m_stop, m_title ? *m_title : intern({}), m_catchupId});
     ++m_programmeCount;
 }
 
@@ -409,5 +423,6 @@ GuideRead XmltvReader::take()
 {
     m_titleIndex.clear();
     m_keptChannels.clear();
+    m_archiveChannels.clear();
     return {std::move(m_channels), std::move(m_programmes), std::move(m_titles)};
 }

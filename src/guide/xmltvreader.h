@@ -34,6 +34,10 @@ public:
         // Programmes whose stop (or start, without one) lies outside are not kept.
         qint64 keepFrom = std::numeric_limits<qint64>::min();
         qint64 keepUntil = std::numeric_limits<qint64>::max();
+        // Asked of each channel kept: whether its past programmes are kept further back, from
+        // archiveFrom (a channel whose provider keeps an archive). Unset: none's.
+        std::function<bool(const GuideChannel &)> keepArchive;
+        qint64 archiveFrom = std::numeric_limits<qint64>::min();
         // Set by the owner (from any thread) when the read is no longer wanted: it ends at the
         // next element or block of bytes.
         std::shared_ptr<const std::atomic<bool>> stop;
@@ -94,6 +98,7 @@ private:
         QByteArrayView channel;
         QByteArrayView start;
         QByteArrayView stop;
+        QByteArrayView catchupId;
     };
 
     void startElement(Element element, const Attributes &attributes);
@@ -114,6 +119,7 @@ private:
     // move.
     QHash<QByteArrayView, quint32> m_titleIndex;
     QSet<QString> m_keptChannels; // the ids of m_channels
+    QSet<QString> m_archiveChannels; // those whose past programmes are kept from archiveFrom
     qint64 m_programmeCount = 0;
     qint64 m_programmesOverLimit = 0;
     qint64 m_titleBytes = 0;
@@ -135,9 +141,11 @@ private:
     std::optional<qint64> m_start; // nothing when it cannot be read
     std::optional<qint64> m_stop;
     std::optional<quint32> m_title;
+    quint32 m_catchupId = 0;
     QByteArray m_lastChannel;
     bool m_lastChannelKnown = false;
     bool m_lastWanted = false;
+    qint64 m_lastKeepFrom = 0;
     QString m_lastId;
     std::vector<ReadProgramme> *m_lastProgrammes = nullptr; // null until it has one
     int m_skipDepth = 0; // elements inside a programme or channel that are not read

@@ -26,14 +26,35 @@ public:
 
     bool wants(const GuideChannel &channel) const
     {
-        std::call_once(m_once, [this] { m_wants.emplace(m_entries); });
+        make();
         return m_wants->wants(channel);
+    }
+    // Whether an entry with an archive may belong to the channel.
+    bool wantsArchive(const GuideChannel &channel) const
+    {
+        make();
+        return m_archiveWants && m_archiveWants->wants(channel);
     }
 
 private:
+    void make() const
+    {
+        std::call_once(m_once, [this] {
+            m_wants.emplace(m_entries);
+            QList<PlaylistEntry> archived;
+            for (const PlaylistEntry &entry : m_entries) {
+                if (entry.catchup())
+                    archived.append(entry);
+            }
+            if (!archived.isEmpty())
+                m_archiveWants.emplace(archived);
+        });
+    }
+
     const QList<PlaylistEntry> m_entries;
     mutable std::once_flag m_once;
     mutable std::optional<GuideWants> m_wants;
+    mutable std::optional<GuideWants> m_archiveWants;
 };
 
 } // namespace
@@ -74,7 +95,12 @@ private:
             options.keepChannel = [wants = m_wants](const GuideChannel &channel) {
                 return wants->wants(channel);
             };
-            options.keepFrom = m_request.moment - ProgrammeGuide::keptBehind - maxShiftAhead;
+            options.keepFrom = ProgrammeGuide::keptFrom(m_request.moment) - maxShiftAhead;
+            options.keepArchive = [wants = m_wants](const GuideChannel &channel) {
+                return wants->wantsArchive(channel);
+            };
+            options.archiveFrom
+                = m_request.moment - qint64(CatchupSettings::maxDays) * 86400 - maxShiftAhead;
             options.keepUntil = m_request.moment + ProgrammeGuide::keptAhead + maxShiftBehind;
             options.stop = m_closing;
             // The fetch never ends inside its constructor, so it is known here by then.

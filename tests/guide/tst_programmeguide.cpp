@@ -7,6 +7,7 @@
 
 #include <QTest>
 #include <QTimeZone>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -62,6 +63,13 @@ class TestProgrammeGuide : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // The start of the local day is that of UTC.
+    void initTestCase()
+    {
+        qputenv("TZ", "UTC");
+        tzset();
+    }
+
     void guidesAreMergedFirstGuideFirst()
     {
         const QList<PlaylistEntry> entries
@@ -142,14 +150,54 @@ private Q_SLOTS:
         const ProgrammeGuide guide({read(xml)},
                                    playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"c\",C\nhttp://h/1\n"),
                                    std::nullopt, evening);
-        // Stops from 18:00 today to 20:00 the day after tomorrow, both included: P45 to P95.
-        QCOMPARE(guide.programmeCount(), 51);
-        QVERIFY(nowTitle(guide, 0, evening - 3 * 3600 - 1).isEmpty());
-        QCOMPARE(nowTitle(guide, 0, evening - 3 * 3600), u"P45"_s);
+        // Stops from the start of today (UTC here) to 20:00 the day after tomorrow, both
+        // included: P27, 23:00 to midnight, to P95.
+        QCOMPARE(guide.programmeCount(), 69);
+        QVERIFY(nowTitle(guide, 0, evening - 21 * 3600 - 1).isEmpty());
+        QCOMPARE(nowTitle(guide, 0, evening - 21 * 3600), u"P27"_s);
         QCOMPARE(nowTitle(guide, 0, evening - 2 * 3600 + 1), u"P46"_s);
         QCOMPARE(nowTitle(guide, 0, evening + 47 * 3600 + 1), u"P95"_s);
         QCOMPARE(guide.nextChange(evening + 1), evening + 3600);
         QCOMPARE(guide.nextChange(evening + 48 * 3600), std::nullopt);
+    }
+
+    void aChannelWithAnArchiveKeepsItsWindow()
+    {
+        // One programme an hour on two channels, from four days before the moment to two after.
+        QByteArray xml = "<tv><channel id=\"c\"><display-name>C</display-name></channel>"
+                         "<channel id=\"d\"><display-name>D</display-name></channel>";
+        const QDateTime from = QDateTime::fromSecsSinceEpoch(evening - 96 * 3600, QTimeZone::utc());
+        for (const QByteArray channel : {"c", "d"}) {
+            for (int hour = 0; hour < 144; ++hour) {
+                const QDateTime start = from.addSecs(hour * 3600);
+                xml += "<programme channel=\"" + channel + "\" catchup-id=\"" + channel
+                    + QByteArray::number(hour) + "\" start=\""
+                    + start.toString(u"yyyyMMddHHmmss"_s).toLatin1() + " +0000\" stop=\""
+                    + start.addSecs(3600).toString(u"yyyyMMddHHmmss"_s).toLatin1()
+                    + " +0000\"><title>P" + QByteArray::number(hour) + "</title></programme>";
+            }
+        }
+        xml += "</tv>";
+        const ProgrammeGuide guide(
+            {read(xml)},
+            playlist("#EXTM3U\n#EXTINF:-1 tvg-id=\"c\" catchup=\"shift\" catchup-days=\"3\",C\n"
+                     "http://h/1\n#EXTINF:-1 tvg-id=\"d\",D\nhttp://h/2\n"),
+            std::nullopt, evening);
+        // C: stops from three days back, P23 on; D: from the start of today, P75 on.
+        const QList<ProgrammeGuide::Programme> archived = guide.programmes(0);
+        QCOMPARE(archived.size(), 121);
+        QCOMPARE(archived.first().title, u"P23"_s);
+        QCOMPARE(archived.first().start, evening - 73 * 3600);
+        QCOMPARE(archived.first().catchupId, u"c23"_s);
+        QCOMPARE(archived.last().title, u"P143"_s);
+        const QList<ProgrammeGuide::Programme> today = guide.programmes(1);
+        QCOMPARE(today.size(), 69);
+        QCOMPARE(today.first().title, u"P75"_s);
+        QCOMPARE(guide.programmeCount(), 121 + 69);
+        QVERIFY(guide.programmes(2).isEmpty());
+        QVERIFY(guide.programmes(-1).isEmpty());
+        // What ended before the last two hours sets off no change.
+        QCOMPARE(guide.nextChange(evening - 70 * 3600), std::optional<qint64>(evening - 3 * 3600));
     }
 
     void changesCoverEveryShiftedBoundary()

@@ -110,6 +110,31 @@ private Q_SLOTS:
         QCOMPARE(reader.programmes().value("bbc1.uk").size(), size_t(2));
     }
 
+    void anArchivedChannelKeepsItsPastAndCatchupIds()
+    {
+        XmltvReader::Options options;
+        options.keepArchive = [](const GuideChannel &channel) {
+            return channel.id == u"a";
+        };
+        options.keepFrom = 1000;
+        options.archiveFrom = 100;
+        XmltvReader reader(std::move(options));
+        reader.read(R"(<tv><channel id="a"/><channel id="b"/>
+<programme channel="a" start="19700101000200 +0000" stop="19700101000300 +0000" catchup-id=" 42 "><title>A1</title></programme>
+<programme channel="b" start="19700101000200 +0000" stop="19700101000300 +0000"><title>B1</title></programme>
+<programme channel="a" start="19700101002000 +0000" stop="19700101003000 +0000"><title>A2</title></programme>
+<programme channel="b" start="19700101002000 +0000" stop="19700101003000 +0000" catchup-id=""><title>B2</title></programme>
+</tv>)");
+        const std::vector<ReadProgramme> a = reader.programmes().value("a");
+        const std::vector<ReadProgramme> b = reader.programmes().value("b");
+        QCOMPARE(a.size(), size_t(2));
+        QCOMPARE(b.size(), size_t(1));
+        QVERIFY(a[0].catchupId != 0);
+        QCOMPARE(reader.titles().value(qsizetype(a[0].catchupId - 1)), QByteArray("42"));
+        QCOMPARE(a[1].catchupId, 0u);
+        QCOMPARE(b[0].catchupId, 0u);
+    }
+
     void aChannelIsKeptOnceTheFirstDeclarationWinning()
     {
         XmltvReader::Options options;

@@ -113,6 +113,10 @@ void PlayerModel::startPlaying(const QUrl &url, const std::optional<QString> &di
     Q_EMIT itemRequested();
     m_playingChannel.reset();
     playingChannelChanged();
+    if (m_archive) {
+        m_archive.reset();
+        Q_EMIT archiveChanged();
+    }
     forgetLiveItem();
     m_wantsToPlay = true;
     setYouTubeContent(std::nullopt);

@@ -152,6 +152,20 @@ public:
     // Asks for a guide file with the open panel; nothing if cancelled.
     std::optional<QString> chooseGuideFile() const;
     const QList<QUrl> &openedGuides() const { return m_openedGuides; }
+    // Catch-up (in PlayerModelArchive.cpp).
+    // Plays a programme of a channel of the playlist from the provider's archive: the title
+    // reads "Channel — Programme", the position runs through the programme. False, with a
+    // notice, when the channel's archive does not hold it.
+    bool playArchive(const PlaylistEntry &entry, const ProgrammeGuide::Programme &programme);
+    // A programme of the playing channel plays from its archive.
+    bool isPlayingArchive() const { return m_archive.has_value(); }
+    // The programme playing from the archive, if one is.
+    std::optional<ProgrammeGuide::Programme> archiveProgramme() const;
+    // From the archive back to the channel live.
+    void backToLive();
+    // Where the entry stands in the playlist (for the guide); -1 when it is not in it.
+    qsizetype playlistPosition(const PlaylistEntry &entry) const;
+
     // Shorter waits and smaller limits for tests.
     void setGuideLimits(const GuideLoader::Limits &limits) { m_guideLoader->setLimits(limits); }
     // The guides of the current playlist are loading.
@@ -189,6 +203,8 @@ Q_SIGNALS:
     void programmeGuideChanged();
     // A programme began or ended somewhere in the guide: what is on now changed.
     void programmesChanged();
+    // Archive playback began or ended.
+    void archiveChanged();
 
 private:
     template<typename T>
@@ -291,6 +307,11 @@ private:
     // Arms the one timer for the next moment a programme begins or ends.
     void scheduleProgrammeChange();
     void programmesReached();
+    // Loads the archive for seconds into its programme (a source that starts where it is
+    // asked); the position runs on from there.
+    void loadArchiveAt(double seconds);
+    // Seeks within the programme playing from the archive, clamped to it.
+    void seekArchive(double seconds);
 
     std::unique_ptr<MediaPlayer> m_player;
     QString m_title = noMediaTitle.toString();
@@ -349,4 +370,15 @@ private:
     QTimer m_guideChangeTask;
     WebPlayerScripts *m_webPlayerScripts = nullptr;
     FileChooser m_fileChooser;
+
+    struct ArchivePlayback
+    {
+        PlaylistEntry entry;
+        ProgrammeGuide::Programme programme;
+        qint32 shiftSeconds = 0;
+        // The source holds the whole programme, or begins where it was asked to.
+        int reach = 0; // a CatchupAddress::Reach
+        double loadedFrom = 0; // seconds into the programme the loaded source begins at
+    };
+    std::optional<ArchivePlayback> m_archive;
 };

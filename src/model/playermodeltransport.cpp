@@ -52,6 +52,10 @@ void PlayerModel::skip(double seconds)
         evaluateInWebPlayer(TransportScripts::skip(seconds));
         return;
     }
+    if (m_archive) {
+        seekArchive(m_currentTime + seconds);
+        return;
+    }
     // The end first, then the start: with an unknown duration (0) every skip lands at 0.
     double target = m_currentTime + seconds;
     if (!(target < m_duration))
@@ -66,6 +70,10 @@ void PlayerModel::skip(double seconds)
 
 void PlayerModel::seek(double seconds)
 {
+    if (m_archive) {
+        seekArchive(seconds);
+        return;
+    }
     m_player->seekExactly(seconds);
     Q_EMIT seeked(seconds);
 }
@@ -110,6 +118,10 @@ void PlayerModel::stop()
     hideBufferingIndicator();
     m_playingChannel.reset();
     playingChannelChanged();
+    if (m_archive) {
+        m_archive.reset();
+        Q_EMIT archiveChanged();
+    }
     forgetLiveItem();
     m_wantsToPlay = false;
 }
@@ -119,8 +131,16 @@ void PlayerModel::observeTime()
     if (m_youtubeContent)
         return;
     const double position = m_player->position();
-    setCurrentTime(std::isfinite(position) ? position : 0);
-    setDuration(m_player->hasItem() ? m_player->duration().value_or(0) : 0);
+    if (m_archive) {
+        // The programme, not the source, sets the position and its end.
+        const double length = double(m_archive->programme.stop - m_archive->programme.start);
+        setCurrentTime(std::clamp(m_archive->loadedFrom + (std::isfinite(position) ? position : 0),
+                                  0.0, length));
+        setDuration(length);
+    } else {
+        setCurrentTime(std::isfinite(position) ? position : 0);
+        setDuration(m_player->hasItem() ? m_player->duration().value_or(0) : 0);
+    }
     // While a live channel is being brought back, it is still meant to play.
     setIsPlaying(m_reconnectAttempt > 0 || m_player->isPlaying());
     const QSize size = m_player->presentationSize();

@@ -170,6 +170,14 @@ void install(QMenuBar &menuBar, PlayerModel &model, ContentView &content)
         QObject::connect(&model, &PlayerModel::playlistChanged, zap, updateZap);
         updateZap();
     }
+    QAction *live = playback->addAction(QStringLiteral("Back to Live"));
+    live->setObjectName(QStringLiteral("backToLive"));
+    QObject::connect(live, &QAction::triggered, &model, [&model] { model.backToLive(); });
+    const auto updateLive = [live, &model] {
+        live->setEnabled(model.isPlayingArchive());
+    };
+    QObject::connect(&model, &PlayerModel::archiveChanged, live, updateLive);
+    updateLive();
     addRecording(playback, content);
     playback->addSeparator();
     TrackMenus::follow(playback->addMenu(TrackMenus::audioTitle.toString()), model,

@@ -6,6 +6,7 @@
 #include "filtermenubutton.h"
 #include "keyboardreach.h"
 #include "model/playermodel.h"
+#include "programmelist.h"
 #include "sources/channelstep.h"
 #include "surface/icons.h"
 
@@ -14,8 +15,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QListWidget>
 #include <QMenu>
 #include <QScopedValueRollback>
+#include <QStackedLayout>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -49,7 +52,13 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     , m_model(new ChannelListModel(this))
     , m_logos(new ChannelLogoCache(this))
 {
-    auto *layout = new QVBoxLayout(this);
+    m_pages = new QStackedLayout(this);
+    m_channelsPage = new QWidget(this);
+    m_pages->addWidget(m_channelsPage);
+    m_programmes = new ProgrammeList(model, this);
+    m_pages->addWidget(m_programmes);
+    connect(m_programmes, &ProgrammeList::closeRequested, this, &ChannelList::closeProgrammes);
+    auto *layout = new QVBoxLayout(m_channelsPage);
     layout->setContentsMargins(12, 4, 6, 0);
     layout->setSpacing(6);
 
@@ -126,6 +135,12 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     m_list->setCursor(Qt::PointingHandCursor);
     layout->addWidget(m_list, 1);
     connect(m_list, &QListView::clicked, this, &ChannelList::play);
+    // A right click (or the context-menu key) opens the channel's programmes.
+    m_list->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_list, &QWidget::customContextMenuRequested, this, [this](const QPoint &at) {
+        const QModelIndex index = m_list->indexAt(at);
+        openProgrammes(index.isValid() ? index.row() : m_list->currentIndex().row());
+    });
     connect(m_logos, &ChannelLogoCache::logoArrived, m_list->viewport(),
             qOverload<>(&QWidget::update));
 
@@ -134,8 +149,11 @@ ChannelList::ChannelList(PlayerModel &model, QWidget *parent)
     connect(&m_zapTask, &QTimer::timeout, this, [this] { play(m_list->currentIndex()); });
 
     connect(&m_player, &PlayerModel::playlistChanged, this, &ChannelList::showPlaylist);
-    connect(&m_player, &PlayerModel::programmeGuideChanged, this,
-            [this] { m_model->setProgrammeGuide(m_player.programmeGuide()); });
+    connect(&m_player, &PlayerModel::programmeGuideChanged, this, [this] {
+        m_model->setProgrammeGuide(m_player.programmeGuide());
+        if (showsProgrammes())
+            m_programmes->showChannel(m_programmes->channel());
+    });
     connect(&m_player, &PlayerModel::programmesChanged, m_model,
             &ChannelListModel::programmesChanged);
     showPlaylist();
@@ -200,8 +218,36 @@ void ChannelList::resetFilters()
     applyFilter(ChannelFilter());
 }
 
+void ChannelList::openProgrammes(int row)
+{
+    if (row < 0 || row >= m_model->rowCount())
+        return;
+    const PlaylistEntry &entry = m_model->entry(row);
+    if (m_player.programmeGuide()->isEmpty() && !entry.catchup())
+        return;
+    m_list->setCurrentIndex(m_model->index(row));
+    m_programmes->showChannel(entry);
+    m_pages->setCurrentWidget(m_programmes);
+    m_programmes->listView()->setFocus(Qt::OtherFocusReason);
+}
+
+void ChannelList::closeProgrammes()
+{
+    if (!showsProgrammes())
+        return;
+    m_pages->setCurrentWidget(m_channelsPage);
+    m_programmes->clear();
+    m_list->setFocus(Qt::OtherFocusReason);
+}
+
+bool ChannelList::showsProgrammes() const
+{
+    return m_pages->currentWidget() == m_programmes;
+}
+
 void ChannelList::showPlaylist()
 {
+    closeProgrammes();
     m_backButton->setVisible(m_player.canGoBack());
     m_model->setIndex(m_player.channelIndex());
     m_list->scrollToTop();
@@ -292,8 +338,14 @@ bool ChannelList::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_list && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent *>(event)->key();
+        const auto *press = static_cast<QKeyEvent *>(event);
         if (key == Qt::Key_Return || key == Qt::Key_Enter) {
             play(m_list->currentIndex());
+            return true;
+        }
+        if (key == Qt::Key_Menu
+            || (key == Qt::Key_F10 && press->modifiers() == Qt::ShiftModifier)) {
+            openProgrammes(m_list->currentIndex().row());
             return true;
         }
     }

@@ -11,7 +11,9 @@ class ChannelListModel;
 class ChannelLogoCache;
 class FilterMenuButton;
 class PlayerModel;
+class ProgrammeList;
 class QLabel;
+class QStackedLayout;
 class QLineEdit;
 class QListView;
 class QToolButton;
@@ -47,6 +49,13 @@ public:
     QToolButton *backButton() const { return m_backButton; }
     ChannelLogoCache *logos() const { return m_logos; }
 
+    // "Programmes" of the channel at this shown row, over the list, while a guide is loaded or
+    // the channel has an archive; otherwise nothing happens.
+    void openProgrammes(int row);
+    void closeProgrammes();
+    bool showsProgrammes() const;
+    ProgrammeList *programmeList() const { return m_programmes; }
+
 protected:
     // Return on the list plays its current row.
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -71,5 +80,8 @@ private:
     QTimer m_zapTask; // opens the row stepped to once the steps stop
     QListView *m_list = nullptr;
     QToolButton *m_backButton = nullptr;
+    QStackedLayout *m_pages = nullptr; // the channels, or a channel's programmes
+    QWidget *m_channelsPage = nullptr;
+    ProgrammeList *m_programmes = nullptr;
     bool m_resettingFilters = false;
 };

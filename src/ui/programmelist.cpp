@@ -120,6 +120,11 @@ void ProgrammeList::showChannel(const PlaylistEntry &entry)
     }
 }
 
+QMenu *ProgrammeList::onAirMenu() const
+{
+    return m_onAirMenu && m_onAirMenu->isVisible() ? m_onAirMenu.data() : nullptr;
+}
+
 void ProgrammeList::activate(QListWidgetItem *item)
 {
     if (!item)
@@ -147,10 +152,6 @@ void ProgrammeList::activate(QListWidgetItem *item)
                 [this, entry, programme] { m_player.playArchive(entry, programme); });
         connect(live, &QAction::triggered, this, [this, entry] { m_player.playChannel(entry); });
         m_onAirMenu = menu;
-        connect(menu, &QObject::destroyed, this, [this, menu] {
-            if (m_onAirMenu == menu)
-                m_onAirMenu = nullptr;
-        });
         const QRect rect = m_list->visualItemRect(item);
         menu->popup(m_list->viewport()->mapToGlobal(rect.bottomLeft()));
         return;

@@ -5,13 +5,14 @@
 #include "programmerows.h"
 #include "sources/playlistentry.h"
 
+#include <QMenu>
+#include <QPointer>
 #include <QWidget>
 
 class PlayerModel;
 class QLabel;
 class QListWidget;
 class QListWidgetItem;
-class QMenu;
 class QToolButton;
 
 class ProgrammeList final : public QWidget
@@ -32,7 +33,7 @@ public:
     QLabel *emptyLabel() const { return m_empty; }
     const QList<ProgrammeRows::Row> &rows() const { return m_rows; }
     // The menu of the programme on air, while it is open.
-    QMenu *onAirMenu() const { return m_onAirMenu; }
+    QMenu *onAirMenu() const;
 
 Q_SIGNALS:
     // "‹ Channels" (or Escape): back to the channel list.
@@ -52,5 +53,5 @@ private:
     QLabel *m_title = nullptr;
     QLabel *m_empty = nullptr;
     QListWidget *m_list = nullptr;
-    QMenu *m_onAirMenu = nullptr;
+    QPointer<QMenu> m_onAirMenu;
 };

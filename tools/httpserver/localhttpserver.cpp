@@ -174,7 +174,9 @@ private:
         const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
         HttpRequest request;
         request.method = requestLine.value(0);
-        request.path = QUrl::fromEncoded(requestLine.value(1)).path();
+        const QUrl target = QUrl::fromEncoded(requestLine.value(1));
+        request.path = target.path();
+        request.query = target.query(QUrl::FullyEncoded);
         for (qsizetype i = 1; i < lines.size(); ++i) {
             const qsizetype colon = lines[i].indexOf(':');
             if (colon > 0)
@@ -283,17 +285,30 @@ void LocalHttpServer::dispatch(Connection *connection, const HttpRequest &reques
     connect(connection, &QObject::destroyed, this,
             [this, path = request.path] { --m_openConnections[path]; });
     const auto route = m_routes.constFind(request.path);
-    if (route != m_routes.constEnd())
+    if (route != m_routes.constEnd()) {
         connection->respond((*route)(request));
-    else
-        connection->respond(fileResponse(request));
+        return;
+    }
+    if (m_fallback) {
+        HttpResponse response = m_fallback(request);
+        if (response.status != 0) {
+            connection->respond(std::move(response));
+            return;
+        }
+    }
+    connection->respond(fileResponse(request));
 }
 
 HttpResponse LocalHttpServer::fileResponse(const HttpRequest &request) const
 {
     if (m_root.isEmpty() || request.path.contains(QLatin1String("..")))
         return HttpResponse::notFound();
-    QFile file(QDir(m_root).filePath(request.path.mid(1)));
+    return HttpResponse::file(request, QDir(m_root).filePath(request.path.mid(1)));
+}
+
+HttpResponse HttpResponse::file(const HttpRequest &request, const QString &path)
+{
+    QFile file(path);
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
         return HttpResponse::notFound();
     const qint64 size = file.size();

@@ -17,6 +17,7 @@ struct HttpRequest
 {
     QByteArray method;
     QString path; // decoded, without the query
+    QString query; // as sent, without the "?"
     QHash<QByteArray, QByteArray> headers; // names lower-cased
 };
 
@@ -41,6 +42,8 @@ struct HttpResponse
                              int status = 200);
     static HttpResponse redirect(const QByteArray &location, int status = 302);
     static HttpResponse notFound();
+    // The file at path, or the byte range the request asks of it.
+    static HttpResponse file(const HttpRequest &request, const QString &path);
 };
 
 class LocalHttpServer final : public QObject
@@ -60,6 +63,9 @@ public:
 
     void route(const QString &path, HttpResponse response);
     void route(const QString &path, Handler handler);
+    // Asked for paths that have no route of their own, before the files; an answer of status 0
+    // passes the request on.
+    void fallback(Handler handler) { m_fallback = std::move(handler); }
     // Paths without a route are files under root.
     void serveDirectory(const QString &root);
     // Requests whose path matches wait unanswered until the hold is lifted by an empty
@@ -79,6 +85,7 @@ private:
 
     QTcpServer m_server {this}; // a child, so that the server can move to another thread
     QHash<QString, Handler> m_routes;
+    Handler m_fallback;
     QString m_root;
     QRegularExpression m_hold;
     QList<std::pair<Connection *, HttpRequest>> m_held;

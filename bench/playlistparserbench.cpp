@@ -45,29 +45,20 @@ double median(std::vector<double> values)
     return values.empty() ? qQNaN() : values[values.size() / 2];
 }
 
-// Runs a counting command five times and reports its median time and peak memory; the median
-// time, when every run counted entryCount entries.
-std::optional<double> measureCount(BenchReport &report, const QString &name,
-                                   const QStringList &command)
+// One run of a counting command: its seconds and peak memory, when it counted entryCount.
+std::optional<ProcessFigures> countOnce(BenchReport &report, const QString &name,
+                                        const QStringList &command)
 {
-    std::vector<double> seconds;
-    std::vector<double> megabytes;
-    for (int run = 0; run < 5; ++run) {
-        const std::optional<ProcessFigures> figures = runMeasured(command);
-        if (!figures || figures->exitCode != 0
-            || figures->output.trimmed() != QByteArray::number(entryCount)) {
-            report.note(QStringLiteral("%1 did not count the entries: %2")
-                            .arg(name,
-                                 figures ? QString::fromUtf8(figures->output.left(200))
-                                         : QStringLiteral("cannot start")));
-            return std::nullopt;
-        }
-        seconds.push_back(figures->seconds);
-        megabytes.push_back(figures->peakResidentMegabytes);
+    const std::optional<ProcessFigures> figures = runMeasured(command);
+    if (!figures || figures->exitCode != 0
+        || figures->output.trimmed() != QByteArray::number(entryCount)) {
+        report.note(QStringLiteral("%1 did not count the entries: %2")
+                        .arg(name,
+                             figures ? QString::fromUtf8(figures->output.left(200))
+                                     : QStringLiteral("cannot start")));
+        return std::nullopt;
     }
-    report.add(name + QStringLiteral("_count_s"), median(seconds), QStringLiteral("s"));
-    report.add(name + QStringLiteral("_peak_rss_mb"), median(megabytes), QStringLiteral("MB"));
-    return median(seconds);
+    return figures;
 }
 
 // The JavaScript peer, installed by `./lumo bench` with npm into .lumo/peers.
@@ -80,7 +71,11 @@ QString peerParserDirectory()
     return QFileInfo::exists(folder + QStringLiteral("/package.json")) ? folder : QString();
 }
 
-void compareWholeProcesses(BenchReport &report, const QByteArray &bytes, const QString &cli)
+// Both parsers as whole processes on the same file, in pairs (ours, then theirs, five
+// times), so that a machine busy for a moment slows both of a pair alike. Figures are named
+// after prefix.
+void compareWholeProcesses(BenchReport &report, const QString &prefix, const QByteArray &bytes,
+                           const QString &cli)
 {
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("list.m3u"));
@@ -91,27 +86,49 @@ void compareWholeProcesses(BenchReport &report, const QByteArray &bytes, const Q
         return;
     }
     file.close();
-    const std::optional<double> ours
-        = measureCount(report, QStringLiteral("cli"),
-                       {cli, QStringLiteral("parse-m3u"), path, QStringLiteral("--count")});
-
+    const QStringList ours {cli, QStringLiteral("parse-m3u"), path, QStringLiteral("--count")};
     const QString node = QStandardPaths::findExecutable(QStringLiteral("node"));
     const QString peer = peerParserDirectory();
-    if (node.isEmpty() || peer.isEmpty()) {
+    const bool withPeer = !node.isEmpty() && !peer.isEmpty();
+    if (!withPeer)
         report.note(QStringLiteral("node or iptv-playlist-parser is not installed; the "
                                    "comparison with it is left out"));
-        return;
-    }
     const QString script = QStringLiteral(
         "const p = require(process.argv[2]); const fs = require('fs');"
         "console.log(p.parse(fs.readFileSync(process.argv[1], 'utf8')).items.length);");
-    const std::optional<double> theirs = measureCount(
-        report, QStringLiteral("peer"), {node, QStringLiteral("-e"), script, path, peer});
-    if (!ours || !theirs)
+    const QStringList theirs {node, QStringLiteral("-e"), script, path, peer};
+    std::vector<double> ourSeconds, ourMegabytes, theirSeconds, theirMegabytes, ratios;
+    for (int pair = 0; pair < 5; ++pair) {
+        const std::optional<ProcessFigures> mine
+            = countOnce(report, prefix + QStringLiteral("cli"), ours);
+        if (!mine)
+            return;
+        ourSeconds.push_back(mine->seconds);
+        ourMegabytes.push_back(mine->peakResidentMegabytes);
+        if (!withPeer)
+            continue;
+        const std::optional<ProcessFigures> other
+            = countOnce(report, prefix + QStringLiteral("peer"), theirs);
+        if (!other)
+            return;
+        theirSeconds.push_back(other->seconds);
+        theirMegabytes.push_back(other->peakResidentMegabytes);
+        ratios.push_back(other->seconds / mine->seconds);
+    }
+    report.add(prefix + QStringLiteral("cli_count_s"), median(ourSeconds), QStringLiteral("s"));
+    report.add(prefix + QStringLiteral("cli_peak_rss_mb"), median(ourMegabytes),
+               QStringLiteral("MB"));
+    if (!withPeer)
         return;
-    report.add(QStringLiteral("cli_times_faster_than_peer"), *theirs / *ours, QStringLiteral("x"));
-    report.note(QStringLiteral("whole processes on the same %1 MB file, median of 5 runs each; "
-                               "the peer is iptv-playlist-parser run by %2")
+    report.add(prefix + QStringLiteral("peer_count_s"), median(theirSeconds), QStringLiteral("s"));
+    report.add(prefix + QStringLiteral("peer_peak_rss_mb"), median(theirMegabytes),
+               QStringLiteral("MB"));
+    report.add(prefix + QStringLiteral("cli_times_faster_than_peer"), median(ratios),
+               QStringLiteral("x"));
+    report.note(QStringLiteral("%1: whole processes on the same %2 MB file, 5 pairs, median of "
+                               "the pairs' ratios; the peer is iptv-playlist-parser run by %3")
+                    .arg(prefix.isEmpty() ? QStringLiteral("the bench's list")
+                                          : QStringLiteral("the provider-shaped list"))
                     .arg(double(bytes.size()) / (1024.0 * 1024.0), 0, 'f', 1)
                     .arg(node));
 }
@@ -183,9 +200,12 @@ int main(int argc, char *argv[])
     report.add(QStringLiteral("entries_megabytes"), double(held) / (1024.0 * 1024.0),
                QStringLiteral("MB"));
 
-    compareWholeProcesses(
-        report, bytes,
-        QFileInfo(QString::fromLocal8Bit(argv[0])).dir().filePath(QStringLiteral("lumo-cli")));
+    const QString cli
+        = QFileInfo(QString::fromLocal8Bit(argv[0])).dir().filePath(QStringLiteral("lumo-cli"));
+    compareWholeProcesses(report, QString(), bytes, cli);
+    // A second list, shaped as provider lists with catch-up are.
+    compareWholeProcesses(report, QStringLiteral("provider_"),
+                          makeProviderShapedPlaylist(entryCount), cli);
     const QString json = jsonPathFromArguments(argc, argv);
     if (!json.isEmpty() && !report.write(json)) {
         report.note(QStringLiteral("cannot write %1").arg(json));

@@ -57,26 +57,36 @@ std::optional<CatchupMode> CatchupSettings::modeNamed(QStringView name)
 
 CatchupAttributes CatchupAttributes::read(const ExtinfAttributes &attributes)
 {
+    static const ExtinfAttributes::NameSet set(names, nameCount);
+    return fromValues(attributes.values(set).constData());
+}
+
+CatchupAttributes CatchupAttributes::fromValues(const std::optional<QStringView> *values)
+{
+    // In the order of names.
+    const std::optional<QStringView> &catchup = values[0];
+    const std::optional<QStringView> &catchupType = values[1];
+    const std::optional<QStringView> &source = values[2];
+    const std::optional<QStringView> &days = values[3];
+    const std::optional<QStringView> &hours = values[4];
+    const std::optional<QStringView> &timeshift = values[5];
+    const std::optional<QStringView> &tvgRec = values[6];
     CatchupAttributes read;
-    std::optional<QStringView> mode = attributes.value(u"catchup");
-    if (!mode)
-        mode = attributes.value(u"catchup-type");
-    if (mode)
+    if (!catchup && !catchupType && !source && !days && !hours && !timeshift && !tvgRec)
+        return read;
+    if (const std::optional<QStringView> mode = catchup ? catchup : catchupType)
         read.mode = mode->toString();
-    if (const std::optional<QStringView> source = attributes.value(u"catchup-source"))
+    if (source)
         read.source = source->toString();
-    if (const std::optional<QStringView> days = attributes.value(u"catchup-days"))
+    if (days)
         read.days = readDays(*days);
-    if (const std::optional<QStringView> hours = attributes.value(u"catchup-correction"))
+    if (hours)
         read.correctionSeconds = readCorrection(*hours);
-    std::optional<QStringView> legacy = attributes.value(u"timeshift");
-    if (!legacy)
-        legacy = attributes.value(u"tvg-rec");
-    if (legacy) {
+    if (const std::optional<QStringView> legacy = timeshift ? timeshift : tvgRec) {
         // "0" announces no archive.
-        const std::optional<int> days = readDays(*legacy);
-        if (days && *days > 0)
-            read.legacyDays = days;
+        const std::optional<int> legacyDays = readDays(*legacy);
+        if (legacyDays && *legacyDays > 0)
+            read.legacyDays = legacyDays;
     }
     return read;
 }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringView>
 #include <QtGlobal>
+#include <iterator>
 #include <optional>
 
 class ExtinfAttributes;
@@ -55,6 +56,12 @@ struct CatchupAttributes
     std::optional<int> legacyDays; // timeshift="N" or tvg-rec="N": mode shift, N days
 
     static CatchupAttributes read(const ExtinfAttributes &attributes);
+    // The names read, in the order fromValues() takes their values.
+    static constexpr QStringView names[]
+        = {u"catchup",   u"catchup-type", u"catchup-source", u"catchup-days", u"catchup-correction",
+           u"timeshift", u"tvg-rec"};
+    static constexpr qsizetype nameCount = std::size(names);
+    static CatchupAttributes fromValues(const std::optional<QStringView> *values);
     bool isEmpty() const { return !mode && !source && !days && !correctionSeconds && !legacyDays; }
 
     // An entry's settings: each attribute of its own line, else the playlist's (header).

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <span>
+
 namespace {
 
 constexpr qsizetype tailSize = 8;
@@ -93,6 +95,63 @@ std::optional<QStringView> ExtinfAttributes::value(QStringView name) const
         return value;
     }
     return std::nullopt;
+}
+
+ExtinfAttributes::NameSet::NameSet(const QStringView *names, qsizetype count)
+{
+    for (const QStringView name : std::span(names, size_t(count))) {
+        Name made;
+        made.text = name;
+        const std::optional<quint64> tail = packedTail(name);
+        made.asciiTail = tail.has_value();
+        made.tail = tail.value_or(0);
+        const qsizetype compared = std::min(name.size(), tailSize);
+        made.mask = compared == tailSize ? ~quint64(0) : (quint64(1) << (8 * compared)) - 1;
+        m_names.append(made);
+    }
+}
+
+ExtinfAttributes::Values ExtinfAttributes::values(const NameSet &names) const
+{
+    Values values(names.size());
+    // Whether each name's first place was met (its value may still be none).
+    QVarLengthArray<bool, 24> met(names.size(), false);
+    qsizetype left = names.size();
+    for (const Place &place : m_places) {
+        for (qsizetype i = 0; i < names.size() && left > 0; ++i) {
+            if (met[i])
+                continue;
+            const NameSet::Name &name = names.m_names[i];
+            bool matches = false;
+            if (name.asciiTail && place.asciiTail) {
+                matches = ((place.tail ^ name.tail) & name.mask) == 0
+                    && place.equals >= name.text.size()
+                    && (name.text.size() <= tailSize
+                        || equalsIgnoringCase(m_line.sliced(place.equals - name.text.size(),
+                                                            name.text.size() - tailSize),
+                                              name.text.first(name.text.size() - tailSize)));
+            } else {
+                matches = place.equals >= name.text.size()
+                    && equalsIgnoringCase(
+                              m_line.sliced(place.equals - name.text.size(), name.text.size()),
+                              name.text);
+            }
+            if (!matches)
+                continue;
+            met[i] = true;
+            --left;
+            if (place.closing < 0)
+                continue;
+            const qsizetype valueStart = place.equals + 2;
+            const QStringView value
+                = m_line.sliced(valueStart, place.closing - valueStart).trimmed();
+            if (!value.isEmpty())
+                values[i] = value;
+        }
+        if (left == 0)
+            break;
+    }
+    return values;
 }
 
 qsizetype ExtinfAttributes::titleComma() const

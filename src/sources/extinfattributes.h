@@ -18,6 +18,31 @@ public:
     // quote is missing or the value is empty.
     std::optional<QStringView> value(QStringView name) const;
 
+    // Names looked up together, made once: a line's values are then found in one pass.
+    class NameSet
+    {
+    public:
+        NameSet(std::initializer_list<QStringView> names)
+            : NameSet(names.begin(), qsizetype(names.size()))
+        { }
+        NameSet(const QStringView *names, qsizetype count);
+        qsizetype size() const { return m_names.size(); }
+
+    private:
+        friend class ExtinfAttributes;
+        struct Name
+        {
+            QStringView text;
+            quint64 tail = 0; // as Place::tail
+            quint64 mask = 0; // the bytes of tail that count
+            bool asciiTail = false;
+        };
+        QVarLengthArray<Name, 24> m_names;
+    };
+    using Values = QVarLengthArray<std::optional<QStringView>, 24>;
+    // value() of each name of the set, in its order.
+    Values values(const NameSet &names) const;
+
     // The first comma outside the quoted values, after which the title begins (a user agent
     // reads "KHTML, like Gecko"); with a quote left open, the first comma of all. -1 for none.
     qsizetype titleComma() const;

@@ -274,35 +274,53 @@ public:
         // Everything after the first comma outside quoted values, further commas kept; the
         // whole line with no comma.
         const ExtinfAttributes attributes(line);
+        // Every name in one pass over the line's values.
+        enum Name {
+            tvgName,
+            tvgShift,
+            tvgLogo,
+            groupTitle,
+            tvgCountry,
+            country,
+            tvgId,
+            agent,
+            referrer,
+            catchup
+        };
+        static const ExtinfAttributes::NameSet names = [] {
+            std::vector<QStringView> all {u"tvg-name",    u"tvg-shift",       u"tvg-logo",
+                                          u"group-title", u"tvg-country",     u"country",
+                                          u"tvg-id",      u"http-user-agent", u"http-referrer"};
+            all.insert(all.end(), std::begin(CatchupAttributes::names),
+                       std::end(CatchupAttributes::names));
+            return ExtinfAttributes::NameSet(all.data(), qsizetype(all.size()));
+        }();
+        const ExtinfAttributes::Values values = attributes.values(names);
         const qsizetype comma = attributes.titleComma();
         const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
         m_pending.clear();
         assignText(m_pending.name, title);
-        const std::optional<QStringView> tvgName = attributes.value(u"tvg-name");
-        if (tvgName) {
-            assignText(m_pending.tvgName, *tvgName);
+        if (const std::optional<QStringView> &name = values[tvgName]) {
+            assignText(m_pending.tvgName, *name);
             if (title.isEmpty())
-                assignText(m_pending.name, *tvgName);
+                assignText(m_pending.name, *name);
         }
-        if (std::optional<QStringView> shift = attributes.value(u"tvg-shift")) {
+        if (const std::optional<QStringView> &shift = values[tvgShift])
             m_pending.shiftSeconds = TvgShift::parseSeconds(*shift);
-        }
 
-        if (std::optional<QStringView> logo = attributes.value(u"tvg-logo")) {
+        if (const std::optional<QStringView> &logo = values[tvgLogo]) {
             if (!encodeAddress(*logo, nullptr, m_pending.logo))
                 m_pending.logo.resize(0);
         }
-        if (std::optional<QStringView> group = attributes.value(u"group-title"))
+        if (const std::optional<QStringView> &group = values[groupTitle])
             m_pending.group = m_pool.intern(*group);
 
-        std::optional<QStringView> country = attributes.value(u"tvg-country");
-        if (!country)
-            country = attributes.value(u"country");
-        if (country) {
-            if (const std::optional<QStringView> piece = countryPieceOfList(*country))
+        if (const std::optional<QStringView> &code
+            = values[tvgCountry] ? values[tvgCountry] : values[country]) {
+            if (const std::optional<QStringView> piece = countryPieceOfList(*code))
                 m_pending.country = m_pool.internCountryCode(*piece);
         }
-        const std::optional<QStringView> tvgID = attributes.value(u"tvg-id");
+        const std::optional<QStringView> &tvgID = values[tvgId];
         if (tvgID)
             assignText(m_pending.tvgId, *tvgID);
         if (m_pending.country.isNull() && tvgID) {
@@ -310,12 +328,12 @@ public:
                 m_pending.country = m_pool.internCountryCode(*piece);
         }
 
-        m_pendingCatchup = CatchupAttributes::read(attributes);
+        m_pendingCatchup = CatchupAttributes::fromValues(values.constData() + catchup);
 
-        if (std::optional<QStringView> agent = attributes.value(u"http-user-agent"))
-            m_pendingHeaders.userAgent = headerValue(*agent);
-        if (std::optional<QStringView> referrer = attributes.value(u"http-referrer"))
-            m_pendingHeaders.referrer = headerValue(*referrer);
+        if (const std::optional<QStringView> &userAgent = values[agent])
+            m_pendingHeaders.userAgent = headerValue(*userAgent);
+        if (const std::optional<QStringView> &referrerValue = values[referrer])
+            m_pendingHeaders.referrer = headerValue(*referrerValue);
     }
 
     // "#EXTVLCOPT:name=value": VLC's options for the next address. Only the request headers

@@ -28,6 +28,8 @@
 #include <algorithm>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int runs = 5;
@@ -245,6 +247,22 @@ int main(int argc, char *argv[])
         measure(report, QStringLiteral("cli_guide_1gb"),
                 {cli, QStringLiteral("guide"), bigList, QStringLiteral("--at"), at},
                 everyEntryHasNow(1000), 1);
+        // The same channels with a 14-day archive, at the guide's last evening: every programme
+        // before it is kept.
+        const QString archiveList = dir.filePath(QStringLiteral("archive.m3u"));
+        const QString lastEvening
+            = QDateTime::fromSecsSinceEpoch(big.firstDay + 13 * 86400 + 20 * 3600, QTimeZone::utc())
+                  .toString(Qt::ISODate);
+        if (writeFile(archiveList,
+                      syntheticGuidePlaylist(big.channels, 9, u"big.xml"_s,
+                                             "catchup=\"shift\" catchup-days=\"14\""))) {
+            report.note(QStringLiteral("the same with catch-up for 14 days on every channel, at %1")
+                            .arg(lastEvening));
+            measure(
+                report, QStringLiteral("cli_guide_1gb_catchup"),
+                {cli, QStringLiteral("guide"), archiveList, QStringLiteral("--at"), lastEvening},
+                everyEntryHasNow(1000), 1);
+        }
         QFile::remove(bigPath);
     }
 

@@ -74,9 +74,13 @@ bool writeSyntheticGuide(const QString &path, const SyntheticGuide &guide, qint6
     return ok;
 }
 
-QByteArray syntheticGuidePlaylist(int channels, int step, const QString &guideName)
+QByteArray syntheticGuidePlaylist(int channels, int step, const QString &guideName,
+                                  const QByteArray &headerAttributes)
 {
-    QByteArray text = "#EXTM3U x-tvg-url=\"" + guideName.toUtf8() + "\"\n";
+    QByteArray text = "#EXTM3U x-tvg-url=\"" + guideName.toUtf8() + "\"";
+    if (!headerAttributes.isEmpty())
+        text += ' ' + headerAttributes;
+    text += '\n';
     for (int channel = 0; channel < channels; channel += step) {
         text += "#EXTINF:-1 tvg-id=\"" + channelId(channel) + "\" group-title=\"News\",Channel "
             + QByteArray::number(channel) + "\nhttp://line.example.tv/live/"

@@ -16,5 +16,6 @@ struct SyntheticGuide
 bool writeSyntheticGuide(const QString &path, const SyntheticGuide &guide, qint64 *count = nullptr);
 
 // A playlist of every step-th channel of the guide (channels / step entries), whose header names
-// guideName as its guide.
-QByteArray syntheticGuidePlaylist(int channels, int step, const QString &guideName);
+// guideName as its guide, and says headerAttributes besides (catch-up, for one).
+QByteArray syntheticGuidePlaylist(int channels, int step, const QString &guideName,
+                                  const QByteArray &headerAttributes = {});

@@ -345,6 +345,10 @@ void PlayerModel::handlePlaybackFailure(const QString &reason)
     hideBufferingIndicator();
     setIsPlaying(false);
     showToast(QStringLiteral("Could not play %1.").arg(m_title), reason);
+    if (m_archive) {
+        m_archive.reset();
+        Q_EMIT archiveChanged();
+    }
     setCurrentTime(0);
     setDuration(0);
     setTitle(noMediaTitle.toString());

@@ -175,7 +175,9 @@ private Q_SLOTS:
               "catchup-source=\"?archive={utc}&end={utcend}\",Film\n"
             + address(u"/append/film.ts"_s) + "\n#EXTINF:-1 tvg-id=\"plain\",Plain\n"
             + address(u"/plain.ts"_s) + "\n#EXTINF:-1 catchup=\"shift\",Unlisted\n"
-            + address(u"/plain.ts"_s) + "\n";
+            + address(u"/plain.ts"_s)
+            + "\n#EXTINF:-1 tvg-id=\"news\" catchup=\"default\" catchup-source=\""
+            + address(u"/missing/{utc}.ts"_s) + "\",Broken\n" + address(u"/plain.ts"_s) + "\n";
         m_server->route(u"/tv.m3u"_s, HttpResponse::text(playlist, "audio/x-mpegurl"));
 
         m_model = std::make_unique<PlayerModel>(
@@ -187,7 +189,7 @@ private Q_SLOTS:
         m_list->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_list.get()));
         m_model->openRemote(m_server->url(u"/tv.m3u"_s).toString(), std::nullopt);
-        QTRY_COMPARE_WITH_TIMEOUT(m_list->listModel()->rowCount(), 6, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_list->listModel()->rowCount(), 7, 20000);
         QTRY_VERIFY_WITH_TIMEOUT(
             !m_model->programmeGuide()->isEmpty() && !m_model->isLoadingGuides(), 20000);
     }
@@ -315,6 +317,19 @@ private Q_SLOTS:
         m_model->skip(10000);
         QVERIFY(m_model->currentTime() <= double(programmeSeconds));
         QTest::mouseClick(m_list->programmeList()->backButton(), Qt::LeftButton);
+    }
+
+    void anArchiveThatFailsSaysWhy()
+    {
+        const qint64 start = playPast(u"Broken"_s, 2);
+        QVERIFY(start > 0);
+        const QString title = u"Broken \u2014 "_s + showTitle(start);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->toastMessage(), u"Could not play %1."_s.arg(title),
+                                  15000);
+        QVERIFY(!m_model->toastDetail().isEmpty());
+        QVERIFY(!m_model->isPlayingArchive());
+        QCOMPARE(m_model->title(), PlayerModel::noMediaTitle.toString());
+        QTRY_COMPARE(m_model->duration(), 0.0);
     }
 
     void theProgrammeOnAirPlaysFromItsStartOrLive()

@@ -22,6 +22,7 @@
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
@@ -340,6 +341,48 @@ private Q_SLOTS:
         QVERIFY(!subtitles->menuAction()->isEnabled());
     }
 
+    void backToLiveLeavesTheArchiveForTheChannel()
+    {
+        QAction *live = menuAction(QStringLiteral("Playback"), QStringLiteral("Back to Live"));
+        QVERIFY(live);
+        QVERIFY(!live->isEnabled());
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        server.route(QStringLiteral("/list.m3u"),
+                     HttpResponse::text("#EXTM3U catchup=\"shift\"\n#EXTINF:-1,News\n"
+                                        "http://127.0.0.1:9/news.m3u8\n#EXTINF:-1,Sport\n"
+                                        "http://127.0.0.1:9/sport.m3u8\n"));
+        m_model->openRemote(server.url(QStringLiteral("/list.m3u")).toString(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->playlist().size(), 2, 10000);
+        const qint64 now = QDateTime::currentSecsSinceEpoch();
+        const PlaylistEntry news = m_model->playlist().first();
+        QVERIFY(
+            m_model->playArchive(news, {QStringLiteral("Late News"), now - 7200, now - 3600, {}}));
+        QVERIFY(live->isEnabled());
+        QCOMPARE(m_model->title(), QStringLiteral("News \u2014 Late News"));
+        QVERIFY(player().items.constLast());
+        QVERIFY(player().items.constLast()->toString().startsWith(
+            QStringLiteral("http://127.0.0.1:9/news.m3u8?utc=%1&lutc=").arg(now - 7200)));
+        QVERIFY(!m_model->isLiveStream());
+        live->trigger();
+        QVERIFY(!live->isEnabled());
+        QCOMPARE(m_model->title(), QStringLiteral("News"));
+        QCOMPARE(player().items.constLast(), QUrl(QStringLiteral("http://127.0.0.1:9/news.m3u8")));
+        QVERIFY(m_model->isLiveStream());
+        // Zapping from the archive goes to the next channel live.
+        QVERIFY(
+            m_model->playArchive(news, {QStringLiteral("Late News"), now - 7200, now - 3600, {}}));
+        QTest::keyClick(m_window->windowHandle(), Qt::Key_PageDown);
+        QTRY_COMPARE(m_model->title(), QStringLiteral("Sport"));
+        QVERIFY(!live->isEnabled());
+        QVERIFY(m_model->isLiveStream());
+        // A programme beyond the archive window is refused with a notice.
+        QVERIFY(!m_model->playArchive(
+            news, {QStringLiteral("Old"), now - 9 * 86400, now - 9 * 86400 + 3600, {}}));
+        QCOMPARE(m_model->title(), QStringLiteral("Sport"));
+        QVERIFY(!m_model->toastMessage().isEmpty());
+    }
+
     void thePageKeysAndTheMenuZapThroughTheChannels()
     {
         QAction *next = menuAction(QStringLiteral("Playback"), QStringLiteral("Next Channel"));
@@ -536,8 +579,8 @@ private Q_SLOTS:
                  (QStringList {"Play", "Stop", "-", "Back 5 Seconds", "Forward 5 Seconds",
                                "Back 20 Seconds", "Forward 20 Seconds", "Back 60 Seconds",
                                "Forward 60 Seconds", "Mute", "-", "Next Channel\tPage Down",
-                               "Previous Channel\tPage Up", "Start Recording", "-", "Audio Track",
-                               "Subtitles"}));
+                               "Previous Channel\tPage Up", "Back to Live", "Start Recording", "-",
+                               "Audio Track", "Subtitles"}));
         // The page keys are the player's own: the items only show them.
         QVERIFY(menuAction(QStringLiteral("Playback"), QStringLiteral("Next Channel"))
                     ->shortcut()

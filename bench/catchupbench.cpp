@@ -23,6 +23,7 @@
 #include <QListWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 
 #include <algorithm>
 #include <vector>
@@ -40,7 +41,7 @@ double median(std::vector<double> values)
 
 QString xmltvTime(qint64 seconds)
 {
-    return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC)
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc())
                .toString(QStringLiteral("yyyyMMddHHmmss"))
         + QStringLiteral(" +0000");
 }

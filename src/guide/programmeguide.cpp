@@ -141,8 +141,7 @@ ProgrammeGuide::ProgrammeGuide(const std::vector<GuideRead> &guides,
 
 qint64 ProgrammeGuide::keptFrom(qint64 moment)
 {
-    const QDateTime startOfDay
-        = QDateTime::fromSecsSinceEpoch(moment, Qt::LocalTime).date().startOfDay(Qt::LocalTime);
+    const QDateTime startOfDay = QDateTime::fromSecsSinceEpoch(moment).date().startOfDay();
     return std::min(moment - keptBehind, startOfDay.toSecsSinceEpoch());
 }
 

@@ -182,7 +182,7 @@ std::optional<QString> pattern(const CatchupSettings &settings, const QUrl &chan
 
 QString expand(QStringView pattern, const Moments &moments, QStringView catchupId)
 {
-    const QDateTime localStart = QDateTime::fromSecsSinceEpoch(moments.start, Qt::LocalTime);
+    const QDateTime localStart = QDateTime::fromSecsSinceEpoch(moments.start);
     QString out;
     out.reserve(pattern.size() + 32);
     qsizetype i = 0;

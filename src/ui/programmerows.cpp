@@ -21,24 +21,21 @@ qint64 listedFrom(const std::optional<CatchupSettings> &catchup, qint64 now)
 {
     if (catchup)
         return now - qint64(catchup->windowDays()) * 86400;
-    return QDateTime::fromSecsSinceEpoch(now, Qt::LocalTime)
-        .date()
-        .startOfDay(Qt::LocalTime)
-        .toSecsSinceEpoch();
+    return QDateTime::fromSecsSinceEpoch(now).date().startOfDay().toSecsSinceEpoch();
 }
 
 QList<Row> rows(const QList<ProgrammeGuide::Programme> &programmes,
                 const std::optional<CatchupSettings> &catchup, qint64 now)
 {
     const qint64 from = listedFrom(catchup, now);
-    const QDate today = QDateTime::fromSecsSinceEpoch(now, Qt::LocalTime).date();
+    const QDate today = QDateTime::fromSecsSinceEpoch(now).date();
     QList<Row> list;
     QDate day;
     for (qsizetype i = 0; i < programmes.size(); ++i) {
         const ProgrammeGuide::Programme &programme = programmes[i];
         if (programme.stop <= from)
             continue;
-        const QDateTime start = QDateTime::fromSecsSinceEpoch(programme.start, Qt::LocalTime);
+        const QDateTime start = QDateTime::fromSecsSinceEpoch(programme.start);
         if (start.date() != day) {
             day = start.date();
             list.append({true, dayHeading(day, today), -1, When::future, false});

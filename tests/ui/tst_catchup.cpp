@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -31,13 +32,13 @@ constexpr qint64 programmeSeconds = 120;
 
 QString xmltvTime(qint64 seconds)
 {
-    return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(u"yyyyMMddHHmmss"_s)
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc()).toString(u"yyyyMMddHHmmss"_s)
         + u" +0000"_s;
 }
 
 QString showTitle(qint64 start)
 {
-    return u"Show "_s + QDateTime::fromSecsSinceEpoch(start, Qt::UTC).toString(u"HH:mm"_s);
+    return u"Show "_s + QDateTime::fromSecsSinceEpoch(start, QTimeZone::utc()).toString(u"HH:mm"_s);
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace {
 // Monday 23 November 2026, 20:30 in Berlin (19:30 UTC).
 qint64 berlin(int day, int hour, int minute = 0)
 {
-    return QDateTime(QDate(2026, 11, day), QTime(hour, minute), Qt::LocalTime).toSecsSinceEpoch();
+    return QDateTime(QDate(2026, 11, day), QTime(hour, minute)).toSecsSinceEpoch();
 }
 
 QList<ProgrammeGuide::Programme> hourly(qint64 from, int count)
@@ -109,8 +109,7 @@ private Q_SLOTS:
     void daysFollowDaylightSaving()
     {
         // Sunday 25 October 2026 has 25 hours in Berlin: the day's rows stay under one heading.
-        const qint64 from
-            = QDateTime(QDate(2026, 10, 25), QTime(0, 0), Qt::LocalTime).toSecsSinceEpoch();
+        const qint64 from = QDateTime(QDate(2026, 10, 25), QTime(0, 0)).toSecsSinceEpoch();
         const QList<ProgrammeRows::Row> rows
             = ProgrammeRows::rows(hourly(from, 26), std::nullopt, from + 3600);
         QCOMPARE(rows[0].text, u"Today"_s);

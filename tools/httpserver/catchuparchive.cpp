@@ -53,7 +53,7 @@ HttpResponse CatchupArchive::answer(const HttpRequest &request)
         // The provider's local time, which is the player's here.
         const QDateTime start(
             QDate(match.captured(2).toInt(), match.captured(3).toInt(), match.captured(4).toInt()),
-            QTime(match.captured(5).toInt(), match.captured(6).toInt()), Qt::LocalTime);
+            QTime(match.captured(5).toInt(), match.captured(6).toInt()));
         if (!start.isValid())
             return HttpResponse::notFound();
         return clipFrom(request, start.toSecsSinceEpoch(), match.captured(1).toLongLong() * 60);

@@ -99,6 +99,7 @@ std::optional<QStringView> ExtinfAttributes::value(QStringView name) const
 
 ExtinfAttributes::NameSet::NameSet(const QStringView *names, qsizetype count)
 {
+    Q_ASSERT(count <= 32);
     for (const QStringView name : std::span(names, size_t(count))) {
         Name made;
         made.text = name;
@@ -107,6 +108,14 @@ ExtinfAttributes::NameSet::NameSet(const QStringView *names, qsizetype count)
         made.tail = tail.value_or(0);
         const qsizetype compared = std::min(name.size(), tailSize);
         made.mask = compared == tailSize ? ~quint64(0) : (quint64(1) << (8 * compared)) - 1;
+        const quint32 bit = quint32(1) << m_names.size();
+        if (made.asciiTail && !name.isEmpty()) {
+            m_endingIn[size_t(made.tail & 0x7f)] |= bit;
+        } else {
+            // Not told apart by an ASCII last character: compared at every value.
+            for (quint32 &names : m_endingIn)
+                names |= bit;
+        }
         m_names.append(made);
     }
 }
@@ -114,13 +123,17 @@ ExtinfAttributes::NameSet::NameSet(const QStringView *names, qsizetype count)
 ExtinfAttributes::Values ExtinfAttributes::values(const NameSet &names) const
 {
     Values values(names.size());
-    // Whether each name's first place was met (its value may still be none).
-    QVarLengthArray<bool, 24> met(names.size(), false);
-    qsizetype left = names.size();
+    const quint32 all = names.size() == 32 ? ~quint32(0) : (quint32(1) << names.size()) - 1;
+    quint32 left = all; // the names whose first place is still to be met
     for (const Place &place : m_places) {
-        for (qsizetype i = 0; i < names.size() && left > 0; ++i) {
-            if (met[i])
-                continue;
+        // A name ending in some other character cannot stand before this "=", unless the line
+        // has something other than ASCII there.
+        quint32 candidates = left;
+        if (place.asciiTail && place.equals > 0)
+            candidates &= names.m_endingIn[size_t(place.tail & 0x7f)];
+        while (candidates != 0) {
+            const int i = qCountTrailingZeroBits(candidates);
+            candidates &= candidates - 1;
             const NameSet::Name &name = names.m_names[i];
             bool matches = false;
             if (name.asciiTail && place.asciiTail) {
@@ -138,8 +151,7 @@ ExtinfAttributes::Values ExtinfAttributes::values(const NameSet &names) const
             }
             if (!matches)
                 continue;
-            met[i] = true;
-            --left;
+            left &= ~(quint32(1) << i);
             if (place.closing < 0)
                 continue;
             const qsizetype valueStart = place.equals + 2;

@@ -6,6 +6,8 @@
 #include <QStringView>
 #include <QVarLengthArray>
 
+#include <array>
+
 #include <optional>
 
 class ExtinfAttributes
@@ -37,9 +39,12 @@ public:
             quint64 mask = 0; // the bytes of tail that count
             bool asciiTail = false;
         };
-        QVarLengthArray<Name, 24> m_names;
+        QVarLengthArray<Name, 32> m_names;
+        // The names, as bits by their place in m_names, that end in each ASCII character
+        // (lower-cased); a line's value is only compared with those its name's last one gives.
+        std::array<quint32, 128> m_endingIn {};
     };
-    using Values = QVarLengthArray<std::optional<QStringView>, 24>;
+    using Values = QVarLengthArray<std::optional<QStringView>, 32>;
     // value() of each name of the set, in its order.
     Values values(const NameSet &names) const;
 

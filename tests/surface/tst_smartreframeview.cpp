@@ -19,6 +19,7 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
 #include <atomic>
 
 using Mode = PortraitDisplayMode;
@@ -191,29 +192,46 @@ private Q_SLOTS:
 
     void aSmallFaceWalkingAcrossIsFollowedWithoutStallingTheWindow()
     {
-        // The same stretch of the walk, first in Normal, then in Smart Reframe, measured once
-        // it plays.
+        // The same stretch of the walk in Normal, then in Smart Reframe, measured once it plays;
+        // three rounds, the modes taking turns. A stall the detection causes comes back in every
+        // round of the mode; a moment the machine is busy elsewhere does not, so each mode's
+        // least longest stall is compared.
         const auto watch = [this](Mode mode) {
             m_view->setDisplayMode(mode);
             if (!play(media("walk.mp4")))
                 return -1.0;
             return longestStallMs([] { QTest::qWait(11000); });
         };
-        const double normalStall = watch(Mode::normal);
-        QVERIFY(normalStall >= 0);
-        m_view->setDisplayMode(Mode::fill);
-        QSignalSpy pans(m_view.get(), &PlayerHostingView::horizontalPanChanged);
-        const double smartStall = watch(Mode::smart);
-        picture("smart-reframe-walk-end");
+        QList<double> normalStalls;
+        QList<double> smartStalls;
+        QList<double> panSteps; // of the first round in Smart Reframe
+        for (int round = 0; round < 3; ++round) {
+            normalStalls.append(watch(Mode::normal));
+            QVERIFY(normalStalls.last() >= 0);
+            m_view->setDisplayMode(Mode::fill);
+            QSignalSpy pans(m_view.get(), &PlayerHostingView::horizontalPanChanged);
+            smartStalls.append(watch(Mode::smart));
+            QVERIFY(smartStalls.last() >= 0);
+            if (round > 0)
+                continue;
+            picture("smart-reframe-walk-end");
+            for (const QList<QVariant> &step : std::as_const(pans))
+                panSteps.append(step.at(0).toDouble());
+            QVERIFY2(m_view->horizontalPan() < -0.3,
+                     qPrintable(QString::number(m_view->horizontalPan())));
+        }
         m_player->pause();
-        qInfo("longest stall of the window's thread: %.1f ms in Normal, %.1f ms in Smart Reframe",
-              normalStall, smartStall);
-        QVERIFY(pans.count() >= 8);
+        const double normalStall = *std::min_element(normalStalls.begin(), normalStalls.end());
+        const double smartStall = *std::min_element(smartStalls.begin(), smartStalls.end());
+        qInfo("longest stalls of the window's thread, by round: Normal %.1f / %.1f / %.1f ms, "
+              "Smart Reframe %.1f / %.1f / %.1f ms",
+              normalStalls[0], normalStalls[1], normalStalls[2], smartStalls[0], smartStalls[1],
+              smartStalls[2]);
+        QVERIFY(panSteps.size() >= 8);
         // Where each step says the face was: the target it took 35 % of the way to.
         QList<double> targets;
         double previous = 0;
-        for (const QList<QVariant> &step : std::as_const(pans)) {
-            const double pan = step.at(0).toDouble();
+        for (const double pan : std::as_const(panSteps)) {
             targets.append(previous + (pan - previous) / SmartReframe::smoothing);
             previous = pan;
         }
@@ -229,8 +247,6 @@ private Q_SLOTS:
                                     .arg(targets[i])
                                     .arg(targets[i - 1])));
         }
-        QVERIFY2(m_view->horizontalPan() < -0.3,
-                 qPrintable(QString::number(m_view->horizontalPan())));
         QVERIFY2(
             smartStall <= normalStall + 5,
             qPrintable(QStringLiteral("%1 ms against %2 ms").arg(smartStall).arg(normalStall)));

@@ -24,13 +24,8 @@ ProgrammeGuide::NowNext PlayerModel::playingProgrammes(qint64 moment) const
 {
     if (!m_playingChannel || m_guide->isEmpty())
         return {};
-    // The entry's position in the playlist; the channel list hands out the playlist's entries.
-    const QList<PlaylistEntry> &entries = playlist();
-    for (qsizetype i = 0; i < entries.size(); ++i) {
-        if (entries[i].id() == m_playingChannel->id())
-            return m_guide->at(i, moment);
-    }
-    return {};
+    // The channel list hands out the playlist's entries.
+    return m_guide->at(playlistPosition(*m_playingChannel), moment);
 }
 
 std::optional<QString> PlayerModel::chooseGuideFile() const

@@ -202,10 +202,14 @@ private:
 
 // The encoded form of an address, relative ones resolved against base, into a buffer reused from
 // address to address; with no base (logos, which have no playlist address to be relative to)
-// only absolute addresses count. False when the text is not an address.
-bool encodeAddress(QStringView text, const QUrl *base, QByteArray &into)
+// only absolute addresses count. baseDirectory is the base's plain folder, when it has one.
+// False when the text is not an address.
+bool encodeAddress(QStringView text, const QUrl *base, QByteArrayView baseDirectory,
+                   QByteArray &into)
 {
     if (UrlParts::encodePlainAddress(text, into))
+        return true;
+    if (base && UrlParts::encodePlainRelative(text, baseDirectory, into))
         return true;
     const std::optional<QUrl> url = base ? UrlParts::parse(text, *base) : UrlParts::parse(text);
     if (!url || (!base && url->isRelative()))
@@ -266,6 +270,7 @@ class Parser
 public:
     Parser(const QUrl &baseURL, CatchupAttributes headerCatchup)
         : m_baseURL(baseURL)
+        , m_baseDirectory(UrlParts::plainBaseDirectory(baseURL))
         , m_headerCatchup(std::move(headerCatchup))
     { }
 
@@ -309,7 +314,7 @@ public:
             m_pending.shiftSeconds = TvgShift::parseSeconds(*shift);
 
         if (const std::optional<QStringView> &logo = values[tvgLogo]) {
-            if (!encodeAddress(*logo, nullptr, m_pending.logo))
+            if (!encodeAddress(*logo, nullptr, {}, m_pending.logo))
                 m_pending.logo.resize(0);
         }
         if (const std::optional<QStringView> &group = values[groupTitle])
@@ -356,7 +361,7 @@ public:
 
     void readAddress(QStringView line)
     {
-        if (!encodeAddress(line, &m_baseURL, m_address))
+        if (!encodeAddress(line, &m_baseURL, m_baseDirectory, m_address))
             return; // keep the pending information for the next address line
 
         const QString nameOfAddress
@@ -383,6 +388,7 @@ public:
 
 private:
     QUrl m_baseURL;
+    QByteArray m_baseDirectory; // relative addresses are resolved without QUrl against it
     PendingInfo m_pending;
     QByteArray m_address; // reused from line to line
     StreamHeaders m_pendingHeaders;

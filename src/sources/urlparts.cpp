@@ -180,7 +180,53 @@ bool isPlainAddress(QStringView text)
     return allPlainPathCharacters(text.sliced(at));
 }
 
+// Whether a path has a "." or ".." segment, which resolving removes.
+bool hasDotSegment(QStringView path)
+{
+    qsizetype segmentStart = 0;
+    for (qsizetype at = 0; at <= path.size(); ++at) {
+        if (at < path.size() && path[at] != u'/')
+            continue;
+        const QStringView segment = path.sliced(segmentStart, at - segmentStart);
+        if (segment == u"." || segment == u"..")
+            return true;
+        segmentStart = at + 1;
+    }
+    return false;
+}
+
 } // namespace
+
+QByteArray plainBaseDirectory(const QUrl &base)
+{
+    if (!base.isValid() || base.isRelative() || !base.path().startsWith(u'/'))
+        return {};
+    const QUrl directory
+        = base.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment | QUrl::RemoveFilename);
+    if (hasDotSegment(directory.path(QUrl::FullyEncoded)))
+        return {};
+    return encoded(directory);
+}
+
+bool encodePlainRelative(QStringView text, QByteArrayView directory, QByteArray &into)
+{
+    if (directory.isEmpty() || text.isEmpty() || text.front() == u'/' || text.front() == u'?'
+        || !allPlainPathCharacters(text))
+        return false;
+    const qsizetype query = text.indexOf(u'?');
+    const QStringView path = query < 0 ? text : text.first(query);
+    // A colon before the first slash makes the text an address of its own scheme.
+    const qsizetype colon = path.indexOf(u':');
+    if ((colon >= 0 && (colon < path.indexOf(u'/') || !path.contains(u'/'))) || hasDotSegment(path))
+        return false;
+    into.resize(directory.size() + text.size());
+    char *out = into.data();
+    std::memcpy(out, directory.data(), size_t(directory.size()));
+    out += directory.size();
+    for (const QChar c : text)
+        *out++ = char(c.unicode());
+    return true;
+}
 
 bool encodePlainAddress(QStringView text, QByteArray &into)
 {

@@ -33,6 +33,16 @@ std::optional<QByteArray> encodedPlainAddress(QStringView text);
 // text is not such an address.
 bool encodePlainAddress(QStringView text, QByteArray &into);
 
+// The folder of a base address, fully encoded, that plain relative paths are appended to:
+// "http://h/a/" for "http://h/a/list.m3u?x=1". Empty when resolving against the base is more
+// than appending: no path, or a path with "." or ".." segments.
+QByteArray plainBaseDirectory(const QUrl &base);
+// The fully encoded form of text resolved against such a folder, without QUrl, when text is a
+// relative path that resolving leaves as written: only characters that need no encoding, no
+// scheme, not starting with "/" or "?", and no "." or ".." segments. False, the buffer
+// untouched, otherwise (the caller then uses parse()). Provider lists often hold such paths.
+bool encodePlainRelative(QStringView text, QByteArrayView directory, QByteArray &into);
+
 // The fully encoded form of a parsed address, in a buffer of exactly its size.
 QByteArray encoded(const QUrl &url);
 

@@ -1,6 +1,7 @@
 #include "sources/urlparts.h"
 
 #include <QDir>
+#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -35,6 +36,11 @@ private Q_SLOTS:
     void plainAddressesAreEncodedAsQUrlDoes_data();
     void plainAddressesAreEncodedAsQUrlDoes();
     void everyCorpusAddressIsEncodedAsQUrlDoes();
+    void plainRelativePathsAreResolvedAsQUrlDoes_data();
+    void plainRelativePathsAreResolvedAsQUrlDoes();
+    void basesWithoutAPlainDirectory_data();
+    void basesWithoutAPlainDirectory();
+    void randomRelativeReferencesResolveAsQUrlDoes();
     void deletingPathExtension_data();
     void deletingPathExtension();
 };
@@ -333,6 +339,110 @@ void TestUrlParts::everyCorpusAddressIsEncodedAsQUrlDoes()
         }
     }
     QVERIFY(plainCount > 20000);
+}
+
+void TestUrlParts::plainRelativePathsAreResolvedAsQUrlDoes_data()
+{
+    QTest::addColumn<QString>("base");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("plain");
+    const QString list = u"http://h.example/lists/tv/index.m3u?token=1"_s;
+    QTest::newRow("sibling file") << list << "x.ts" << true;
+    QTest::newRow("sub-folder") << list << "live/u1/p1/0.ts" << true;
+    QTest::newRow("with a query") << list << "live/1.ts?a=b/c&d=./e" << true;
+    QTest::newRow("sub-delims") << list << "a!$&'()*+,;=@/b:c" << true;
+    QTest::newRow("dots inside names") << list << "a.b/...c/d..ts" << true;
+    QTest::newRow("list without a query")
+        << u"https://cdn.example:8443/p/list.m3u"_s << "1.ts" << true;
+    QTest::newRow("list in the root") << u"http://h.example/list.m3u"_s << "1.ts" << true;
+    QTest::newRow("local file") << u"file:///tmp/lists/list.m3u"_s << "a/b.ts" << true;
+    QTest::newRow("upper-case host of the base") << u"http://H.Example/x/l.m3u"_s << "1.ts" << true;
+    QTest::newRow("IPv6 base") << u"http://[2409:8087:1::e5]:6610/PLTV/l.m3u"_s << "1.ts" << true;
+    QTest::newRow("base with user info") << u"http://u:p@h.example/l.m3u"_s << "1.ts" << true;
+    QTest::newRow("dot segment") << list << "./x.ts" << false;
+    QTest::newRow("parent segment") << list << "a/../x.ts" << false;
+    QTest::newRow("trailing dot segment") << list << "a/.." << false;
+    QTest::newRow("lone dot") << list << "." << false;
+    QTest::newRow("root") << list << "/abs.ts" << false;
+    QTest::newRow("network path") << list << "//cdn.example/x.ts" << false;
+    QTest::newRow("query only") << list << "?q=2" << false;
+    QTest::newRow("scheme") << list << "rtmp:x" << false;
+    QTest::newRow("colon in the first segment") << list << "a:b/c.ts" << false;
+    QTest::newRow("space") << list << "my channel.ts" << false;
+    QTest::newRow("percent") << list << "a%20b.ts" << false;
+    QTest::newRow("fragment") << list << "a.ts#t=1" << false;
+    QTest::newRow("non-ASCII") << list << "中文.ts" << false;
+    QTest::newRow("backslash") << list << "a\\b.ts" << false;
+}
+
+void TestUrlParts::plainRelativePathsAreResolvedAsQUrlDoes()
+{
+    QFETCH(QString, base);
+    QFETCH(QString, text);
+    QFETCH(bool, plain);
+    const QUrl baseUrl(base);
+    const QByteArray directory = plainBaseDirectory(baseUrl);
+    QVERIFY(!directory.isEmpty());
+    QByteArray encodedText("untouched");
+    QCOMPARE(encodePlainRelative(text, directory, encodedText), plain);
+    const std::optional<QUrl> slow = parse(text, baseUrl);
+    QVERIFY(slow);
+    if (plain)
+        QCOMPARE(encodedText, slow->toEncoded());
+    else
+        QCOMPARE(encodedText, QByteArray("untouched"));
+}
+
+void TestUrlParts::basesWithoutAPlainDirectory_data()
+{
+    QTest::addColumn<QString>("base");
+    QTest::newRow("no path") << "http://h.example";
+    QTest::newRow("query without a path") << "http://h.example?x=1";
+    QTest::newRow("dot segment") << "http://h.example/a/./l.m3u";
+    QTest::newRow("parent segment") << "http://h.example/a/../l.m3u";
+    QTest::newRow("relative") << "lists/l.m3u";
+    QTest::newRow("empty") << "";
+    QTest::newRow("no hierarchy") << "mailto:a@h.example";
+}
+
+void TestUrlParts::basesWithoutAPlainDirectory()
+{
+    QFETCH(QString, base);
+    QCOMPARE(plainBaseDirectory(QUrl(base)), QByteArray());
+}
+
+// Random references made of the characters that decide how an address is read, against bases of
+// every kind: whenever the quick reading applies, it gives what QUrl gives.
+void TestUrlParts::randomRelativeReferencesResolveAsQUrlDoes()
+{
+    const QStringList bases {u"http://h.example/lists/tv/index.m3u?token=1"_s,
+                             u"http://h.example/l.m3u"_s,
+                             u"file:///tmp/a/l.m3u"_s,
+                             u"https://h.example:8443/a/b/"_s,
+                             u"http://h.example/a.b/c..d/l"_s,
+                             u"http://h.example/a/.."_s};
+    const QString alphabet = u"ab./?:@#% -_~!$&'()*+,;=\\é[]"_s;
+    QRandomGenerator random(20261126);
+    int plainCount = 0;
+    for (const QString &base : bases) {
+        const QUrl baseUrl(base);
+        const QByteArray directory = plainBaseDirectory(baseUrl);
+        QVERIFY2(!directory.isEmpty(), qPrintable(base));
+        for (int i = 0; i < 20000; ++i) {
+            QString text;
+            const int length = 1 + random.bounded(8);
+            for (int k = 0; k < length; ++k)
+                text += alphabet[random.bounded(int(alphabet.size()))];
+            QByteArray fast;
+            if (!encodePlainRelative(text, directory, fast))
+                continue;
+            ++plainCount;
+            const std::optional<QUrl> slow = parse(text, baseUrl);
+            QVERIFY2(slow && fast == slow->toEncoded(),
+                     qPrintable(base + u" + "_s + text + u" -> "_s + QString::fromLatin1(fast)));
+        }
+    }
+    QVERIFY(plainCount > 5000);
 }
 
 void TestUrlParts::deletingPathExtension_data()

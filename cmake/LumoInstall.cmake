@@ -1,9 +1,12 @@
-# What `cmake --install` puts in place: the player, the diagnostic tool, the face models (when
-# ./lumo setup fetched them), and the desktop's files: entry, icon and AppStream metainfo.
+# What `cmake --install` puts in place: the player, the diagnostic tool and its face program,
+# the face models (when ./lumo setup fetched them), and the desktop's files: entry, icon and
+# AppStream metainfo.
 # `cpack -G DEB` makes a Debian package of the same.
 include(GNUInstallDirs)
 
 install(TARGETS LumoMediaPlayer lumo-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# What `lumo-cli faces` runs; lumo-cli finds it from its own folder.
+install(TARGETS lumo-cli-faces RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/LumoMediaPlayer)
 # The player looks for them beside its bin folder.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/.lumo/face-models/
         DESTINATION ${CMAKE_INSTALL_DATADIR}/LumoMediaPlayer/face-models OPTIONAL)

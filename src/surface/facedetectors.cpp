@@ -19,8 +19,7 @@ QString modelDirectory()
     const QString configured = qEnvironmentVariable(modelDirectoryVariable);
     if (!configured.isEmpty())
         return configured;
-    return QDir(QCoreApplication::applicationDirPath())
-        .absoluteFilePath(QStringLiteral("../share/LumoMediaPlayer/face-models"));
+    return QDir::cleanPath(modelDirectoryBeside(QCoreApplication::applicationDirPath()));
 }
 
 QString cascadeFile()

@@ -14,6 +14,11 @@ inline constexpr char modelDirectoryVariable[] = "LUMO_FACE_MODELS";
 // The folder holding the BlazeFace models: $LUMO_FACE_MODELS, otherwise
 // share/LumoMediaPlayer/face-models beside the program's folder.
 QString modelDirectory();
+// Where the models are installed for the programs of a bin folder.
+inline QString modelDirectoryBeside(const QString &programFolder)
+{
+    return programFolder + QStringLiteral("/../share/LumoMediaPlayer/face-models");
+}
 // OpenCV's frontal-face cascade from the system's OpenCV data, or empty when it is missing.
 QString cascadeFile();
 

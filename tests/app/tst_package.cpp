@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -94,6 +95,7 @@ private Q_SLOTS:
         QVERIFY2(unpacked.isEmpty(), qPrintable(unpacked));
         for (const char *file :
              {"usr/bin/LumoMediaPlayer", "usr/bin/lumo-cli",
+              "usr/libexec/LumoMediaPlayer/lumo-cli-faces",
               "usr/share/applications/LumoMediaPlayer.desktop",
               "usr/share/icons/hicolor/scalable/apps/LumoMediaPlayer.svg",
               "usr/share/metainfo/org.lumomediaplayer.LumoMediaPlayer.metainfo.xml"})
@@ -112,6 +114,26 @@ private Q_SLOTS:
         // else.
         issues.removeOne(QStringLiteral("W url-homepage-missing"));
         QVERIFY2(issues.isEmpty(), qPrintable(issues.join(u'\n')));
+    }
+
+    void theInstalledToolLooksForFaces()
+    {
+        QVERIFY(!m_root.isEmpty());
+        const QString picture = m_work.filePath("grey.png");
+        QImage grey(320, 240, QImage::Format_RGB32);
+        grey.fill(Qt::gray);
+        QVERIFY(grey.save(picture));
+        QProcess tool;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("LUMO_FACE_MODELS");
+        tool.setProcessEnvironment(environment);
+        tool.start(m_root + "/usr/bin/lumo-cli", {"faces", picture});
+        QVERIFY(tool.waitForFinished(120'000));
+        const QByteArray errors = tool.readAllStandardError();
+        QVERIFY2(tool.exitStatus() == QProcess::NormalExit && tool.exitCode() == 0,
+                 errors.constData());
+        const QByteArray line = tool.readAllStandardOutput();
+        QVERIFY2(line.startsWith("{\"image\":") && line.contains("\"faces\":[]"), line.constData());
     }
 
     void theInstalledProgramPlaysAFile()

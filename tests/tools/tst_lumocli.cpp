@@ -58,6 +58,7 @@ private Q_SLOTS:
     void parsePrintsEntriesInFileOrder();
     void parseResolvesAgainstTheFileByDefault();
     void parseCount();
+    void startsWithoutTheFaceDetectionLibraries();
     void parseLatin1();
     void parseLargeLatin1ListReadAgainFromTheFile();
     void parseEmptyPlaylistFails();
@@ -166,6 +167,20 @@ void TestLumoCli::parseCount()
     const Result result = runCli({u"parse-m3u"_s, writeFile(dir, u"l.m3u"_s, bytes), u"--count"_s});
     QCOMPARE(result.exitCode, 0);
     QCOMPARE(result.out, QByteArray("250\n"));
+}
+
+// Counting a list is over in a tenth of a second; loading OpenCV and Qt's graphics alone would
+// take a sixth of that, so the commands that need neither do not link them.
+void TestLumoCli::startsWithoutTheFaceDetectionLibraries()
+{
+    QProcess ldd;
+    ldd.start(QStringLiteral("ldd"), {QStringLiteral(LUMO_CLI_PATH)});
+    QVERIFY(ldd.waitForFinished(30000));
+    QCOMPARE(ldd.exitCode(), 0);
+    const QByteArray libraries = ldd.readAllStandardOutput();
+    QVERIFY2(libraries.contains("libQt6Core"), libraries.constData());
+    QVERIFY2(!libraries.contains("libopencv"), libraries.constData());
+    QVERIFY2(!libraries.contains("libQt6Gui"), libraries.constData());
 }
 
 void TestLumoCli::parseLatin1()

@@ -158,6 +158,24 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 2);
         QVERIFY(result.err.join().contains("lumo-cli faces IMAGE"));
     }
+
+    // A lumo-cli copied away from the folder it was installed in cannot reach the program that
+    // finds faces, and says so.
+    void withoutItsFaceProgramItSaysSo()
+    {
+        QTemporaryDir folder;
+        const QString copy = folder.filePath(QStringLiteral("lumo-cli"));
+        QVERIFY(QFile::copy(QStringLiteral(LUMO_CLI_PATH), copy));
+        QProcess process;
+        process.start(copy, {QStringLiteral("faces"), QStringLiteral("photo.png")});
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 1);
+        const QByteArray errors = process.readAllStandardError();
+        QVERIFY2(errors.startsWith("lumo-cli: cannot start ") && errors.contains("lumo-cli-faces"),
+                 errors.constData());
+        QVERIFY(process.readAllStandardOutput().isEmpty());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestLumoFaces)

@@ -2,7 +2,7 @@
 
 #include "catchupcommand.h"
 #include "classifycommand.h"
-#include "facescommand.h"
+#include "facesprogram.h"
 #include "guidecommand.h"
 #include "pagecommand.h"
 #include "parsecommand.h"
@@ -49,7 +49,7 @@ int main(int argc, char *argv[])
     if (command == u"catchup")
         return runCatchupCommand(arguments.mid(1));
     if (command == u"faces")
-        return runFacesCommand(arguments.mid(1));
+        return runFacesProgram(arguments.mid(1));
     if (command == u"page")
         return runPageCommand(arguments.mid(1));
     std::fputs(usage, stderr);

@@ -2,48 +2,18 @@
 
 #include "asciiprefix.h"
 #include "extinfattributes.h"
+#include "hugepages.h"
 #include "playlistheader.h"
 #include "playlistlines.h"
+#include "playlistpools.h"
 #include "tvgshift.h"
 #include "urlparts.h"
 
-#include <QHash>
-#include <QRandomGenerator>
-#include <QTextBoundaryFinder>
 #include <QVarLengthArray>
 
-#include <algorithm>
-#include <array>
 #include <thread>
 
 namespace {
-
-// Counts user-perceived characters; country codes are short, so this stays cheap.
-qsizetype characterCount(const QString &text)
-{
-    bool simple = true;
-    for (QChar c : text) {
-        if (c.unicode() >= 0x300) {
-            simple = false;
-            break;
-        }
-    }
-    if (simple)
-        return text.size();
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype count = 0;
-    while (finder.toNextBoundary() >= 0)
-        ++count;
-    return count;
-}
-
-std::optional<QString> twoCharacterCode(QStringView piece)
-{
-    QString code = piece.toString().toUpper();
-    if (characterCount(code) != 2)
-        return std::nullopt;
-    return code;
-}
 
 // The last non-empty dot-separated piece of a tvg-id such as "cnn.us" or "One.uk@SD", before the
 // first "@" (leading "@"s skipped).
@@ -84,121 +54,6 @@ std::optional<QStringView> countryPieceOfList(QStringView value)
         return std::nullopt;
     return value.sliced(start, end - start);
 }
-
-// A request header's value as a playlist gives it, without control characters: a NUL, CR or LF
-// would cut or split the request, the others have no place in a header. Null when nothing is
-// left.
-QString headerValue(QStringView value)
-{
-    QString clean;
-    clean.reserve(value.size());
-    for (const QChar c : value) {
-        if (c.unicode() >= 0x20 && c.unicode() != 0x7f)
-            clean.append(c);
-    }
-    clean = clean.trimmed();
-    return clean.isEmpty() ? QString() : clean;
-}
-
-// Shares one copy of texts that repeat across a playlist (groups, countries). Keys view the
-// stored values, whose characters never move.
-class TextPool
-{
-public:
-    QString intern(QStringView text)
-    {
-        if (text.isEmpty())
-            return {};
-        auto it = m_texts.constFind(text);
-        if (it != m_texts.constEnd())
-            return *it;
-        QString stored = text.toString();
-        m_texts.insert(QStringView(stored), stored);
-        return stored;
-    }
-
-    // The shared copy of twoCharacterCode(piece). Two ASCII characters, nearly every code, are
-    // upper-cased in place and looked up without a copy.
-    QString internCountryCode(QStringView piece)
-    {
-        const auto ascii = [](QChar c) {
-            return c.unicode() < 0x80;
-        };
-        if (!std::all_of(piece.begin(), piece.end(), ascii))
-            return intern(twoCharacterCode(piece).value_or(QString()));
-        if (piece.size() != 2)
-            return {};
-        const auto upper = [](QChar c) {
-            const char16_t u = c.unicode();
-            return u >= u'a' && u <= u'z' ? char16_t(u - 32) : u;
-        };
-        const char16_t code[2] = {upper(piece[0]), upper(piece[1])};
-        return intern(QStringView(code, 2));
-    }
-
-private:
-    QHash<QStringView, QString> m_texts;
-};
-
-// Shares one PlaylistLabels among the entries with the same group and country. The texts come
-// from a TextPool, so equal texts are the same string and are told apart by where they are.
-class LabelsPool
-{
-public:
-    std::shared_ptr<const PlaylistLabels> labels(const QString &group, const QString &country)
-    {
-        if (group.isNull() && country.isNull())
-            return nullptr;
-        const Key key {group.constData(), country.constData()};
-        if (m_last && key == m_lastKey) // neighbours mostly share their group
-            return m_last;
-        std::shared_ptr<const PlaylistLabels> &shared = m_labels[key];
-        if (!shared)
-            shared = std::make_shared<const PlaylistLabels>(PlaylistLabels {group, country});
-        m_lastKey = key;
-        m_last = shared;
-        return shared;
-    }
-
-private:
-    using Key = std::pair<const QChar *, const QChar *>;
-    QHash<Key, std::shared_ptr<const PlaylistLabels>> m_labels;
-    Key m_lastKey;
-    std::shared_ptr<const PlaylistLabels> m_last;
-};
-
-// Fresh random identifiers: one generator, seeded from the system once per playlist, rather
-// than a system call per entry.
-class UuidSource
-{
-public:
-    UuidSource()
-        : m_generator(seededFromSystem())
-    { }
-
-    QUuid next()
-    {
-        quint32 words[4];
-        m_generator.fillRange(words);
-        // RFC 4122 version 4, variant 1.
-        const auto w1 = ushort(words[1] >> 16);
-        const auto w2 = ushort((words[1] & 0x0FFF) | 0x4000);
-        return QUuid(words[0], w1, w2, uchar(((words[2] >> 24) & 0x3F) | 0x80),
-                     uchar(words[2] >> 16), uchar(words[2] >> 8), uchar(words[2]),
-                     uchar(words[3] >> 24), uchar(words[3] >> 16), uchar(words[3] >> 8),
-                     uchar(words[3]));
-    }
-
-private:
-    static QRandomGenerator seededFromSystem()
-    {
-        std::array<quint32, 8> seed;
-        QRandomGenerator::system()->fillRange(seed.data(), qsizetype(seed.size()));
-        return QRandomGenerator(seed.data(), qsizetype(seed.size()));
-    }
-
-    QRandomGenerator m_generator;
-};
 
 // The encoded form of an address, relative ones resolved against base, into a buffer reused from
 // address to address; with no base (logos, which have no playlist address to be relative to)
@@ -263,6 +118,35 @@ void assignText(QString &into, QStringView text)
 {
     into.resize(0);
     into.append(text);
+}
+
+// The memory of a huge list's entries is all new: it is asked for in huge pages.
+void adviseHugePages(const QList<PlaylistEntry> &entries)
+{
+    adviseHugePages(entries.constData(), entries.capacity() * qsizetype(sizeof(PlaylistEntry)));
+}
+
+// About how many entries a list of size characters holds, guessed from its start (text): every
+// entry takes at least one line. Room for them is reserved before the first entry, so that
+// nothing is copied as the list grows; spare room is address space that is never touched, and
+// a list that beats the guess grows as lists do.
+template<typename Text>
+qsizetype expectedEntries(Text text, qsizetype size)
+{
+    constexpr qsizetype sampleSize = 64 << 10;
+    constexpr qsizetype mostExpected = 4 << 20;
+    const Text sample = text.first(std::min(text.size(), sampleSize));
+    const qsizetype lines = sample.count(u'\n') + 1;
+    const double perCharacter = double(lines) / double(std::max<qsizetype>(sample.size(), 1));
+    return std::min(mostExpected, qsizetype(perCharacter * double(size) * 1.1) + 16);
+}
+
+QList<PlaylistEntry> joined(QList<PlaylistEntry> first, QList<PlaylistEntry> &&second)
+{
+    first.reserve(first.size() + second.size());
+    adviseHugePages(first);
+    first.append(std::move(second));
+    return first;
 }
 
 class Parser
@@ -336,9 +220,9 @@ public:
         m_pendingCatchup = CatchupAttributes::fromValues(values.constData() + catchup);
 
         if (const std::optional<QStringView> &userAgent = values[agent])
-            m_pendingHeaders.userAgent = headerValue(*userAgent);
+            m_pendingHeaders.userAgent = m_pool.internHeaderValue(*userAgent);
         if (const std::optional<QStringView> &referrerValue = values[referrer])
-            m_pendingHeaders.referrer = headerValue(*referrerValue);
+            m_pendingHeaders.referrer = m_pool.internHeaderValue(*referrerValue);
     }
 
     // "#EXTVLCOPT:name=value": VLC's options for the next address. Only the request headers
@@ -350,7 +234,7 @@ public:
         if (equals < 0)
             return;
         const QStringView name = option.first(equals).trimmed();
-        const QString value = headerValue(option.sliced(equals + 1));
+        const QString value = m_pool.internHeaderValue(option.sliced(equals + 1));
         if (value.isEmpty())
             return;
         if (name.compare(u"http-user-agent", Qt::CaseInsensitive) == 0)
@@ -366,20 +250,26 @@ public:
 
         const QString nameOfAddress
             = m_pending.name.isEmpty() ? nameFromAddress(m_address) : QString();
+        const qsizetype capacity = m_entries.capacity();
         m_entries.append(PlaylistEntry::fromEncoded(
             m_uuids.next(), m_pending.name.isEmpty() ? nameOfAddress : m_pending.name, m_address,
             m_pending.logo, m_labels.labels(m_pending.group, m_pending.country),
             {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}, &m_arena));
+        if (m_entries.capacity() != capacity)
+            adviseHugePages(m_entries);
         m_pending.clear();
         ChannelOptions options {m_pendingHeaders,
                                 CatchupAttributes::resolve(m_pendingCatchup, m_headerCatchup)};
-        if (!options.isEmpty()) {
-            if (!m_lastOptions || *m_lastOptions != options)
-                m_lastOptions = std::make_shared<const ChannelOptions>(std::move(options));
-            m_entries.last().setOptions(m_lastOptions);
-        }
+        if (!options.isEmpty())
+            m_entries.last().setOptions(m_options.shared(std::move(options)));
         m_pendingHeaders = {};
         m_pendingCatchup = {};
+    }
+
+    void expect(qsizetype entries)
+    {
+        m_entries.reserve(entries);
+        adviseHugePages(m_entries);
     }
 
     // Not squeezed: squeezing copies every entry into new memory, while the spare capacity of a
@@ -394,7 +284,7 @@ private:
     StreamHeaders m_pendingHeaders;
     CatchupAttributes m_pendingCatchup;
     CatchupAttributes m_headerCatchup; // the #EXTM3U line's, which an entry's own replace
-    std::shared_ptr<const ChannelOptions> m_lastOptions; // shared by entries with equal options
+    OptionsPool m_options;
     TextPool m_pool; // before m_labels, whose keys point into it
     LabelsPool m_labels;
     EntryTextArena m_arena;
@@ -466,13 +356,16 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
 }
 
 // Nothing when the bytes are read as UTF-8 and are not.
-std::optional<QList<PlaylistEntry>>
-parseBytesPart(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseContext &context,
-               const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
+std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes,
+                                                   PlaylistLines::Encoding encoding,
+                                                   const ParseContext &context, qsizetype expected,
+                                                   const PlaylistParser::BytesRead &bytesRead,
+                                                   const std::stop_token &stop)
 {
     constexpr qsizetype reportEvery = 1 << 20;
     constexpr qsizetype checkStopEvery = 4096; // lines
     Parser parser(context.baseURL, context.headerCatchup);
+    parser.expect(expected);
     qsizetype reported = 0;
     qsizetype lines = 0;
     const PlaylistLines::Walk walk
@@ -505,19 +398,24 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseCo
         const qsizetype split = extinfPieceAfter(bytes, encoding, bytes.size() / 2);
         if (split > 0) {
             std::optional<QList<PlaylistEntry>> second;
+            const QByteArrayView secondBytes = bytes.sliced(split);
             std::thread worker([&] {
-                second = parseBytesPart(bytes.sliced(split), encoding, context, bytesRead, stop);
+                second = parseBytesPart(secondBytes, encoding, context,
+                                        expectedEntries(secondBytes, secondBytes.size()), bytesRead,
+                                        stop);
             });
+            // The first part's list is joined by the second's.
             std::optional<QList<PlaylistEntry>> first
-                = parseBytesPart(bytes.first(split), encoding, context, bytesRead, stop);
+                = parseBytesPart(bytes.first(split), encoding, context,
+                                 expectedEntries(bytes, bytes.size()), bytesRead, stop);
             worker.join();
             if (!first || !second)
                 return std::nullopt;
-            first->append(std::move(*second));
-            return first;
+            return joined(std::move(*first), std::move(*second));
         }
     }
-    return parseBytesPart(bytes, encoding, context, bytesRead, stop);
+    return parseBytesPart(bytes, encoding, context, expectedEntries(bytes, bytes.size()), bytesRead,
+                          stop);
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address
@@ -544,9 +442,10 @@ qsizetype extinfLineAfter(QStringView text, qsizetype from)
     return -1;
 }
 
-QList<PlaylistEntry> parsePart(QStringView text, const ParseContext &context)
+QList<PlaylistEntry> parsePart(QStringView text, const ParseContext &context, qsizetype expected)
 {
     Parser parser(context.baseURL, context.headerCatchup);
+    parser.expect(expected);
     parseLines(parser, text);
     return parser.take();
 }
@@ -562,14 +461,18 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
         const qsizetype split = extinfLineAfter(text, text.size() / 2);
         if (split > 0) {
             QList<PlaylistEntry> second;
-            std::thread worker([&] { second = parsePart(text.sliced(split), context); });
-            QList<PlaylistEntry> first = parsePart(text.first(split), context);
+            const QStringView secondText = text.sliced(split);
+            std::thread worker([&] {
+                second = parsePart(secondText, context,
+                                   expectedEntries(secondText, secondText.size()));
+            });
+            QList<PlaylistEntry> first
+                = parsePart(text.first(split), context, expectedEntries(text, text.size()));
             worker.join();
-            first.append(std::move(second));
-            return first;
+            return joined(std::move(first), std::move(second));
         }
     }
-    return parsePart(text, context);
+    return parsePart(text, context, expectedEntries(text, text.size()));
 }
 
 QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const QUrl &baseURL,

@@ -105,6 +105,41 @@ private Q_SLOTS:
             QCOMPARE(entries[i].headers().userAgent, QStringLiteral("Agent %1").arg(i));
     }
 
+    // A provider list repeats a few sets of options, taking turns: each set is kept once, and
+    // a header value once, however the sets around it differ.
+    void repeatedOptionsAreKeptOnce()
+    {
+        QString text = u"#EXTM3U\n"_s;
+        constexpr int count = 64;
+        const QString kinds[] {u" catchup=\"flussonic\""_s, u" catchup=\"xc\" catchup-days=\"3\""_s,
+                               u""_s, u" http-referrer=\"https://site.example/\""_s};
+        for (int i = 0; i < count; ++i) {
+            text += QStringLiteral("#EXTINF:-1 http-user-agent=\"Tizen 6.0\"%1,Name %2\n"
+                                   "http://h/%2.ts\n")
+                        .arg(kinds[i % 4])
+                        .arg(i);
+        }
+        for (const bool large : {false, true}) {
+            // Over a million characters, a list is read in two parts at once, each keeping its
+            // own copies.
+            const QString listed = large
+                ? u"#EXTM3U\n#"_s + QString(1 << 20, u'x') + text.sliced(text.indexOf(u'\n'))
+                : text;
+            const QList<PlaylistEntry> entries = parse(listed);
+            QCOMPARE(entries.size(), count);
+            for (int i = 8; i < count; ++i) {
+                QCOMPARE(entries[i].headers().userAgent, u"Tizen 6.0"_s);
+                QCOMPARE(&entries[i].headers(), &entries[i - 4].headers());
+                QCOMPARE(entries[i].headers().userAgent.constData(),
+                         entries[4].headers().userAgent.constData());
+            }
+            QCOMPARE(entries[0].catchup()->mode, CatchupMode::flussonic);
+            QCOMPARE(entries[1].catchup()->days, 3);
+            QVERIFY(!entries[2].catchup());
+            QCOMPARE(entries[3].headers().referrer, u"https://site.example/"_s);
+        }
+    }
+
     void headersLeaveEqualityAlone()
     {
         const QList<PlaylistEntry> entries

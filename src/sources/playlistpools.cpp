@@ -1,0 +1,127 @@
+#include "playlistpools.h"
+
+#include <QTextBoundaryFinder>
+
+#include <algorithm>
+
+namespace {
+
+// Counts user-perceived characters; country codes are short, so this stays cheap.
+qsizetype characterCount(const QString &text)
+{
+    bool simple = true;
+    for (QChar c : text) {
+        if (c.unicode() >= 0x300) {
+            simple = false;
+            break;
+        }
+    }
+    if (simple)
+        return text.size();
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype count = 0;
+    while (finder.toNextBoundary() >= 0)
+        ++count;
+    return count;
+}
+
+} // namespace
+
+std::optional<QString> twoCharacterCode(QStringView piece)
+{
+    QString code = piece.toString().toUpper();
+    if (characterCount(code) != 2)
+        return std::nullopt;
+    return code;
+}
+
+QString TextPool::intern(QStringView text)
+{
+    if (text.isEmpty())
+        return {};
+    auto it = m_texts.constFind(text);
+    if (it != m_texts.constEnd())
+        return *it;
+    QString stored = text.toString();
+    m_texts.insert(QStringView(stored), stored);
+    return stored;
+}
+
+QString TextPool::internCountryCode(QStringView piece)
+{
+    // Two ASCII characters, nearly every code, are upper-cased in place and looked up without a
+    // copy.
+    const auto ascii = [](QChar c) {
+        return c.unicode() < 0x80;
+    };
+    if (!std::all_of(piece.begin(), piece.end(), ascii))
+        return intern(twoCharacterCode(piece).value_or(QString()));
+    if (piece.size() != 2)
+        return {};
+    const auto upper = [](QChar c) {
+        const char16_t u = c.unicode();
+        return u >= u'a' && u <= u'z' ? char16_t(u - 32) : u;
+    };
+    const char16_t code[2] = {upper(piece[0]), upper(piece[1])};
+    return intern(QStringView(code, 2));
+}
+
+QString TextPool::internHeaderValue(QStringView value)
+{
+    m_cleaned.resize(0);
+    for (const QChar c : value) {
+        if (c.unicode() >= 0x20 && c.unicode() != 0x7f)
+            m_cleaned.append(c);
+    }
+    return intern(QStringView(m_cleaned).trimmed());
+}
+
+std::shared_ptr<const PlaylistLabels> LabelsPool::labels(const QString &group,
+                                                         const QString &country)
+{
+    if (group.isNull() && country.isNull())
+        return nullptr;
+    const Key key {group.constData(), country.constData()};
+    if (m_last && key == m_lastKey) // neighbours mostly share their group
+        return m_last;
+    std::shared_ptr<const PlaylistLabels> &shared = m_labels[key];
+    if (!shared)
+        shared = std::make_shared<const PlaylistLabels>(PlaylistLabels {group, country});
+    m_lastKey = key;
+    m_last = shared;
+    return shared;
+}
+
+std::shared_ptr<const ChannelOptions> OptionsPool::shared(ChannelOptions options)
+{
+    const auto seen = std::find_if(m_recent.begin(), m_recent.end(), [&](const auto &recent) {
+        return recent && *recent == options;
+    });
+    if (seen != m_recent.end()) {
+        std::rotate(m_recent.begin(), seen, seen + 1);
+        return m_recent.front();
+    }
+    std::rotate(m_recent.begin(), m_recent.end() - 1, m_recent.end());
+    m_recent.front() = std::make_shared<const ChannelOptions>(std::move(options));
+    return m_recent.front();
+}
+
+UuidSource::UuidSource()
+    : m_generator([] {
+        std::array<quint32, 8> seed;
+        QRandomGenerator::system()->fillRange(seed.data(), qsizetype(seed.size()));
+        return QRandomGenerator(seed.data(), qsizetype(seed.size()));
+    }())
+{ }
+
+QUuid UuidSource::next()
+{
+    quint32 words[4];
+    m_generator.fillRange(words);
+    // RFC 4122 version 4, variant 1.
+    const auto w1 = ushort(words[1] >> 16);
+    const auto w2 = ushort((words[1] & 0x0FFF) | 0x4000);
+    return QUuid(words[0], w1, w2, uchar(((words[2] >> 24) & 0x3F) | 0x80), uchar(words[2] >> 16),
+                 uchar(words[2] >> 8), uchar(words[2]), uchar(words[3] >> 24),
+                 uchar(words[3] >> 16), uchar(words[3] >> 8), uchar(words[3]));
+}

@@ -1,0 +1,73 @@
+#pragma once
+// What the entries of a parsed list share rather than copy (groups, countries, header values,
+// options), and where their identifiers come from. One set per parse, used by one thread.
+#include "channeloptions.h"
+#include "playlistentry.h"
+
+#include <QHash>
+#include <QRandomGenerator>
+#include <QString>
+#include <QUuid>
+
+#include <array>
+#include <memory>
+#include <optional>
+
+// piece upper-cased, when it is two user-perceived characters: a country code.
+std::optional<QString> twoCharacterCode(QStringView piece);
+
+// Shares one copy of texts that repeat across a playlist (groups, countries, header values).
+// Keys view the stored values, whose characters never move.
+class TextPool
+{
+public:
+    QString intern(QStringView text);
+    // The shared copy of twoCharacterCode(piece).
+    QString internCountryCode(QStringView piece);
+    // A request header's value as a playlist gives it, without control characters: a NUL, CR or
+    // LF would cut or split the request, the others have no place in a header. Null when
+    // nothing is left.
+    QString internHeaderValue(QStringView value);
+
+private:
+    QHash<QStringView, QString> m_texts;
+    QString m_cleaned; // reused from value to value
+};
+
+// Shares one PlaylistLabels among the entries with the same group and country. The texts come
+// from a TextPool, so equal texts are the same string and are told apart by where they are.
+class LabelsPool
+{
+public:
+    std::shared_ptr<const PlaylistLabels> labels(const QString &group, const QString &country);
+
+private:
+    using Key = std::pair<const QChar *, const QChar *>;
+    QHash<Key, std::shared_ptr<const PlaylistLabels>> m_labels;
+    Key m_lastKey;
+    std::shared_ptr<const PlaylistLabels> m_last;
+};
+
+// Shares one ChannelOptions among the entries that have the same. Provider lists repeat a few
+// sets in turn (a catch-up kind per server), so the last few distinct sets are looked up; a set
+// not seen for a while gets a copy of its own, which keeps lists of unique sets cheap.
+class OptionsPool
+{
+public:
+    std::shared_ptr<const ChannelOptions> shared(ChannelOptions options);
+
+private:
+    std::array<std::shared_ptr<const ChannelOptions>, 8> m_recent; // the latest first
+};
+
+// Fresh random identifiers: one generator, seeded from the system once per playlist, rather
+// than a system call per entry.
+class UuidSource
+{
+public:
+    UuidSource();
+    QUuid next();
+
+private:
+    QRandomGenerator m_generator;
+};

@@ -11,7 +11,9 @@
 
 #include <QVarLengthArray>
 
+#include <mutex>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -266,6 +268,16 @@ public:
         m_pendingCatchup = {};
     }
 
+    // Forgets what was pending, before a part of a list that begins with an #EXTINF line.
+    void startPart()
+    {
+        m_pending.clear();
+        m_pendingHeaders = {};
+        m_pendingCatchup = {};
+    }
+
+    qsizetype size() const { return m_entries.size(); }
+
     void expect(qsizetype entries)
     {
         m_entries.reserve(entries);
@@ -355,67 +367,123 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
     return found;
 }
 
-// Nothing when the bytes are read as UTF-8 and are not.
-std::optional<QList<PlaylistEntry>> parseBytesPart(QByteArrayView bytes,
-                                                   PlaylistLines::Encoding encoding,
-                                                   const ParseContext &context, qsizetype expected,
-                                                   const PlaylistParser::BytesRead &bytesRead,
-                                                   const std::stop_token &stop)
+// Reads part of a list's bytes into the parser's entries.
+PlaylistLines::Walk readPart(Parser &parser, QByteArrayView part, PlaylistLines::Encoding encoding,
+                             const PlaylistParser::BytesRead &bytesRead,
+                             const std::stop_token &stop)
 {
     constexpr qsizetype reportEvery = 1 << 20;
     constexpr qsizetype checkStopEvery = 4096; // lines
-    Parser parser(context.baseURL, context.headerCatchup);
-    parser.expect(expected);
+    parser.startPart();
     qsizetype reported = 0;
     qsizetype lines = 0;
     const PlaylistLines::Walk walk
-        = PlaylistLines::walk(bytes, encoding, [&](QStringView line, qsizetype pieceStart, bool) {
+        = PlaylistLines::walk(part, encoding, [&](QStringView line, qsizetype pieceStart, bool) {
               if (lines++ % checkStopEvery == 0 && stop.stop_requested())
                   return false;
               // Everything before this piece is read.
               if (bytesRead && pieceStart - reported >= reportEvery) {
-                  bytesRead(bytes.sliced(reported, pieceStart - reported));
+                  bytesRead(part.sliced(reported, pieceStart - reported));
                   reported = pieceStart;
               }
               parseLine(parser, line);
               return true;
           });
-    if (walk == PlaylistLines::Walk::notUtf8)
-        return std::nullopt;
-    if (walk == PlaylistLines::Walk::stopped)
-        return parser.take();
-    if (bytesRead && reported < bytes.size())
-        bytesRead(bytes.sliced(reported));
-    return parser.take();
+    if (walk == PlaylistLines::Walk::finished && bytesRead && reported < part.size())
+        bytesRead(part.sliced(reported));
+    return walk;
 }
 
+// Where the parts of a list begin when it is cut into about count parts that can be read apart:
+// each after the first begins with an #EXTINF line that directly follows an address line.
+QList<qsizetype> partStarts(QByteArrayView bytes, PlaylistLines::Encoding encoding, qsizetype count)
+{
+    QList<qsizetype> starts {0};
+    for (qsizetype i = 1; i < count; ++i) {
+        const qsizetype start
+            = extinfPieceAfter(bytes, encoding, std::max(bytes.size() / count * i, starts.last()));
+        if (start < 0)
+            break;
+        starts.append(start);
+    }
+    return starts;
+}
+
+// Nothing when the bytes are read as UTF-8 and are not. A large list is cut into parts, read by
+// two threads at once: this one reads them from the front into the list it returns, a worker
+// from the back into a list of its own. Whichever is quicker reads more (the two cores of a
+// machine are seldom equally free), and the worker's entries then move behind this one's.
 std::optional<QList<PlaylistEntry>>
 parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseContext &context,
            const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
 {
     constexpr qsizetype parallelFromBytes = 1 << 20;
-    if (bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1) {
-        const qsizetype split = extinfPieceAfter(bytes, encoding, bytes.size() / 2);
-        if (split > 0) {
-            std::optional<QList<PlaylistEntry>> second;
-            const QByteArrayView secondBytes = bytes.sliced(split);
-            std::thread worker([&] {
-                second = parseBytesPart(secondBytes, encoding, context,
-                                        expectedEntries(secondBytes, secondBytes.size()), bytesRead,
-                                        stop);
-            });
-            // The first part's list is joined by the second's.
-            std::optional<QList<PlaylistEntry>> first
-                = parseBytesPart(bytes.first(split), encoding, context,
-                                 expectedEntries(bytes, bytes.size()), bytesRead, stop);
-            worker.join();
-            if (!first || !second)
-                return std::nullopt;
-            return joined(std::move(*first), std::move(*second));
-        }
+    constexpr qsizetype partSize = 1 << 20;
+    constexpr qsizetype mostParts = 256;
+    Parser front(context.baseURL, context.headerCatchup);
+    front.expect(expectedEntries(bytes, bytes.size()));
+    const QList<qsizetype> starts
+        = bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1
+        ? partStarts(bytes, encoding, std::clamp(bytes.size() / partSize, qsizetype(2), mostParts))
+        : QList<qsizetype> {0};
+    if (starts.size() == 1) {
+        if (readPart(front, bytes, encoding, bytesRead, stop) == PlaylistLines::Walk::notUtf8)
+            return std::nullopt;
+        return front.take();
     }
-    return parseBytesPart(bytes, encoding, context, expectedEntries(bytes, bytes.size()), bytesRead,
-                          stop);
+    const auto partAt = [&](qsizetype i) {
+        const qsizetype end = i + 1 < starts.size() ? starts[i + 1] : bytes.size();
+        return bytes.sliced(starts[i], end - starts[i]);
+    };
+    std::mutex claiming;
+    qsizetype nextFront = 0;
+    qsizetype nextBack = starts.size() - 1;
+    bool notUtf8 = false;
+    // The next part to read from one end, or -1 when the two have met or reading ends.
+    const auto claim = [&](bool fromFront) {
+        const std::lock_guard lock(claiming);
+        if (nextFront > nextBack || notUtf8 || stop.stop_requested())
+            return qsizetype(-1);
+        return fromFront ? nextFront++ : nextBack--;
+    };
+    const auto read = [&](Parser &parser, qsizetype part) {
+        if (readPart(parser, partAt(part), encoding, bytesRead, stop)
+            != PlaylistLines::Walk::notUtf8)
+            return true;
+        const std::lock_guard lock(claiming);
+        notUtf8 = true;
+        return false;
+    };
+    struct BackPart
+    {
+        qsizetype from; // where its entries begin in the worker's list
+        qsizetype to;
+    };
+    std::vector<BackPart> backParts; // the last part first
+    Parser back(context.baseURL, context.headerCatchup);
+    std::thread worker([&] {
+        back.expect(expectedEntries(bytes, bytes.size() / 2));
+        for (qsizetype part; (part = claim(false)) >= 0;) {
+            const qsizetype from = back.size();
+            if (!read(back, part))
+                return;
+            backParts.push_back({from, back.size()});
+        }
+    });
+    for (qsizetype part; (part = claim(true)) >= 0;) {
+        if (!read(front, part))
+            break;
+    }
+    worker.join();
+    if (notUtf8)
+        return std::nullopt;
+    QList<PlaylistEntry> entries = front.take();
+    QList<PlaylistEntry> backEntries = back.take();
+    for (auto part = backParts.rbegin(); part != backParts.rend(); ++part) {
+        std::move(backEntries.begin() + part->from, backEntries.begin() + part->to,
+                  std::back_inserter(entries));
+    }
+    return entries;
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address

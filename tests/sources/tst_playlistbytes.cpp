@@ -128,6 +128,11 @@ private Q_SLOTS:
         QTest::newRow("UTF-8") << QByteArray("#EXTINF:-1,T\xC3\xA9l\xC3\xA9\nhttp://a/e\n");
         // One stray byte far into the list turns the whole list into Latin-1.
         QTest::newRow("Latin-1 at the end") << QByteArray("#EXTINF:-1,T\xE9l\xE9\nhttp://a/e\n");
+        // What the end of a list leaves pending belongs to no entry, whichever part is read
+        // first.
+        QTest::newRow("options left pending at the end") << QByteArray(
+            "#EXTINF:-1,E\nhttp://a/e\n#EXTVLCOPT:http-user-agent=Dangling\n"
+            "#EXTINF:-1 http-referrer=\"d\",Dangling\n");
     }
 
     void largeListsReadInParts()

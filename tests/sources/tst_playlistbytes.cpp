@@ -130,9 +130,9 @@ private Q_SLOTS:
         QTest::newRow("Latin-1 at the end") << QByteArray("#EXTINF:-1,T\xE9l\xE9\nhttp://a/e\n");
         // What the end of a list leaves pending belongs to no entry, whichever part is read
         // first.
-        QTest::newRow("options left pending at the end") << QByteArray(
-            "#EXTINF:-1,E\nhttp://a/e\n#EXTVLCOPT:http-user-agent=Dangling\n"
-            "#EXTINF:-1 http-referrer=\"d\",Dangling\n");
+        QTest::newRow("options left pending at the end")
+            << QByteArray("#EXTINF:-1,E\nhttp://a/e\n#EXTVLCOPT:http-user-agent=Dangling\n"
+                          "#EXTINF:-1 http-referrer=\"d\",Dangling\n");
     }
 
     void largeListsReadInParts()

@@ -1,6 +1,7 @@
 // Any text as a typed address: cleaning, classification and video-service recognition must
 // return, and the plain-address shortcut must agree with QUrl byte for byte.
 
+#include "sources/plainaddress.h"
 #include "sources/sourceaddress.h"
 #include "sources/urlparts.h"
 #include "sources/youtubecontent.h"
@@ -11,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), qsizetype(size));
 
-    if (const std::optional<QByteArray> plain = UrlParts::encodedPlainAddress(text)) {
+    if (const std::optional<QByteArray> plain = PlainAddress::encoded(text)) {
         const QUrl url(text, QUrl::TolerantMode);
         if (!url.isValid() || url.toEncoded() != *plain)
             std::abort();

@@ -91,7 +91,7 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
         const QByteArrayView piece = bytes.sliced(start, end - start);
         if (ascii) {
             buffer = QLatin1StringView(piece.data(), piece.size());
-            if (!visit(QStringView(buffer), start, true))
+            if (!visit(QStringView(buffer), piece, start, true))
                 return Walk::stopped;
         } else {
             if (encoding == Encoding::latin1) {
@@ -113,7 +113,7 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
             }
             const QStringView text(buffer);
             if (!mayHoldOtherLineBreaks(piece, encoding) || !holdsOtherLineBreaks(text)) {
-                if (!visit(text, start, true))
+                if (!visit(text, {}, start, true))
                     return Walk::stopped;
                 start = end + 1;
                 continue;
@@ -122,7 +122,7 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
             for (qsizetype at = 0; at <= text.size(); ++at) {
                 if (at < text.size() && !isLineBreak(text[at].unicode()))
                     continue;
-                if (!visit(text.sliced(from, at - from), start, from == 0))
+                if (!visit(text.sliced(from, at - from), {}, start, from == 0))
                     return Walk::stopped;
                 from = at + 1;
             }

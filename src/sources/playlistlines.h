@@ -22,12 +22,14 @@ inline bool isAsciiLineBreak(uchar byte)
     return byte >= 0x0A && byte <= 0x0D;
 }
 
-// visit(line, pieceStart, firstInPiece) for each line, untrimmed, until it returns false. A
-// piece is the bytes between two ASCII line breaks, pieceStart the offset of its first byte; a
-// piece may decode to several lines (NEL, LINE and PARAGRAPH SEPARATOR). The line is valid
-// only during the call. notUtf8 when read as UTF-8 and the bytes are not; the lines handed
-// over until then are to be read again as Latin-1.
-using Visit = std::function<bool(QStringView line, qsizetype pieceStart, bool firstInPiece)>;
+// visit(line, ascii, pieceStart, firstInPiece) for each line, untrimmed, until it returns
+// false. A piece is the bytes between two ASCII line breaks, pieceStart the offset of its first
+// byte; a piece may decode to several lines (NEL, LINE and PARAGRAPH SEPARATOR). ascii is the
+// line's bytes when it is plain ASCII, one for each of its characters, and null otherwise. The
+// line is valid only during the call. notUtf8 when read as UTF-8 and the bytes are not; the
+// lines handed over until then are to be read again as Latin-1.
+using Visit = std::function<bool(QStringView line, QByteArrayView ascii, qsizetype pieceStart,
+                                 bool firstInPiece)>;
 Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit);
 
 } // namespace PlaylistLines

@@ -3,6 +3,7 @@
 #include "asciiprefix.h"
 #include "extinfattributes.h"
 #include "hugepages.h"
+#include "plainaddress.h"
 #include "playlistheader.h"
 #include "playlistlines.h"
 #include "playlistpools.h"
@@ -57,16 +58,27 @@ std::optional<QStringView> countryPieceOfList(QStringView value)
     return value.sliced(start, end - start);
 }
 
+// The bytes of part, a stretch of text, when text is plain ASCII and ascii holds its bytes;
+// null otherwise.
+QByteArrayView asciiOf(QStringView part, QStringView text, QByteArrayView ascii)
+{
+    if (ascii.isNull())
+        return {};
+    return ascii.sliced(part.data() - text.data(), part.size());
+}
+
 // The encoded form of an address, relative ones resolved against base, into a buffer reused from
 // address to address; with no base (logos, which have no playlist address to be relative to)
-// only absolute addresses count. baseDirectory is the base's plain folder, when it has one.
-// False when the text is not an address.
-bool encodeAddress(QStringView text, const QUrl *base, QByteArrayView baseDirectory,
-                   QByteArray &into)
+// only absolute addresses count. baseDirectory is the base's plain folder, when it has one, and
+// ascii the text's bytes when it is plain ASCII. False when the text is not an address.
+bool encodeAddress(QStringView text, QByteArrayView ascii, const QUrl *base,
+                   QByteArrayView baseDirectory, QByteArray &into)
 {
-    if (UrlParts::encodePlainAddress(text, into))
+    if (ascii.isNull() ? PlainAddress::encode(text, into) : PlainAddress::encode(ascii, into))
         return true;
-    if (base && UrlParts::encodePlainRelative(text, baseDirectory, into))
+    if (base
+        && (ascii.isNull() ? PlainAddress::encodeRelative(text, baseDirectory, into)
+                           : PlainAddress::encodeRelative(ascii, baseDirectory, into)))
         return true;
     const std::optional<QUrl> url = base ? UrlParts::parse(text, *base) : UrlParts::parse(text);
     if (!url || (!base && url->isRelative()))
@@ -156,11 +168,11 @@ class Parser
 public:
     Parser(const QUrl &baseURL, CatchupAttributes headerCatchup)
         : m_baseURL(baseURL)
-        , m_baseDirectory(UrlParts::plainBaseDirectory(baseURL))
+        , m_baseDirectory(PlainAddress::baseDirectory(baseURL))
         , m_headerCatchup(std::move(headerCatchup))
     { }
 
-    void readExtinf(QStringView line)
+    void readExtinf(QStringView line, QByteArrayView ascii)
     {
         // Everything after the first comma outside quoted values, further commas kept; the
         // whole line with no comma.
@@ -200,7 +212,7 @@ public:
             m_pending.shiftSeconds = TvgShift::parseSeconds(*shift);
 
         if (const std::optional<QStringView> &logo = values[tvgLogo]) {
-            if (!encodeAddress(*logo, nullptr, {}, m_pending.logo))
+            if (!encodeAddress(*logo, asciiOf(*logo, line, ascii), nullptr, {}, m_pending.logo))
                 m_pending.logo.resize(0);
         }
         if (const std::optional<QStringView> &group = values[groupTitle])
@@ -245,9 +257,9 @@ public:
             m_pendingHeaders.referrer = value;
     }
 
-    void readAddress(QStringView line)
+    void readAddress(QStringView line, QByteArrayView ascii)
     {
-        if (!encodeAddress(line, &m_baseURL, m_baseDirectory, m_address))
+        if (!encodeAddress(line, ascii, &m_baseURL, m_baseDirectory, m_address))
             return; // keep the pending information for the next address line
 
         const QString nameOfAddress
@@ -315,17 +327,18 @@ struct ParseContext
     CatchupAttributes headerCatchup;
 };
 
-void parseLine(Parser &parser, QStringView untrimmed)
+// ascii: the line's bytes when it is plain ASCII, else null.
+void parseLine(Parser &parser, QStringView untrimmed, QByteArrayView ascii = {})
 {
     const QStringView line = untrimmed.trimmed();
     if (line.isEmpty())
         return;
     if (startsWithAscii(line, u"#EXTINF:"))
-        parser.readExtinf(line);
+        parser.readExtinf(line, asciiOf(line, untrimmed, ascii));
     else if (startsWithAscii(line, u"#EXTVLCOPT:"))
         parser.readVlcOption(line);
     else if (!line.startsWith(u'#'))
-        parser.readAddress(line);
+        parser.readAddress(line, asciiOf(line, untrimmed, ascii));
 }
 
 void parseLines(Parser &parser, QStringView text)
@@ -353,17 +366,18 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
         return -1;
     bool afterAddress = false;
     qsizetype found = -1;
-    PlaylistLines::walk(bytes.sliced(start), encoding,
-                        [&](QStringView untrimmed, qsizetype pieceStart, bool firstInPiece) {
-                            const QStringView line = untrimmed.trimmed();
-                            if (firstInPiece && afterAddress && line.startsWith(u"#EXTINF:")) {
-                                found = start + pieceStart;
-                                return false;
-                            }
-                            if (!line.isEmpty())
-                                afterAddress = !line.startsWith(u'#');
-                            return true;
-                        });
+    PlaylistLines::walk(
+        bytes.sliced(start), encoding,
+        [&](QStringView untrimmed, QByteArrayView, qsizetype pieceStart, bool firstInPiece) {
+            const QStringView line = untrimmed.trimmed();
+            if (firstInPiece && afterAddress && line.startsWith(u"#EXTINF:")) {
+                found = start + pieceStart;
+                return false;
+            }
+            if (!line.isEmpty())
+                afterAddress = !line.startsWith(u'#');
+            return true;
+        });
     return found;
 }
 
@@ -377,18 +391,18 @@ PlaylistLines::Walk readPart(Parser &parser, QByteArrayView part, PlaylistLines:
     parser.startPart();
     qsizetype reported = 0;
     qsizetype lines = 0;
-    const PlaylistLines::Walk walk
-        = PlaylistLines::walk(part, encoding, [&](QStringView line, qsizetype pieceStart, bool) {
-              if (lines++ % checkStopEvery == 0 && stop.stop_requested())
-                  return false;
-              // Everything before this piece is read.
-              if (bytesRead && pieceStart - reported >= reportEvery) {
-                  bytesRead(part.sliced(reported, pieceStart - reported));
-                  reported = pieceStart;
-              }
-              parseLine(parser, line);
-              return true;
-          });
+    const PlaylistLines::Walk walk = PlaylistLines::walk(
+        part, encoding, [&](QStringView line, QByteArrayView ascii, qsizetype pieceStart, bool) {
+            if (lines++ % checkStopEvery == 0 && stop.stop_requested())
+                return false;
+            // Everything before this piece is read.
+            if (bytesRead && pieceStart - reported >= reportEvery) {
+                bytesRead(part.sliced(reported, pieceStart - reported));
+                reported = pieceStart;
+            }
+            parseLine(parser, line, ascii);
+            return true;
+        });
     if (walk == PlaylistLines::Walk::finished && bytesRead && reported < part.size())
         bytesRead(part.sliced(reported));
     return walk;

@@ -24,25 +24,6 @@ struct QueryItem
 // be an address (a bad host, a bad port, unbalanced IPv6 brackets) gives nothing.
 std::optional<QUrl> parse(QStringView text);
 
-// The fully encoded form of text, without QUrl, when text is a plain absolute http or https
-// address that QUrl keeps byte for byte: lower-case scheme and host name, an optional port
-// without leading zeros, and only characters that need no encoding. Nothing otherwise (the
-// caller then uses parse()). Playlists are mostly made of such addresses.
-std::optional<QByteArray> encodedPlainAddress(QStringView text);
-// The same into a buffer reused from address to address; false, the buffer untouched, when the
-// text is not such an address.
-bool encodePlainAddress(QStringView text, QByteArray &into);
-
-// The folder of a base address, fully encoded, that plain relative paths are appended to:
-// "http://h/a/" for "http://h/a/list.m3u?x=1". Empty when resolving against the base is more
-// than appending: no path, or a path with "." or ".." segments.
-QByteArray plainBaseDirectory(const QUrl &base);
-// The fully encoded form of text resolved against such a folder, without QUrl, when text is a
-// relative path that resolving leaves as written: only characters that need no encoding, no
-// scheme, not starting with "/" or "?", and no "." or ".." segments. False, the buffer
-// untouched, otherwise (the caller then uses parse()). Provider lists often hold such paths.
-bool encodePlainRelative(QStringView text, QByteArrayView directory, QByteArray &into);
-
 // The fully encoded form of a parsed address, in a buffer of exactly its size.
 QByteArray encoded(const QUrl &url);
 

@@ -1,3 +1,4 @@
+#include "sources/plainaddress.h"
 #include "sources/urlparts.h"
 
 #include <QDir>
@@ -8,6 +9,20 @@
 using namespace Qt::StringLiterals;
 
 using namespace UrlParts;
+
+namespace {
+
+// The reading of the same text from its UTF-8 bytes, as a playlist's ASCII line gives them;
+// text that is not ASCII is never plain, from bytes as from characters.
+std::optional<QByteArray> encodedFromBytes(const QString &text)
+{
+    QByteArray encoded;
+    if (!PlainAddress::encode(QByteArrayView(text.toUtf8()), encoded))
+        return std::nullopt;
+    return encoded;
+}
+
+} // namespace
 
 class TestUrlParts : public QObject
 {
@@ -304,8 +319,9 @@ void TestUrlParts::plainAddressesAreEncodedAsQUrlDoes()
 {
     QFETCH(QString, text);
     QFETCH(bool, plain);
-    const std::optional<QByteArray> fast = encodedPlainAddress(text);
+    const std::optional<QByteArray> fast = PlainAddress::encoded(text);
     QCOMPARE(fast.has_value(), plain);
+    QCOMPARE(encodedFromBytes(text), fast);
     if (fast) {
         const QUrl url(text, QUrl::TolerantMode);
         QVERIFY(url.isValid());
@@ -329,7 +345,8 @@ void TestUrlParts::everyCorpusAddressIsEncodedAsQUrlDoes()
             for (const QString &piece : line.split(u'"'))
                 candidates.append(piece.trimmed());
             for (const QString &candidate : candidates) {
-                const std::optional<QByteArray> fast = encodedPlainAddress(candidate);
+                const std::optional<QByteArray> fast = PlainAddress::encoded(candidate);
+                QVERIFY2(encodedFromBytes(candidate) == fast, qPrintable(candidate));
                 if (!fast)
                     continue;
                 ++plainCount;
@@ -381,10 +398,14 @@ void TestUrlParts::plainRelativePathsAreResolvedAsQUrlDoes()
     QFETCH(QString, text);
     QFETCH(bool, plain);
     const QUrl baseUrl(base);
-    const QByteArray directory = plainBaseDirectory(baseUrl);
+    const QByteArray directory = PlainAddress::baseDirectory(baseUrl);
     QVERIFY(!directory.isEmpty());
     QByteArray encodedText("untouched");
-    QCOMPARE(encodePlainRelative(text, directory, encodedText), plain);
+    QCOMPARE(PlainAddress::encodeRelative(text, directory, encodedText), plain);
+    QByteArray fromBytes("untouched");
+    QCOMPARE(PlainAddress::encodeRelative(QByteArrayView(text.toUtf8()), directory, fromBytes),
+             plain);
+    QCOMPARE(fromBytes, encodedText);
     const std::optional<QUrl> slow = parse(text, baseUrl);
     QVERIFY(slow);
     if (plain)
@@ -408,7 +429,7 @@ void TestUrlParts::basesWithoutAPlainDirectory_data()
 void TestUrlParts::basesWithoutAPlainDirectory()
 {
     QFETCH(QString, base);
-    QCOMPARE(plainBaseDirectory(QUrl(base)), QByteArray());
+    QCOMPARE(PlainAddress::baseDirectory(QUrl(base)), QByteArray());
 }
 
 // Random references made of the characters that decide how an address is read, against bases of
@@ -426,7 +447,7 @@ void TestUrlParts::randomRelativeReferencesResolveAsQUrlDoes()
     int plainCount = 0;
     for (const QString &base : bases) {
         const QUrl baseUrl(base);
-        const QByteArray directory = plainBaseDirectory(baseUrl);
+        const QByteArray directory = PlainAddress::baseDirectory(baseUrl);
         QVERIFY2(!directory.isEmpty(), qPrintable(base));
         for (int i = 0; i < 20000; ++i) {
             QString text;
@@ -434,8 +455,14 @@ void TestUrlParts::randomRelativeReferencesResolveAsQUrlDoes()
             for (int k = 0; k < length; ++k)
                 text += alphabet[random.bounded(int(alphabet.size()))];
             QByteArray fast;
-            if (!encodePlainRelative(text, directory, fast))
+            const bool plain = PlainAddress::encodeRelative(text, directory, fast);
+            QByteArray fromBytes;
+            QCOMPARE(
+                PlainAddress::encodeRelative(QByteArrayView(text.toUtf8()), directory, fromBytes),
+                plain);
+            if (!plain)
                 continue;
+            QCOMPARE(fromBytes, fast);
             ++plainCount;
             const std::optional<QUrl> slow = parse(text, baseUrl);
             QVERIFY2(slow && fast == slow->toEncoded(),

@@ -1,0 +1,259 @@
+#include "plainaddress.h"
+
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+// The readings work on either kind of text through these views.
+using Wide = std::u16string_view;
+using Narrow = std::string_view;
+
+Wide viewOf(QStringView text)
+{
+    return Wide(text.utf16(), size_t(text.size()));
+}
+
+Narrow viewOf(QByteArrayView ascii)
+{
+    return Narrow(ascii.data(), size_t(ascii.size()));
+}
+
+template<typename Text>
+char16_t at(Text text, size_t i)
+{
+    return char16_t(std::make_unsigned_t<typename Text::value_type>(text[i]));
+}
+
+template<typename Text>
+bool startsWith(Text text, std::string_view ascii)
+{
+    if (text.size() < ascii.size())
+        return false;
+    for (size_t i = 0; i < ascii.size(); ++i) {
+        if (at(text, i) != char16_t(ascii[i]))
+            return false;
+    }
+    return true;
+}
+
+bool isLowerAlnum(char16_t c)
+{
+    return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9');
+}
+
+// Characters QUrl leaves as they are in a path or query: RFC 3986 unreserved and sub-delims,
+// ":", "@", "/" and "?" (letters, digits and -._~!$&'()*+,;=:@/?). "%" and "#" are left to QUrl,
+// which may rewrite what follows them. As ranges, for one character or for a vector of them
+// side by side (where each comparison gives a lane of all ones or zeros): printable ASCII
+// without " # % < > [ \ ] ^ ` { | }.
+template<typename Characters>
+constexpr auto plainInPath(Characters c)
+{
+    return (c >= 0x21) & (c <= 0x7E) & (c != 0x22) & (c != 0x23) & (c != 0x25) & (c != 0x3C)
+        & (c != 0x3E) & ((c < 0x5B) | (c > 0x5E)) & (c != 0x60) & ((c < 0x7B) | (c > 0x7D));
+}
+
+// Every character of text is a plain path character. Addresses are long: sixteen bytes of
+// characters are tested at once.
+using ByteLanes = quint8 __attribute__((vector_size(16)));
+using WideLanes = quint16 __attribute__((vector_size(16)));
+
+template<typename Text>
+bool allPlainPathCharacters(Text text)
+{
+    using Lanes = std::conditional_t<sizeof(typename Text::value_type) == 1, ByteLanes, WideLanes>;
+    constexpr size_t width = sizeof(Lanes) / sizeof(typename Text::value_type);
+    size_t i = 0;
+    for (; i + width <= text.size(); i += width) {
+        Lanes lanes;
+        std::memcpy(&lanes, text.data() + i, sizeof lanes);
+        const auto plain = plainInPath(lanes);
+        quint64 halves[2];
+        std::memcpy(halves, &plain, sizeof halves);
+        if ((halves[0] & halves[1]) != ~quint64(0))
+            return false;
+    }
+    for (; i < text.size(); ++i) {
+        if (!plainInPath(at(text, i)))
+            return false;
+    }
+    return true;
+}
+
+// A label of a host name that QUrl keeps unchanged: not empty, not over 63 characters, not
+// starting or ending with "-", and no punycode.
+template<typename Text>
+bool isPlainLabel(Text label)
+{
+    return !label.empty() && label.size() <= 63 && label.front() != '-' && label.back() != '-'
+        && !startsWith(label, "xn--");
+}
+
+template<typename Text>
+bool isPlainPort(Text port)
+{
+    if (port.empty() || port.size() > 5 || port.front() == '0')
+        return false;
+    int value = 0;
+    for (size_t i = 0; i < port.size(); ++i) {
+        const char16_t c = at(port, i);
+        if (c < u'0' || c > u'9')
+            return false;
+        value = value * 10 + (c - u'0');
+    }
+    return value <= 65535;
+}
+
+// Whether the text is a plain address: see PlainAddress::encoded.
+template<typename Text>
+bool isPlainAddress(Text text)
+{
+    size_t authorityStart = 0;
+    if (startsWith(text, "http://"))
+        authorityStart = 7;
+    else if (startsWith(text, "https://"))
+        authorityStart = 8;
+    else
+        return false;
+
+    // The host, read in one pass up to a ":" or the path: lower-case labels between dots. QUrl
+    // reads a host whose labels are all numbers, in any base ("0x7f000001", "0177.1", "127.1"),
+    // as an IPv4 address: a host whose labels all begin with a digit is left to it.
+    const size_t size = text.size();
+    size_t i = authorityStart;
+    size_t labelStart = i;
+    bool everyLabelBeginsWithADigit = true;
+    for (;; ++i) {
+        const char16_t c = i < size ? at(text, i) : u'/';
+        if (isLowerAlnum(c) || c == u'-')
+            continue;
+        if (c != u'.' && c != u':' && c != u'/' && c != u'?')
+            return false;
+        const Text label = text.substr(labelStart, i - labelStart);
+        if (!isPlainLabel(label))
+            return false;
+        everyLabelBeginsWithADigit &= label.front() >= '0' && label.front() <= '9';
+        if (c != u'.')
+            break;
+        labelStart = i + 1;
+    }
+    if (i - authorityStart > 253 || everyLabelBeginsWithADigit)
+        return false;
+    if (i < size && at(text, i) == u':') {
+        const size_t portStart = i + 1;
+        i = portStart;
+        while (i < size && at(text, i) != u'/' && at(text, i) != u'?')
+            ++i;
+        if (!isPlainPort(text.substr(portStart, i - portStart)))
+            return false;
+    }
+    return allPlainPathCharacters(text.substr(i));
+}
+
+// Whether a path has a "." or ".." segment, which resolving removes.
+template<typename Text>
+bool hasDotSegment(Text path)
+{
+    size_t segmentStart = 0;
+    for (size_t i = 0; i <= path.size(); ++i) {
+        if (i < path.size() && path[i] != '/')
+            continue;
+        const size_t length = i - segmentStart;
+        if ((length == 1 || length == 2) && path[segmentStart] == '.'
+            && path[segmentStart + length - 1] == '.')
+            return true;
+        segmentStart = i + 1;
+    }
+    return false;
+}
+
+template<typename Text>
+bool isPlainRelative(Text text)
+{
+    if (text.empty() || text.front() == '/' || text.front() == '?' || !allPlainPathCharacters(text))
+        return false;
+    const Text path = text.substr(0, text.find('?'));
+    // A colon before the first slash makes the text an address of its own scheme.
+    return path.substr(0, path.find('/')).find(':') == Text::npos && !hasDotSegment(path);
+}
+
+// text, ASCII, as bytes after prefix into a buffer of their size.
+template<typename Text>
+void writeAscii(QByteArrayView prefix, Text text, QByteArray &into)
+{
+    into.resize(prefix.size() + qsizetype(text.size()));
+    char *const out = into.data();
+    if (!prefix.isEmpty())
+        std::memcpy(out, prefix.data(), size_t(prefix.size()));
+    if constexpr (sizeof(typename Text::value_type) == 1) {
+        std::memcpy(out + prefix.size(), text.data(), text.size());
+    } else {
+        for (size_t i = 0; i < text.size(); ++i)
+            out[prefix.size() + qsizetype(i)] = char(text[i]);
+    }
+}
+
+template<typename Text>
+bool encodeText(Text text, QByteArray &into)
+{
+    if (!isPlainAddress(text))
+        return false;
+    writeAscii({}, text, into);
+    return true;
+}
+
+template<typename Text>
+bool encodeRelativeText(Text text, QByteArrayView directory, QByteArray &into)
+{
+    if (directory.isEmpty() || !isPlainRelative(text))
+        return false;
+    writeAscii(directory, text, into);
+    return true;
+}
+
+} // namespace
+
+namespace PlainAddress {
+
+bool encode(QStringView text, QByteArray &into)
+{
+    return encodeText(viewOf(text), into);
+}
+
+bool encode(QByteArrayView ascii, QByteArray &into)
+{
+    return encodeText(viewOf(ascii), into);
+}
+
+std::optional<QByteArray> encoded(QStringView text)
+{
+    QByteArray bytes;
+    if (!encode(text, bytes))
+        return std::nullopt;
+    return bytes;
+}
+
+QByteArray baseDirectory(const QUrl &base)
+{
+    if (!base.isValid() || base.isRelative() || !base.path().startsWith(u'/'))
+        return {};
+    const QUrl directory
+        = base.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment | QUrl::RemoveFilename);
+    if (hasDotSegment(viewOf(QStringView(directory.path(QUrl::FullyEncoded)))))
+        return {};
+    const QByteArray bytes = directory.toEncoded();
+    return QByteArray(bytes.constData(), bytes.size());
+}
+
+bool encodeRelative(QStringView text, QByteArrayView directory, QByteArray &into)
+{
+    return encodeRelativeText(viewOf(text), directory, into);
+}
+
+bool encodeRelative(QByteArrayView ascii, QByteArrayView directory, QByteArray &into)
+{
+    return encodeRelativeText(viewOf(ascii), directory, into);
+}
+
+} // namespace PlainAddress

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+#include <algorithm>
+#include <cstring>
+
 #include <span>
 
 namespace {
@@ -42,22 +45,63 @@ bool equalsIgnoringCase(QStringView text, QStringView name)
     return true;
 }
 
+// The first "=", quote or comma at or after from, or size. Eight characters are looked at at
+// once: most of a line is none of them.
+qsizetype nextMark(const char16_t *data, qsizetype from, qsizetype size)
+{
+    using Lanes = quint16 __attribute__((vector_size(16)));
+    constexpr qsizetype width = sizeof(Lanes) / sizeof(char16_t);
+    qsizetype at = from;
+    for (; at + width <= size; at += width) {
+        Lanes lanes;
+        std::memcpy(&lanes, data + at, sizeof lanes);
+        const auto marks = (lanes == u'=') | (lanes == u'"') | (lanes == u',');
+        quint64 halves[2];
+        std::memcpy(halves, &marks, sizeof halves);
+        if (halves[0] != 0)
+            return at + qCountTrailingZeroBits(halves[0]) / 16;
+        if (halves[1] != 0)
+            return at + width / 2 + qCountTrailingZeroBits(halves[1]) / 16;
+    }
+    for (; at < size; ++at) {
+        const char16_t c = data[at];
+        if (c == u'=' || c == u'"' || c == u',')
+            return at;
+    }
+    return size;
+}
+
 } // namespace
 
 ExtinfAttributes::ExtinfAttributes(QStringView line)
     : m_line(line)
 {
-    for (qsizetype at = line.indexOf(u'='); at >= 0 && at + 1 < line.size();
-         at = line.indexOf(u'=', at + 1)) {
-        if (line[at + 1] != u'"')
-            continue;
-        Place place;
-        place.equals = at;
-        place.closing = line.indexOf(u'"', at + 2);
-        const std::optional<quint64> tail = packedTail(line.first(at));
-        place.asciiTail = tail.has_value();
-        place.tail = tail.value_or(0);
-        m_places.append(place);
+    // One reading of the line, from one "=", quote or comma to the next. Places wait for the
+    // quote that ends their value in the order they opened: a quote two or more characters after
+    // a place's "=" ends it, and every place opened before it.
+    const char16_t *const data = line.utf16();
+    const qsizetype size = line.size();
+    qsizetype firstWaiting = 0;
+    for (qsizetype at = nextMark(data, 0, size); at < size; at = nextMark(data, at + 1, size)) {
+        switch (data[at]) {
+        case u'"':
+            while (firstWaiting < m_places.size() && m_places[firstWaiting].equals + 2 <= at)
+                m_places[firstWaiting++].closing = at;
+            break;
+        case u',':
+            m_commas.append(at);
+            break;
+        default: // "="
+            if (at + 1 < size && data[at + 1] == u'"') {
+                Place place;
+                place.equals = at;
+                const std::optional<quint64> tail = packedTail(line.first(at));
+                place.asciiTail = tail.has_value();
+                place.tail = tail.value_or(0);
+                m_places.append(place);
+            }
+            break;
+        }
     }
 }
 
@@ -168,18 +212,21 @@ ExtinfAttributes::Values ExtinfAttributes::values(const NameSet &names) const
 
 qsizetype ExtinfAttributes::titleComma() const
 {
-    qsizetype comma = m_line.indexOf(u',');
-    qsizetype at = 0; // where the text after the last quoted value begins
+    // The first comma at or after from, or -1.
+    const auto commaFrom = [this](qsizetype from) {
+        const auto comma = std::lower_bound(m_commas.begin(), m_commas.end(), from);
+        return comma == m_commas.end() ? qsizetype(-1) : *comma;
+    };
+    qsizetype valueEnd = 0; // where the text after the last value read begins
     for (const Place &place : m_places) {
-        if (comma < 0 || comma < place.equals + 1)
-            return comma;
-        if (place.equals < at)
+        if (place.equals < valueEnd)
             continue; // inside the value before
+        const qsizetype comma = commaFrom(valueEnd);
+        if (comma >= 0 && comma < place.equals)
+            return comma;
         if (place.closing < 0)
-            return m_line.indexOf(u',');
-        at = place.closing + 1;
-        if (comma < at)
-            comma = m_line.indexOf(u',', at);
+            return commaFrom(0);
+        valueEnd = place.closing + 1;
     }
-    return comma;
+    return commaFrom(valueEnd);
 }

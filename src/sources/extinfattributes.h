@@ -67,4 +67,5 @@ private:
 
     QStringView m_line;
     QVarLengthArray<Place, 16> m_places;
+    QVarLengthArray<qsizetype, 8> m_commas; // where they are, in order
 };

@@ -68,6 +68,11 @@ QString TextPool::internCountryCode(QStringView piece)
 
 QString TextPool::internHeaderValue(QStringView value)
 {
+    const auto isControl = [](QChar c) {
+        return c.unicode() < 0x20 || c.unicode() == 0x7f;
+    };
+    if (std::none_of(value.begin(), value.end(), isControl))
+        return intern(value.trimmed());
     m_cleaned.resize(0);
     for (const QChar c : value) {
         if (c.unicode() >= 0x20 && c.unicode() != 0x7f)

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QMutex>
+#include <QRandomGenerator>
 #include <QTest>
 
 #include <algorithm>
@@ -106,6 +107,51 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, bytes);
         compareBothWays(bytes, QUrl(QStringLiteral("http://provider.example/list.m3u")));
+    }
+
+    // Names in every script, and now and then a byte sequence that is not UTF-8: read line by
+    // line, the list gives what decoding it whole gives.
+    void randomNamesInEveryScript()
+    {
+        const QList<QByteArray> valid {"a",
+                                       "Name ",
+                                       "\xC3\xA9",
+                                       "\xD0\x9A",
+                                       "\xE6\x96\xB0",
+                                       "\xF0\x9F\x98\x80",
+                                       "\xEF\xBB\xBF",
+                                       "\xEF\xBF\xBF",
+                                       "\xF4\x8F\xBF\xBF",
+                                       "\xE2\x80\xA8",
+                                       "\xC2\x85",
+                                       "\xC2\xA0",
+                                       "0123456789"};
+        const QList<QByteArray> invalid {"\xC0\x80",     "\xC1\xBF",
+                                         "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                                         "\xE0\x80\xAF", "\xF0\x80\x80\x80",
+                                         "\x80",         "\xC3",
+                                         "\xE6\x96",     "\xF8\x88\x80\x80\x80",
+                                         "\xFF"};
+        QRandomGenerator random(20261126);
+        const QUrl base(QStringLiteral("http://provider.example/list.m3u"));
+        for (int list = 0; list < 2000; ++list) {
+            QByteArray bytes = "#EXTM3U\n";
+            for (int line = 0; line < 8; ++line) {
+                QByteArray name;
+                for (int k = random.bounded(12); k > 0; --k)
+                    name += valid[random.bounded(int(valid.size()))];
+                if (random.bounded(40) == 0)
+                    name.insert(random.bounded(int(name.size()) + 1),
+                                invalid[random.bounded(int(invalid.size()))]);
+                bytes += "#EXTINF:-1 tvg-name=\"" + name + "\"," + name + "\nhttp://a/"
+                    + QByteArray::number(line) + "\n";
+            }
+            compareBothWays(bytes, base);
+            if (QTest::currentTestFailed()) {
+                qWarning("list: %s", bytes.toHex().constData());
+                return;
+            }
+        }
     }
 
     void everyCorpusFile()

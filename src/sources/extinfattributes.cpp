@@ -10,6 +10,8 @@
 namespace {
 
 constexpr qsizetype tailSize = 8;
+// Characters are read several to a word below, the first in the lowest bits.
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 
 char16_t asciiLower(char16_t c)
 {
@@ -20,6 +22,27 @@ char16_t asciiLower(char16_t c)
 // when one of them is not ASCII.
 std::optional<quint64> packedTail(QStringView text)
 {
+    if (text.size() >= 8) {
+        // Four characters per word: ASCII when no lane has a bit above the seventh.
+        quint64 words[2];
+        std::memcpy(words, text.utf16() + text.size() - 8, sizeof words);
+        if (((words[0] | words[1]) & 0xFF80FF80FF80FF80ULL) != 0)
+            return std::nullopt;
+        // The low byte of each lane, the first character in the lowest byte.
+        const auto packed = [](quint64 w) {
+            w = (w | (w >> 8)) & 0x0000FFFF0000FFFFULL;
+            return quint32((w | (w >> 16)) & 0xFFFFFFFFULL);
+        };
+        // The last character goes to the lowest byte.
+        quint64 tail = (quint64(__builtin_bswap32(packed(words[0]))) << 32)
+            | __builtin_bswap32(packed(words[1]));
+        // Upper-case letters to lower-case, eight at once.
+        constexpr quint64 ones = 0x0101010101010101ULL;
+        const quint64 atLeastA = tail + (0x80 - 'A') * ones;
+        const quint64 pastZ = tail + (0x80 - 'Z' - 1) * ones;
+        tail |= ((atLeastA & ~pastZ) & (0x80 * ones)) >> 2;
+        return tail;
+    }
     quint64 tail = 0;
     const qsizetype count = std::min(text.size(), tailSize);
     for (qsizetype i = 0; i < count; ++i) {

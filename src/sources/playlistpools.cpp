@@ -39,12 +39,20 @@ QString TextPool::intern(QStringView text)
 {
     if (text.isEmpty())
         return {};
+    // A list has few distinct groups, countries and header values: most are found among the
+    // recent ones, by a slot their length and ends choose, before any hash is computed.
+    QString &recent
+        = m_recent[(size_t(text.size()) * 31 + text.front().unicode() * 7 + text.back().unicode())
+                   % m_recent.size()];
+    if (recent.size() == text.size() && QStringView(recent) == text)
+        return recent;
     auto it = m_texts.constFind(text);
-    if (it != m_texts.constEnd())
-        return *it;
-    QString stored = text.toString();
-    m_texts.insert(QStringView(stored), stored);
-    return stored;
+    if (it == m_texts.constEnd()) {
+        QString stored = text.toString();
+        it = m_texts.insert(QStringView(stored), stored);
+    }
+    recent = *it;
+    return recent;
 }
 
 QString TextPool::internCountryCode(QStringView piece)
@@ -87,13 +95,15 @@ std::shared_ptr<const PlaylistLabels> LabelsPool::labels(const QString &group,
     if (group.isNull() && country.isNull())
         return nullptr;
     const Key key {group.constData(), country.constData()};
-    if (m_last && key == m_lastKey) // neighbours mostly share their group
-        return m_last;
+    // As with texts, recent pairs are looked up in a slot their addresses choose first.
+    Recent &recent = m_recent[((quintptr(key.first) >> 4) * 31 + (quintptr(key.second) >> 4))
+                              % m_recent.size()];
+    if (recent.labels && recent.key == key)
+        return recent.labels;
     std::shared_ptr<const PlaylistLabels> &shared = m_labels[key];
     if (!shared)
         shared = std::make_shared<const PlaylistLabels>(PlaylistLabels {group, country});
-    m_lastKey = key;
-    m_last = shared;
+    recent = {key, shared};
     return shared;
 }
 

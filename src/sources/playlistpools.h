@@ -31,6 +31,7 @@ public:
 
 private:
     QHash<QStringView, QString> m_texts;
+    std::array<QString, 61> m_recent;
     QString m_cleaned; // reused from value to value
 };
 
@@ -44,8 +45,12 @@ public:
 private:
     using Key = std::pair<const QChar *, const QChar *>;
     QHash<Key, std::shared_ptr<const PlaylistLabels>> m_labels;
-    Key m_lastKey;
-    std::shared_ptr<const PlaylistLabels> m_last;
+    struct Recent
+    {
+        Key key;
+        std::shared_ptr<const PlaylistLabels> labels;
+    };
+    std::array<Recent, 61> m_recent;
 };
 
 // Shares one ChannelOptions among the entries that have the same. Provider lists repeat a few

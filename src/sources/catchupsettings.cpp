@@ -75,7 +75,7 @@ CatchupAttributes CatchupAttributes::fromValues(const std::optional<QStringView>
     if (!catchup && !catchupType && !source && !days && !hours && !timeshift && !tvgRec)
         return read;
     if (const std::optional<QStringView> mode = catchup ? catchup : catchupType)
-        read.mode = mode->toString();
+        read.mode = CatchupSettings::modeNamed(*mode);
     if (source)
         read.source = source->toString();
     if (days)
@@ -96,24 +96,22 @@ std::optional<CatchupSettings> CatchupAttributes::resolve(const CatchupAttribute
 {
     // The mode of the entry's own line comes first, its older timeshift form next, then the
     // playlist's in the same order; days the older form gives count unless catchup-days is set.
-    std::optional<QString> modeName;
+    std::optional<std::optional<CatchupMode>> named;
     std::optional<int> legacyDays;
     for (const CatchupAttributes *line : {&entry, &header}) {
         if (line->mode) {
-            modeName = line->mode;
+            named = line->mode;
             break;
         }
         if (line->legacyDays) {
-            modeName = QStringLiteral("shift");
+            named = CatchupMode::shift;
             legacyDays = line->legacyDays;
             break;
         }
     }
-    if (!modeName)
+    if (!named || !*named)
         return std::nullopt;
-    const std::optional<CatchupMode> mode = CatchupSettings::modeNamed(*modeName);
-    if (!mode)
-        return std::nullopt;
+    const std::optional<CatchupMode> mode = *named;
     CatchupSettings settings;
     settings.mode = *mode;
     settings.source = entry.source ? *entry.source : header.source.value_or(QString());

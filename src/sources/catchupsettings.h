@@ -49,7 +49,9 @@ struct CatchupSettings
 // unreadable.
 struct CatchupAttributes
 {
-    std::optional<QString> mode; // catchup, else catchup-type, as written
+    // catchup, else catchup-type, as CatchupSettings::modeNamed reads it: outer nothing when
+    // the line names no mode, inner nothing when the mode it names is not known.
+    std::optional<std::optional<CatchupMode>> mode;
     std::optional<QString> source;
     std::optional<int> days;
     std::optional<qint32> correctionSeconds;

@@ -110,8 +110,8 @@ struct PendingInfo
 {
     QString name;
     QByteArray logo;
-    QString group;
-    QString country;
+    const QString *group = nullptr; // in the parser's TextPool, which outlives it
+    const QString *country = nullptr;
     QString tvgId;
     QString tvgName;
     std::optional<qint32> shiftSeconds;
@@ -120,8 +120,8 @@ struct PendingInfo
     {
         name.resize(0);
         logo.resize(0);
-        group = QString();
-        country = QString();
+        group = nullptr;
+        country = nullptr;
         tvgId.resize(0);
         tvgName.resize(0);
         shiftSeconds.reset();
@@ -226,7 +226,7 @@ public:
         const std::optional<QStringView> &tvgID = values[tvgId];
         if (tvgID)
             assignText(m_pending.tvgId, *tvgID);
-        if (m_pending.country.isNull() && tvgID) {
+        if (!m_pending.country && tvgID) {
             if (const std::optional<QStringView> piece = countryPieceOfTvgId(*tvgID))
                 m_pending.country = m_pool.internCountryCode(*piece);
         }

@@ -35,27 +35,27 @@ std::optional<QString> twoCharacterCode(QStringView piece)
     return code;
 }
 
-QString TextPool::intern(QStringView text)
+const QString *TextPool::intern(QStringView text)
 {
     if (text.isEmpty())
-        return {};
+        return nullptr;
     // A list has few distinct groups, countries and header values: most are found among the
     // recent ones, by a slot their length and ends choose, before any hash is computed.
-    QString &recent
+    const QString *&recent
         = m_recent[(size_t(text.size()) * 31 + text.front().unicode() * 7 + text.back().unicode())
                    % m_recent.size()];
-    if (recent.size() == text.size() && QStringView(recent) == text)
+    if (recent && recent->size() == text.size() && QStringView(*recent) == text)
         return recent;
     auto it = m_texts.constFind(text);
     if (it == m_texts.constEnd()) {
-        QString stored = text.toString();
-        it = m_texts.insert(QStringView(stored), stored);
+        const QString &copy = m_stored.emplace_back(text.toString());
+        it = m_texts.insert(QStringView(copy), &copy);
     }
     recent = *it;
     return recent;
 }
 
-QString TextPool::internCountryCode(QStringView piece)
+const QString *TextPool::internCountryCode(QStringView piece)
 {
     // Two ASCII characters, nearly every code, are upper-cased in place and looked up without a
     // copy.
@@ -65,7 +65,7 @@ QString TextPool::internCountryCode(QStringView piece)
     if (!std::all_of(piece.begin(), piece.end(), ascii))
         return intern(twoCharacterCode(piece).value_or(QString()));
     if (piece.size() != 2)
-        return {};
+        return nullptr;
     const auto upper = [](QChar c) {
         const char16_t u = c.unicode();
         return u >= u'a' && u <= u'z' ? char16_t(u - 32) : u;
@@ -79,22 +79,25 @@ QString TextPool::internHeaderValue(QStringView value)
     const auto isControl = [](QChar c) {
         return c.unicode() < 0x20 || c.unicode() == 0x7f;
     };
+    const auto copyOf = [](const QString *pooled) {
+        return pooled ? *pooled : QString();
+    };
     if (std::none_of(value.begin(), value.end(), isControl))
-        return intern(value.trimmed());
+        return copyOf(intern(value.trimmed()));
     m_cleaned.resize(0);
     for (const QChar c : value) {
         if (c.unicode() >= 0x20 && c.unicode() != 0x7f)
             m_cleaned.append(c);
     }
-    return intern(QStringView(m_cleaned).trimmed());
+    return copyOf(intern(QStringView(m_cleaned).trimmed()));
 }
 
-std::shared_ptr<const PlaylistLabels> LabelsPool::labels(const QString &group,
-                                                         const QString &country)
+std::shared_ptr<const PlaylistLabels> LabelsPool::labels(const QString *group,
+                                                         const QString *country)
 {
-    if (group.isNull() && country.isNull())
+    if (!group && !country)
         return nullptr;
-    const Key key {group.constData(), country.constData()};
+    const Key key {group, country};
     // As with texts, recent pairs are looked up in a slot their addresses choose first.
     Recent &recent = m_recent[((quintptr(key.first) >> 4) * 31 + (quintptr(key.second) >> 4))
                               % m_recent.size()];
@@ -102,7 +105,8 @@ std::shared_ptr<const PlaylistLabels> LabelsPool::labels(const QString &group,
         return recent.labels;
     std::shared_ptr<const PlaylistLabels> &shared = m_labels[key];
     if (!shared)
-        shared = std::make_shared<const PlaylistLabels>(PlaylistLabels {group, country});
+        shared = std::make_shared<const PlaylistLabels>(
+            PlaylistLabels {group ? *group : QString(), country ? *country : QString()});
     recent = {key, shared};
     return shared;
 }

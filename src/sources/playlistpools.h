@@ -10,6 +10,7 @@
 #include <QUuid>
 
 #include <array>
+#include <deque>
 #include <memory>
 #include <optional>
 
@@ -17,21 +18,24 @@
 std::optional<QString> twoCharacterCode(QStringView piece);
 
 // Shares one copy of texts that repeat across a playlist (groups, countries, header values).
-// Keys view the stored values, whose characters never move.
+// The copies stay where they are while the pool lives: a parser holds on to them by address,
+// which costs none of the atomic counting that copies of a QString do.
 class TextPool
 {
 public:
-    QString intern(QStringView text);
-    // The shared copy of twoCharacterCode(piece).
-    QString internCountryCode(QStringView piece);
+    // The pool's copy of text; null for an empty text.
+    const QString *intern(QStringView text);
+    // The pool's copy of twoCharacterCode(piece), or null.
+    const QString *internCountryCode(QStringView piece);
     // A request header's value as a playlist gives it, without control characters: a NUL, CR or
     // LF would cut or split the request, the others have no place in a header. Null when
     // nothing is left.
     QString internHeaderValue(QStringView value);
 
 private:
-    QHash<QStringView, QString> m_texts;
-    std::array<QString, 61> m_recent;
+    std::deque<QString> m_stored; // never moved: keys view them, and parsers point at them
+    QHash<QStringView, const QString *> m_texts;
+    std::array<const QString *, 61> m_recent {};
     QString m_cleaned; // reused from value to value
 };
 
@@ -40,10 +44,11 @@ private:
 class LabelsPool
 {
 public:
-    std::shared_ptr<const PlaylistLabels> labels(const QString &group, const QString &country);
+    // group and country come from a TextPool; either may be null.
+    std::shared_ptr<const PlaylistLabels> labels(const QString *group, const QString *country);
 
 private:
-    using Key = std::pair<const QChar *, const QChar *>;
+    using Key = std::pair<const QString *, const QString *>;
     QHash<Key, std::shared_ptr<const PlaylistLabels>> m_labels;
     struct Recent
     {

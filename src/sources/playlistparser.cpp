@@ -14,6 +14,7 @@
 
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -272,11 +273,10 @@ public:
         if (m_entries.capacity() != capacity)
             adviseHugePages(m_entries);
         m_pending.clear();
-        ChannelOptions options {m_pendingHeaders,
+        ChannelOptions options {std::exchange(m_pendingHeaders, {}),
                                 CatchupAttributes::resolve(m_pendingCatchup, m_headerCatchup)};
         if (!options.isEmpty())
             m_entries.last().setOptions(m_options.shared(std::move(options)));
-        m_pendingHeaders = {};
         m_pendingCatchup = {};
     }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// Whether text starts with an ASCII literal, compared inline: the parser asks this of every line
-// of a huge playlist, where a call into Qt's general comparison costs more than the test.
+// Whether text starts with an ASCII literal, and text trimmed, inline: the parser asks this of
+// every line of a huge playlist, where a call into Qt's general comparison costs more than the
+// test.
 
 #include <QStringView>
 
@@ -16,4 +17,17 @@ constexpr bool startsWithAscii(QStringView text, const char16_t (&prefix)[N])
             return false;
     }
     return true;
+}
+
+// text.trimmed(), without a call into Qt when text neither starts nor ends with a space, as
+// nearly every line and value of a playlist does: every character Qt trims is a control
+// character, a space or beyond ASCII.
+inline QStringView trimmedText(QStringView text)
+{
+    const auto plain = [](QChar c) {
+        return c.unicode() > 0x20 && c.unicode() < 0x7F;
+    };
+    if (!text.isEmpty() && plain(text.front()) && plain(text.back()))
+        return text;
+    return text.trimmed();
 }

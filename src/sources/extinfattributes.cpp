@@ -1,5 +1,7 @@
 #include "extinfattributes.h"
 
+#include "asciiprefix.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -156,7 +158,8 @@ std::optional<QStringView> ExtinfAttributes::value(QStringView name) const
         if (place.closing < 0)
             return std::nullopt;
         const qsizetype valueStart = place.equals + 2;
-        const QStringView value = m_line.sliced(valueStart, place.closing - valueStart).trimmed();
+        const QStringView value
+            = trimmedText(m_line.sliced(valueStart, place.closing - valueStart));
         if (value.isEmpty())
             return std::nullopt;
         return value;
@@ -223,7 +226,7 @@ ExtinfAttributes::Values ExtinfAttributes::values(const NameSet &names) const
                 continue;
             const qsizetype valueStart = place.equals + 2;
             const QStringView value
-                = m_line.sliced(valueStart, place.closing - valueStart).trimmed();
+                = trimmedText(m_line.sliced(valueStart, place.closing - valueStart));
             if (!value.isEmpty())
                 values[i] = value;
         }

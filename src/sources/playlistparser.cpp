@@ -13,6 +13,7 @@
 #include <QVarLengthArray>
 
 #include <mutex>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -109,30 +110,31 @@ QString nameFromAddress(const QByteArray &encoded)
 // entry: a huge list then allocates nothing here.
 struct PendingInfo
 {
-    QString name;
+    // Standard strings: emptied and refilled inline, as every entry does several times.
+    std::u16string name;
     QByteArray logo;
     const QString *group = nullptr; // in the parser's TextPool, which outlives it
     const QString *country = nullptr;
-    QString tvgId;
-    QString tvgName;
+    std::u16string tvgId;
+    std::u16string tvgName;
     std::optional<qint32> shiftSeconds;
 
     void clear()
     {
-        name.resize(0);
-        logo.resize(0);
+        name.clear();
+        if (!logo.isEmpty())
+            logo.resize(0);
         group = nullptr;
         country = nullptr;
-        tvgId.resize(0);
-        tvgName.resize(0);
+        tvgId.clear();
+        tvgName.clear();
         shiftSeconds.reset();
     }
 };
 
-void assignText(QString &into, QStringView text)
+void assignText(std::u16string &into, QStringView text)
 {
-    into.resize(0);
-    into.append(text);
+    into.assign(text.utf16(), size_t(text.size()));
 }
 
 // The memory of a huge list's entries is all new: it is asked for in huge pages.
@@ -201,7 +203,7 @@ public:
         }();
         const ExtinfAttributes::Values values = attributes.values(names);
         const qsizetype comma = attributes.titleComma();
-        const QStringView title = (comma < 0 ? line : line.sliced(comma + 1)).trimmed();
+        const QStringView title = trimmedText(comma < 0 ? line : line.sliced(comma + 1));
         m_pending.clear();
         assignText(m_pending.name, title);
         if (const std::optional<QStringView> &name = values[tvgName]) {
@@ -264,11 +266,12 @@ public:
             return; // keep the pending information for the next address line
 
         const QString nameOfAddress
-            = m_pending.name.isEmpty() ? nameFromAddress(m_address) : QString();
+            = m_pending.name.empty() ? nameFromAddress(m_address) : QString();
         const qsizetype capacity = m_entries.capacity();
         m_entries.append(PlaylistEntry::fromEncoded(
-            m_uuids.next(), m_pending.name.isEmpty() ? nameOfAddress : m_pending.name, m_address,
-            m_pending.logo, m_labels.labels(m_pending.group, m_pending.country),
+            m_uuids.next(),
+            m_pending.name.empty() ? QStringView(nameOfAddress) : QStringView(m_pending.name),
+            m_address, m_pending.logo, m_labels.labels(m_pending.group, m_pending.country),
             {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}, &m_arena));
         if (m_entries.capacity() != capacity)
             adviseHugePages(m_entries);
@@ -330,7 +333,7 @@ struct ParseContext
 // ascii: the line's bytes when it is plain ASCII, else null.
 void parseLine(Parser &parser, QStringView untrimmed, QByteArrayView ascii = {})
 {
-    const QStringView line = untrimmed.trimmed();
+    const QStringView line = trimmedText(untrimmed);
     if (line.isEmpty())
         return;
     if (startsWithAscii(line, u"#EXTINF:"))

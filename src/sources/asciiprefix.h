@@ -20,12 +20,15 @@ constexpr bool startsWithAscii(QStringView text, const char16_t (&prefix)[N])
 }
 
 // text.trimmed(), without a call into Qt when text neither starts nor ends with a space, as
-// nearly every line and value of a playlist does: every character Qt trims is a control
-// character, a space or beyond ASCII.
+// nearly every line and value of a playlist does. Every character Qt trims is a control
+// character, a space, or one of the few other spaces below; a character in these ranges is
+// left to Qt to judge.
 inline QStringView trimmedText(QStringView text)
 {
     const auto plain = [](QChar c) {
-        return c.unicode() > 0x20 && c.unicode() < 0x7F;
+        const char16_t u = c.unicode();
+        return u > 0x20 && u != 0x7F && (u < 0x80 || u > 0xA0) && u != 0x1680
+            && (u < 0x2000 || u > 0x205F) && u != 0x3000;
     };
     if (!text.isEmpty() && plain(text.front()) && plain(text.back()))
         return text;

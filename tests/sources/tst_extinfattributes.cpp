@@ -1,5 +1,6 @@
 // The attributes of #EXTINF lines, found in one reading of the line: every lookup, and where the
 // title begins, agree with the rules read the plain way, on chosen and on random lines.
+#include "sources/asciiprefix.h"
 #include "sources/extinfattributes.h"
 
 #include <QRandomGenerator>
@@ -106,6 +107,19 @@ private Q_SLOTS:
     {
         QFETCH(QString, line);
         compareWithPlainReading(line);
+    }
+
+    // The quick trim gives what Qt's does, whichever character stands at either end.
+    void trimmingAgreesWithQt()
+    {
+        for (char32_t c = 0; c <= 0xFFFF; ++c) {
+            const QChar character {char16_t(c)};
+            for (const QString &text : {QString(character), QString(character) + u"a b"_s,
+                                        u"a b"_s + character, character + u"新"_s + character}) {
+                if (trimmedText(text) != QStringView(text).trimmed())
+                    QFAIL(qPrintable(u"U+%1"_s.arg(uint(c), 4, 16, QChar(u'0'))));
+            }
+        }
     }
 
     void randomLines()

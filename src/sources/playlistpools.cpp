@@ -3,6 +3,7 @@
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -44,7 +45,8 @@ const QString *TextPool::intern(QStringView text)
     const QString *&recent
         = m_recent[(size_t(text.size()) * 31 + text.front().unicode() * 7 + text.back().unicode())
                    % m_recent.size()];
-    if (recent && recent->size() == text.size() && QStringView(*recent) == text)
+    if (recent && recent->size() == text.size()
+        && std::memcmp(recent->constData(), text.data(), size_t(text.size()) * sizeof(QChar)) == 0)
         return recent;
     auto it = m_texts.constFind(text);
     if (it == m_texts.constEnd()) {

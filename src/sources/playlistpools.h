@@ -55,7 +55,7 @@ private:
         Key key;
         std::shared_ptr<const PlaylistLabels> labels;
     };
-    std::array<Recent, 61> m_recent;
+    std::array<Recent, 251> m_recent; // room for every group in every country of most lists
 };
 
 // Shares one ChannelOptions among the entries that have the same. Provider lists repeat a few

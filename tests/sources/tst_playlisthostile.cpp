@@ -73,6 +73,7 @@ class TestPlaylistHostile : public QObject
 private Q_SLOTS:
     void emptyText();
     void onlyNewlines();
+    void blankListsClaimLittleAddressSpace();
     void fiftyMegabyteAddressLine();
     void fiftyMegabyteLineOfNoAddress();
     void nulBytes();
@@ -93,6 +94,20 @@ void TestPlaylistHostile::onlyNewlines()
 {
     QVERIFY(PlaylistParser::parse(QString(100000, u'\n'), base).isEmpty());
     QVERIFY(PlaylistParser::parse(QString(100000, u'\r'), base).isEmpty());
+}
+
+// Room for a list's entries is claimed before it is read, from a guess at how many it holds:
+// 64 MB of line breaks, which hold none, claim no more than about 90 MB of address space.
+void TestPlaylistHostile::blankListsClaimLittleAddressSpace()
+{
+    const QByteArray blank(64 * 1024 * 1024, '\n');
+    for (const QList<PlaylistEntry> &entries :
+         {PlaylistParser::parse(QByteArrayView(blank), base),
+          PlaylistParser::parse(decodePlaylistText(blank), base)}) {
+        QVERIFY(entries.isEmpty());
+        const qsizetype claimed = entries.capacity() * qsizetype(sizeof(PlaylistEntry));
+        QVERIFY2(claimed <= 96 * 1024 * 1024, qPrintable(QString::number(claimed)));
+    }
 }
 
 void TestPlaylistHostile::fiftyMegabyteAddressLine()

@@ -168,14 +168,27 @@ bool hasDotSegment(Text path)
     return false;
 }
 
+// Whether a path has two slashes in a row.
+template<typename Text>
+bool hasEmptySegment(Text path)
+{
+    for (size_t i = 1; i < path.size(); ++i) {
+        if (path[i] == '/' && path[i - 1] == '/')
+            return true;
+    }
+    return false;
+}
+
 template<typename Text>
 bool isPlainRelative(Text text)
 {
     if (text.empty() || text.front() == '/' || text.front() == '?' || !allPlainPathCharacters(text))
         return false;
     const Text path = text.substr(0, text.find('?'));
-    // A colon before the first slash makes the text an address of its own scheme.
-    return path.substr(0, path.find('/')).find(':') == Text::npos && !hasDotSegment(path);
+    // A colon before the first slash makes the text an address of its own scheme. Qt 6.8 merges
+    // the slashes of an empty segment in a local file's path, Qt 6.4 does not: neither is plain.
+    return path.substr(0, path.find('/')).find(':') == Text::npos && !hasDotSegment(path)
+        && !hasEmptySegment(path);
 }
 
 // text, ASCII, as bytes after prefix into a buffer of their size.
@@ -240,7 +253,8 @@ QByteArray baseDirectory(const QUrl &base)
         return {};
     const QUrl directory
         = base.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment | QUrl::RemoveFilename);
-    if (hasDotSegment(viewOf(QStringView(directory.path(QUrl::FullyEncoded)))))
+    const QString path = directory.path(QUrl::FullyEncoded);
+    if (hasDotSegment(viewOf(QStringView(path))) || hasEmptySegment(viewOf(QStringView(path))))
         return {};
     const QByteArray bytes = directory.toEncoded();
     return QByteArray(bytes.constData(), bytes.size());

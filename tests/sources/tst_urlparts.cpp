@@ -380,6 +380,10 @@ void TestUrlParts::plainRelativePathsAreResolvedAsQUrlDoes_data()
     QTest::newRow("parent segment") << list << "a/../x.ts" << false;
     QTest::newRow("trailing dot segment") << list << "a/.." << false;
     QTest::newRow("lone dot") << list << "." << false;
+    // Qt 6.8 merges these slashes in a local file's path, Qt 6.4 does not.
+    QTest::newRow("empty segment") << list << "a//b.ts" << false;
+    QTest::newRow("empty segment in a local file") << u"file:///tmp/l.m3u"_s << "a//b.ts" << false;
+    QTest::newRow("slashes in the query") << list << "a.ts?b//c" << true;
     QTest::newRow("root") << list << "/abs.ts" << false;
     QTest::newRow("network path") << list << "//cdn.example/x.ts" << false;
     QTest::newRow("query only") << list << "?q=2" << false;
@@ -421,6 +425,7 @@ void TestUrlParts::basesWithoutAPlainDirectory_data()
     QTest::newRow("query without a path") << "http://h.example?x=1";
     QTest::newRow("dot segment") << "http://h.example/a/./l.m3u";
     QTest::newRow("parent segment") << "http://h.example/a/../l.m3u";
+    QTest::newRow("empty segment") << "file:///tmp//a/l.m3u";
     QTest::newRow("relative") << "lists/l.m3u";
     QTest::newRow("empty") << "";
     QTest::newRow("no hierarchy") << "mailto:a@h.example";

@@ -80,7 +80,11 @@ qsizetype nextMark(const char16_t *data, qsizetype from, qsizetype size)
     for (; at + width <= size; at += width) {
         Lanes lanes;
         std::memcpy(&lanes, data + at, sizeof lanes);
-        const auto marks = (lanes == u'=') | (lanes == u'"') | (lanes == u',');
+        // Compared with whole vectors: clang 14 fails on a vector compared with a char16_t.
+        constexpr Lanes equals {u'=', u'=', u'=', u'=', u'=', u'=', u'=', u'='};
+        constexpr Lanes quotes {u'"', u'"', u'"', u'"', u'"', u'"', u'"', u'"'};
+        constexpr Lanes commas {u',', u',', u',', u',', u',', u',', u',', u','};
+        const auto marks = (lanes == equals) | (lanes == quotes) | (lanes == commas);
         quint64 halves[2];
         std::memcpy(halves, &marks, sizeof halves);
         if (halves[0] != 0)

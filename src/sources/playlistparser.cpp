@@ -1,7 +1,6 @@
 #include "playlistparser.h"
 
 #include "extinfattributes.h"
-#include "hugepages.h"
 #include "playlistheader.h"
 #include "playlistlinereader.h"
 #include "playlistlines.h"
@@ -28,14 +27,6 @@ qsizetype expectedEntries(Text text, qsizetype size)
     const qsizetype lines = sample.count(u'\n') + 1;
     const double perCharacter = double(lines) / double(std::max<qsizetype>(sample.size(), 1));
     return std::min(mostExpected, qsizetype(perCharacter * double(size) * 1.1) + 16);
-}
-
-QList<PlaylistEntry> joined(QList<PlaylistEntry> first, QList<PlaylistEntry> &&second)
-{
-    first.reserve(first.size() + second.size());
-    adviseHugePages(first);
-    first.append(std::move(second));
-    return first;
 }
 
 // What every part of a list is read with.
@@ -256,7 +247,9 @@ QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const QUrl &baseURL
             QList<PlaylistEntry> first
                 = parsePart(text.first(split), context, expectedEntries(text, text.size()));
             worker.join();
-            return joined(std::move(first), std::move(second));
+            // The first part's list has room for the whole list: the second is moved behind.
+            first.append(std::move(second));
+            return first;
         }
     }
     return parsePart(text, context, expectedEntries(text, text.size()));

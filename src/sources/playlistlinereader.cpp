@@ -7,6 +7,7 @@
 #include "tvgshift.h"
 #include "urlparts.h"
 
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -238,6 +239,12 @@ void PlaylistLineReader::startPart()
     m_pending.clear();
     m_pendingHeaders = {};
     m_pendingCatchup = {};
+}
+
+void PlaylistLineReader::moveEntriesTo(PlaylistEntry *slots)
+{
+    std::uninitialized_move(m_entries.begin(), m_entries.end(), slots);
+    m_entries.clear();
 }
 
 void PlaylistLineReader::expect(qsizetype entries)

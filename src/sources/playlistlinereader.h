@@ -31,6 +31,9 @@ public:
     // Not squeezed: squeezing copies every entry into new memory, while the spare capacity of a
     // big list is address space the process never touches.
     QList<PlaylistEntry> take() { return std::move(m_entries); }
+    // Moves the entries read so far into slots, room for size() entries, and keeps the room
+    // they had for the next ones.
+    void moveEntriesTo(PlaylistEntry *slots);
 
 private:
     // What an #EXTINF line says about the next address. The texts keep their buffers from entry to

@@ -1,5 +1,6 @@
 #include "playlistparser.h"
 
+#include "entryroom.h"
 #include "extinfattributes.h"
 #include "playlistheader.h"
 #include "playlistlinereader.h"
@@ -119,10 +120,45 @@ QList<qsizetype> partStarts(QByteArrayView bytes, PlaylistLines::Encoding encodi
     return starts;
 }
 
+// Room for the entries of a list of totalBytes, guessed from a part of partBytes that held
+// entries: a little more than the part's density foretells, as a list that beats the guess
+// only costs a copy.
+qsizetype roomFor(qsizetype entries, qsizetype partBytes, qsizetype totalBytes)
+{
+    const double perByte = double(entries) / double(std::max<qsizetype>(partBytes, 1));
+    return qsizetype(perByte * double(totalBytes) * 1.06) + 1024;
+}
+
+// The entries placed from the start, the spilled ones of each reader (see parseBytes), then
+// those placed from the end.
+QList<PlaylistEntry> gathered(EntryRoom &room, QList<PlaylistEntry> spilledFront,
+                              QList<PlaylistEntry> spilledBack,
+                              const std::vector<std::pair<qsizetype, qsizetype>> &backParts)
+{
+    const qsizetype frontCount = room.frontCount();
+    QList<PlaylistEntry> placed = room.take();
+    if (spilledFront.isEmpty() && spilledBack.isEmpty())
+        return placed;
+    QList<PlaylistEntry> entries;
+    entries.reserve(placed.size() + spilledFront.size() + spilledBack.size());
+    const auto moveOver = [&](QList<PlaylistEntry> &from, qsizetype begin, qsizetype end) {
+        std::move(from.begin() + begin, from.begin() + end, std::back_inserter(entries));
+    };
+    moveOver(placed, 0, frontCount);
+    moveOver(spilledFront, 0, spilledFront.size());
+    for (auto part = backParts.rbegin(); part != backParts.rend(); ++part)
+        moveOver(spilledBack, part->first, part->second);
+    moveOver(placed, frontCount, placed.size());
+    return entries;
+}
+
 // Nothing when the bytes are read as UTF-8 and are not. A large list is cut into parts, read by
-// two threads at once: this one reads them from the front into the list it returns, a worker
-// from the back into a list of its own. Whichever is quicker reads more (the two cores of a
-// machine are seldom equally free), and the worker's entries then move behind this one's.
+// two threads at once: this one reads them from the front, a worker from the back. Whichever
+// is quicker reads more (the two cores of a machine are seldom equally free). Each reads a
+// part into a list of its own, whose memory stays warm from part to part, and moves it into
+// one room: this thread's parts from the start up, the worker's from the end down. When the
+// two ends meet before the parts run out, each reader keeps the rest of its parts, which go
+// between the two ends at the end.
 std::optional<QList<PlaylistEntry>>
 parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseContext &context,
            const PlaylistParser::BytesRead &bytesRead, const std::stop_token &stop)
@@ -131,12 +167,12 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseCo
     constexpr qsizetype partSize = 1 << 20;
     constexpr qsizetype mostParts = 256;
     PlaylistLineReader front(context.baseURL, context.headerCatchup);
-    front.expect(expectedEntries(bytes, bytes.size()));
     const QList<qsizetype> starts
         = bytes.size() >= parallelFromBytes && std::thread::hardware_concurrency() > 1
         ? partStarts(bytes, encoding, std::clamp(bytes.size() / partSize, qsizetype(2), mostParts))
         : QList<qsizetype> {0};
     if (starts.size() == 1) {
+        front.expect(expectedEntries(bytes, bytes.size()));
         if (readPart(front, bytes, encoding, bytesRead, stop) == PlaylistLines::Walk::notUtf8)
             return std::nullopt;
         return front.take();
@@ -149,6 +185,7 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseCo
     qsizetype nextFront = 0;
     qsizetype nextBack = starts.size() - 1;
     bool notUtf8 = false;
+    std::optional<EntryRoom> room; // made once the first part with entries is read
     // The next part to read from one end, or -1 when the two have met or reading ends.
     const auto claim = [&](bool fromFront) {
         const std::lock_guard lock(claiming);
@@ -164,36 +201,49 @@ parseBytes(QByteArrayView bytes, PlaylistLines::Encoding encoding, const ParseCo
         notUtf8 = true;
         return false;
     };
-    struct BackPart
-    {
-        qsizetype from; // where its entries begin in the worker's list
-        qsizetype to;
+    // Moves the entries of a part just read into the room; false when they do not fit.
+    const auto place = [&](PlaylistLineReader &parser, qsizetype part, bool fromFront) {
+        PlaylistEntry *slots = nullptr;
+        {
+            const std::lock_guard lock(claiming);
+            if (!room) {
+                if (parser.size() == 0)
+                    return true;
+                room.emplace(roomFor(parser.size(), partAt(part).size(), bytes.size()));
+            }
+            slots = fromFront ? room->claimFront(parser.size()) : room->claimBack(parser.size());
+        }
+        if (!slots)
+            return false;
+        parser.moveEntriesTo(slots);
+        return true;
     };
-    std::vector<BackPart> backParts; // the last part first
+    // Where each part the worker kept begins and ends in its list, the last part first.
+    std::vector<std::pair<qsizetype, qsizetype>> backParts;
     PlaylistLineReader back(context.baseURL, context.headerCatchup);
     std::thread worker([&] {
-        back.expect(expectedEntries(bytes, bytes.size() / 2));
+        bool spilled = false;
         for (qsizetype part; (part = claim(false)) >= 0;) {
             const qsizetype from = back.size();
             if (!read(back, part))
                 return;
-            backParts.push_back({from, back.size()});
+            spilled = spilled || !place(back, part, false);
+            if (spilled)
+                backParts.emplace_back(from, back.size());
         }
     });
+    bool spilled = false;
     for (qsizetype part; (part = claim(true)) >= 0;) {
         if (!read(front, part))
             break;
+        spilled = spilled || !place(front, part, true);
     }
     worker.join();
     if (notUtf8)
         return std::nullopt;
-    QList<PlaylistEntry> entries = front.take();
-    QList<PlaylistEntry> backEntries = back.take();
-    for (auto part = backParts.rbegin(); part != backParts.rend(); ++part) {
-        std::move(backEntries.begin() + part->from, backEntries.begin() + part->to,
-                  std::back_inserter(entries));
-    }
-    return entries;
+    if (!room)
+        return QList<PlaylistEntry>();
+    return gathered(*room, front.take(), back.take(), backParts);
 }
 
 // The start of the first #EXTINF line after position from that directly follows an address

@@ -170,21 +170,40 @@ private Q_SLOTS:
 
     void largeListsReadInParts_data()
     {
+        QTest::addColumn<QByteArray>("head");
         QTest::addColumn<QByteArray>("tail");
-        QTest::newRow("UTF-8") << QByteArray("#EXTINF:-1,T\xC3\xA9l\xC3\xA9\nhttp://a/e\n");
+        QTest::newRow("UTF-8") << QByteArray()
+                               << QByteArray("#EXTINF:-1,T\xC3\xA9l\xC3\xA9\nhttp://a/e\n");
         // One stray byte far into the list turns the whole list into Latin-1.
-        QTest::newRow("Latin-1 at the end") << QByteArray("#EXTINF:-1,T\xE9l\xE9\nhttp://a/e\n");
+        QTest::newRow("Latin-1 at the end")
+            << QByteArray() << QByteArray("#EXTINF:-1,T\xE9l\xE9\nhttp://a/e\n");
         // What the end of a list leaves pending belongs to no entry, whichever part is read
         // first.
         QTest::newRow("options left pending at the end")
+            << QByteArray()
             << QByteArray("#EXTINF:-1,E\nhttp://a/e\n#EXTVLCOPT:http-user-agent=Dangling\n"
                           "#EXTINF:-1 http-referrer=\"d\",Dangling\n");
+        // The room for the entries is guessed from the first part read: a start with far
+        // fewer channels than the rest guesses far too little, one with far more too much.
+        const QByteArray remarks = QByteArray("# a remark of the list's maker\n").repeated(60000);
+        QTest::newRow("a sparse start")
+            << "#EXTINF:-1,First\nhttp://a/first\n" + remarks << QByteArray();
+        QTest::newRow("a sparse end")
+            << QByteArray() << remarks + "#EXTINF:-1,Last\nhttp://a/last\n";
+        QTest::newRow("sparse at both ends") << "#EXTINF:-1,First\nhttp://a/first\n" + remarks
+                                             << remarks + "#EXTINF:-1,Last\nhttp://a/last\n";
+        QByteArray dense;
+        for (int i = 0; i < 60000; ++i)
+            dense += "#EXTINF:-1,D" + QByteArray::number(i) + "\nd/" + QByteArray::number(i) + '\n';
+        QTest::newRow("a dense start") << dense << QByteArray();
+        QTest::newRow("dense at both ends") << dense << dense;
     }
 
     void largeListsReadInParts()
     {
+        QFETCH(QByteArray, head);
         QFETCH(QByteArray, tail);
-        const QByteArray bytes = largeCorpusList() + tail;
+        const QByteArray bytes = head + largeCorpusList() + tail;
         compareBothWays(bytes, QUrl(QStringLiteral("http://provider.example/list.m3u")));
     }
 

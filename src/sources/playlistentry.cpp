@@ -45,8 +45,9 @@ PlaylistEntry::PlaylistEntry(QUuid id, QString name, const QUrl &url,
                               logoURL ? std::optional<QByteArrayView>(UrlParts::encoded(*logoURL))
                                       : std::nullopt))
 {
-    m_labels = labelsOrNone(std::make_shared<const PlaylistLabels>(PlaylistLabels {
-        nullIfAbsent(std::move(groupTitle)), nullIfAbsent(std::move(countryCode))}));
+    setDetails(std::make_shared<const PlaylistLabels>(PlaylistLabels {
+                   nullIfAbsent(std::move(groupTitle)), nullIfAbsent(std::move(countryCode))}),
+               nullptr);
 }
 
 PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
@@ -58,8 +59,37 @@ PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayV
         id, name, encodedUrl,
         encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL),
         guideKeys, arena);
-    entry.m_labels = labelsOrNone(std::move(labels));
+    entry.setDetails(std::move(labels), nullptr);
     return entry;
+}
+
+PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
+                                         QByteArrayView encodedLogoURL,
+                                         std::shared_ptr<const PlaylistEntryDetails> details,
+                                         const PlaylistGuideKeys &guideKeys, EntryTextArena *arena)
+{
+    PlaylistEntry entry = withTexts(
+        id, name, encodedUrl,
+        encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL),
+        guideKeys, arena);
+    entry.m_details = std::move(details);
+    return entry;
+}
+
+const PlaylistLabels &PlaylistEntry::labels() const
+{
+    return m_details && m_details->labels ? *m_details->labels : noLabels();
+}
+
+void PlaylistEntry::setDetails(std::shared_ptr<const PlaylistLabels> labels,
+                               std::shared_ptr<const ChannelOptions> options)
+{
+    labels = labelsOrNone(std::move(labels));
+    if (options && options->isEmpty())
+        options = nullptr;
+    m_details = labels || options ? std::make_shared<const PlaylistEntryDetails>(
+                    PlaylistEntryDetails {std::move(labels), std::move(options)})
+                                  : nullptr;
 }
 
 PlaylistEntry PlaylistEntry::withTexts(QUuid id, QStringView name, QByteArrayView url,
@@ -132,20 +162,20 @@ std::optional<QUrl> PlaylistEntry::logoURL() const
 
 std::optional<QString> PlaylistEntry::groupTitle() const
 {
-    return absentIfNull((m_labels ? *m_labels : noLabels()).groupTitle);
+    return absentIfNull(labels().groupTitle);
 }
 
 std::optional<QString> PlaylistEntry::countryCode() const
 {
-    return absentIfNull((m_labels ? *m_labels : noLabels()).countryCode);
+    return absentIfNull(labels().countryCode);
 }
 
 bool PlaylistEntry::sameLabels(const PlaylistEntry &a, const PlaylistEntry &b)
 {
-    if (a.m_labels == b.m_labels)
+    const PlaylistLabels &first = a.labels();
+    const PlaylistLabels &second = b.labels();
+    if (&first == &second)
         return true;
-    const PlaylistLabels &first = a.m_labels ? *a.m_labels : noLabels();
-    const PlaylistLabels &second = b.m_labels ? *b.m_labels : noLabels();
     return first.groupTitle == second.groupTitle && first.countryCode == second.countryCode;
 }
 
@@ -168,18 +198,18 @@ std::optional<qint32> PlaylistEntry::tvgShiftSeconds() const
 const StreamHeaders &PlaylistEntry::headers() const
 {
     static const StreamHeaders none;
-    return m_options ? m_options->headers : none;
+    return m_details && m_details->options ? m_details->options->headers : none;
 }
 
 const std::optional<CatchupSettings> &PlaylistEntry::catchup() const
 {
     static const std::optional<CatchupSettings> none;
-    return m_options ? m_options->catchup : none;
+    return m_details && m_details->options ? m_details->options->catchup : none;
 }
 
 void PlaylistEntry::setOptions(std::shared_ptr<const ChannelOptions> options)
 {
-    m_options = options && !options->isEmpty() ? std::move(options) : nullptr;
+    setDetails(m_details ? m_details->labels : nullptr, std::move(options));
 }
 
 size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
@@ -192,7 +222,7 @@ size_t qHash(const PlaylistEntry &entry, size_t seed) noexcept
     seed = combine(seed, entry.m_tvgIdSize);
     seed = combine(seed, entry.m_tvgNameSize);
     seed = combine(seed, entry.m_shiftSeconds);
-    const PlaylistLabels &labels = entry.m_labels ? *entry.m_labels : noLabels();
+    const PlaylistLabels &labels = entry.labels();
     for (const QString *text : {&labels.groupTitle, &labels.countryCode}) {
         seed = combine(seed, !text->isNull());
         if (!text->isNull())

@@ -35,6 +35,14 @@ struct PlaylistLabels
     QString countryCode;
 };
 
+// An entry's labels and options together, shared by the entries that have both the same: one
+// pointer in each entry rather than two. Null pointers for what is absent.
+struct PlaylistEntryDetails
+{
+    std::shared_ptr<const PlaylistLabels> labels;
+    std::shared_ptr<const ChannelOptions> options;
+};
+
 class PlaylistEntry
 {
 public:
@@ -51,6 +59,11 @@ public:
                                      std::shared_ptr<const PlaylistLabels> labels,
                                      const PlaylistGuideKeys &guideKeys = {},
                                      EntryTextArena *arena = nullptr);
+    // The same with labels and options already shared (see PlaylistEntryDetails).
+    static PlaylistEntry fromEncoded(QUuid id, QStringView name, QByteArrayView encodedUrl,
+                                     QByteArrayView encodedLogoURL,
+                                     std::shared_ptr<const PlaylistEntryDetails> details,
+                                     const PlaylistGuideKeys &guideKeys, EntryTextArena *arena);
 
     QUuid id() const { return m_id; }
     QString name() const { return nameView().toString(); }
@@ -101,6 +114,9 @@ private:
     }
     QByteArrayView texts() const { return QByteArrayView(m_texts.get(), m_textsSize); }
     static bool sameLabels(const PlaylistEntry &a, const PlaylistEntry &b);
+    const PlaylistLabels &labels() const;
+    void setDetails(std::shared_ptr<const PlaylistLabels> labels,
+                    std::shared_ptr<const ChannelOptions> options);
 
     // One block for the name, the tvg-id and the tvg-name (UTF-16), then both addresses, in
     // that order, never changed once written: a parsed list keeps them in shared chunks.
@@ -118,11 +134,11 @@ private:
     static constexpr qint16 noTvgName = -1;
     static constexpr qint16 tvgNameIsName = -2;
     qint16 m_tvgNameSize = noTvgName;
-    // None when there is neither a group nor a country. Absent values are null (never empty)
-    // strings: the parser only keeps non-empty groups and exactly two-character countries.
-    std::shared_ptr<const PlaylistLabels> m_labels;
-    // Shared: most entries have none, and those that do mostly share one set.
-    std::shared_ptr<const ChannelOptions> m_options;
+    // None when there are neither labels nor options. Labels are null when there is neither
+    // a group nor a country; absent values are null (never empty) strings: the parser only
+    // keeps non-empty groups and exactly two-character countries. Options are shared: most
+    // entries have none, and those that do mostly share one set.
+    std::shared_ptr<const PlaylistEntryDetails> m_details;
 };
 
 // Moved as bytes when a list of channels grows: nothing in an entry points into itself.

@@ -218,20 +218,22 @@ void PlaylistLineReader::readAddress(QStringView line, QByteArrayView ascii)
         return; // keep the pending information for the next address line
 
     const QString nameOfAddress = m_pending.name.empty() ? nameFromAddress(m_address) : QString();
+    ChannelOptions options {std::exchange(m_pendingHeaders, {}),
+                            CatchupAttributes::resolve(m_pendingCatchup, m_headerCatchup)};
+    m_pendingCatchup = {};
+    std::shared_ptr<const PlaylistEntryDetails> details
+        = m_labels.labels(m_pending.group, m_pending.country);
+    if (!options.isEmpty())
+        details = m_labels.withOptions(details, m_options.shared(std::move(options)));
     const qsizetype capacity = m_entries.capacity();
     m_entries.append(PlaylistEntry::fromEncoded(
         m_uuids.next(),
         m_pending.name.empty() ? QStringView(nameOfAddress) : QStringView(m_pending.name),
-        m_address, m_pending.logo, m_labels.labels(m_pending.group, m_pending.country),
+        m_address, m_pending.logo, std::move(details),
         {m_pending.tvgId, m_pending.tvgName, m_pending.shiftSeconds}, &m_arena));
     if (m_entries.capacity() != capacity)
         adviseHugePages(m_entries);
     m_pending.clear();
-    ChannelOptions options {std::exchange(m_pendingHeaders, {}),
-                            CatchupAttributes::resolve(m_pendingCatchup, m_headerCatchup)};
-    if (!options.isEmpty())
-        m_entries.last().setOptions(m_options.shared(std::move(options)));
-    m_pendingCatchup = {};
 }
 
 void PlaylistLineReader::startPart()

@@ -94,23 +94,51 @@ QString TextPool::internHeaderValue(QStringView value)
     return copyOf(intern(QStringView(m_cleaned).trimmed()));
 }
 
-std::shared_ptr<const PlaylistLabels> LabelsPool::labels(const QString *group,
-                                                         const QString *country)
+namespace {
+
+// As with texts, recent pairs are looked up in a slot their addresses choose first.
+template<typename Slot, size_t size>
+Slot &slotOf(std::array<Slot, size> &recent, std::pair<const void *, const void *> key)
+{
+    return recent[((quintptr(key.first) >> 4) * 31 + (quintptr(key.second) >> 4)) % size];
+}
+
+} // namespace
+
+std::shared_ptr<const PlaylistEntryDetails> LabelsPool::labels(const QString *group,
+                                                               const QString *country)
 {
     if (!group && !country)
         return nullptr;
     const Key key {group, country};
-    // As with texts, recent pairs are looked up in a slot their addresses choose first.
-    Recent &recent = m_recent[((quintptr(key.first) >> 4) * 31 + (quintptr(key.second) >> 4))
-                              % m_recent.size()];
-    if (recent.labels && recent.key == key)
-        return recent.labels;
-    std::shared_ptr<const PlaylistLabels> &shared = m_labels[key];
-    if (!shared)
-        shared = std::make_shared<const PlaylistLabels>(
-            PlaylistLabels {group ? *group : QString(), country ? *country : QString()});
+    Recent &recent = slotOf(m_recent, key);
+    if (recent.details && recent.key == key)
+        return recent.details;
+    std::shared_ptr<const PlaylistEntryDetails> &shared = m_labels[key];
+    if (!shared) {
+        shared = std::make_shared<const PlaylistEntryDetails>(
+            PlaylistEntryDetails {std::make_shared<const PlaylistLabels>(PlaylistLabels {
+                                      group ? *group : QString(), country ? *country : QString()}),
+                                  nullptr});
+    }
     recent = {key, shared};
     return shared;
+}
+
+std::shared_ptr<const PlaylistEntryDetails>
+LabelsPool::withOptions(const std::shared_ptr<const PlaylistEntryDetails> &labels,
+                        std::shared_ptr<const ChannelOptions> options)
+{
+    // The key's labels live in m_labels and its options in the details, so neither address
+    // is reused while the slot holds them.
+    const Key key {labels.get(), options.get()};
+    Recent &recent = slotOf(m_recentWithOptions, key);
+    if (!recent.details || recent.key != key) {
+        recent = {key,
+                  std::make_shared<const PlaylistEntryDetails>(PlaylistEntryDetails {
+                      labels ? labels->labels : nullptr, std::move(options)})};
+    }
+    return recent.details;
 }
 
 std::shared_ptr<const ChannelOptions> OptionsPool::shared(ChannelOptions options)

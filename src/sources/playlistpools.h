@@ -39,23 +39,32 @@ private:
     QString m_cleaned; // reused from value to value
 };
 
-// Shares one PlaylistLabels among the entries with the same group and country. The texts come
-// from a TextPool, so equal texts are the same string and are told apart by where they are.
+// Shares one PlaylistEntryDetails among the entries with the same group, country and options.
+// The texts come from a TextPool, so equal texts are the same string and are told apart by
+// where they are.
 class LabelsPool
 {
 public:
-    // group and country come from a TextPool; either may be null.
-    std::shared_ptr<const PlaylistLabels> labels(const QString *group, const QString *country);
+    // Details with labels and no options, or null when both texts are; group and country come
+    // from a TextPool, and either may be null.
+    std::shared_ptr<const PlaylistEntryDetails> labels(const QString *group,
+                                                       const QString *country);
+    // The same labels (from labels()) with options, shared with recent entries that had both;
+    // options unique to a channel, as a catch-up source may be, are not kept for later.
+    std::shared_ptr<const PlaylistEntryDetails>
+    withOptions(const std::shared_ptr<const PlaylistEntryDetails> &labels,
+                std::shared_ptr<const ChannelOptions> options);
 
 private:
-    using Key = std::pair<const QString *, const QString *>;
-    QHash<Key, std::shared_ptr<const PlaylistLabels>> m_labels;
+    using Key = std::pair<const void *, const void *>;
+    QHash<Key, std::shared_ptr<const PlaylistEntryDetails>> m_labels;
     struct Recent
     {
         Key key;
-        std::shared_ptr<const PlaylistLabels> labels;
+        std::shared_ptr<const PlaylistEntryDetails> details;
     };
     std::array<Recent, 251> m_recent; // room for every group in every country of most lists
+    std::array<Recent, 61> m_recentWithOptions;
 };
 
 // Shares one ChannelOptions among the entries that have the same. Provider lists repeat a few

@@ -1,5 +1,6 @@
 #include "plainaddress.h"
 
+#include <array>
 #include <cstring>
 #include <string_view>
 
@@ -37,7 +38,7 @@ bool startsWith(Text text, std::string_view ascii)
     return true;
 }
 
-bool isLowerAlnum(char16_t c)
+constexpr bool isLowerAlnum(char16_t c)
 {
     return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9');
 }
@@ -64,21 +65,27 @@ bool allPlainPathCharacters(Text text)
 {
     using Lanes = std::conditional_t<sizeof(typename Text::value_type) == 1, ByteLanes, WideLanes>;
     constexpr size_t width = sizeof(Lanes) / sizeof(typename Text::value_type);
-    size_t i = 0;
-    for (; i + width <= text.size(); i += width) {
+    const auto plainAt = [&](size_t i) {
         Lanes lanes;
         std::memcpy(&lanes, text.data() + i, sizeof lanes);
         const auto plain = plainInPath(lanes);
         quint64 halves[2];
         std::memcpy(halves, &plain, sizeof halves);
-        if ((halves[0] & halves[1]) != ~quint64(0))
+        return (halves[0] & halves[1]) == ~quint64(0);
+    };
+    if (text.size() < width) {
+        for (size_t i = 0; i < text.size(); ++i) {
+            if (!plainInPath(at(text, i)))
+                return false;
+        }
+        return true;
+    }
+    for (size_t i = 0; i + width <= text.size(); i += width) {
+        if (!plainAt(i))
             return false;
     }
-    for (; i < text.size(); ++i) {
-        if (!plainInPath(at(text, i)))
-            return false;
-    }
-    return true;
+    // The last characters in a vector of their own, which may overlap the one before.
+    return plainAt(text.size() - width);
 }
 
 // A label of a host name that QUrl keeps unchanged: not empty, not over 63 characters, not
@@ -105,6 +112,22 @@ bool isPlainPort(Text port)
     return value <= 65535;
 }
 
+// What a character is to a host name that is read in one pass; the end comes at ":", "/", "?".
+enum class HostCharacter : quint8 { other, label, dot, end };
+
+constexpr std::array<HostCharacter, 128> hostCharacters = [] {
+    std::array<HostCharacter, 128> kinds {};
+    for (char16_t c = 0; c < 128; ++c) {
+        if (isLowerAlnum(c) || c == u'-')
+            kinds[c] = HostCharacter::label;
+        else if (c == u'.')
+            kinds[c] = HostCharacter::dot;
+        else if (c == u':' || c == u'/' || c == u'?')
+            kinds[c] = HostCharacter::end;
+    }
+    return kinds;
+}();
+
 // Whether the text is a plain address: see PlainAddress::encoded.
 template<typename Text>
 bool isPlainAddress(Text text)
@@ -126,9 +149,10 @@ bool isPlainAddress(Text text)
     bool everyLabelBeginsWithADigit = true;
     for (;; ++i) {
         const char16_t c = i < size ? at(text, i) : u'/';
-        if (isLowerAlnum(c) || c == u'-')
+        const HostCharacter kind = c < 0x80 ? hostCharacters[c] : HostCharacter::other;
+        if (kind == HostCharacter::label)
             continue;
-        if (c != u'.' && c != u':' && c != u'/' && c != u'?')
+        if (kind == HostCharacter::other)
             return false;
         const Text label = text.substr(labelStart, i - labelStart);
         if (!isPlainLabel(label))

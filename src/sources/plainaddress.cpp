@@ -45,14 +45,16 @@ constexpr bool isLowerAlnum(char16_t c)
 
 // Characters QUrl leaves as they are in a path or query: RFC 3986 unreserved and sub-delims,
 // ":", "@", "/" and "?" (letters, digits and -._~!$&'()*+,;=:@/?). "%" and "#" are left to QUrl,
-// which may rewrite what follows them. As ranges, for one character or for a vector of them
-// side by side (where each comparison gives a lane of all ones or zeros): printable ASCII
-// without " # % < > [ \ ] ^ ` { | }.
+// which may rewrite what follows them. For one character or for a vector of them side by side
+// (where each comparison gives a lane of all ones or zeros): printable ASCII without " # % < >
+// [ \ ] ^ ` { | }. Ranges are tested by one unsigned comparison after a subtraction, and pairs
+// that differ in one bit by one comparison with that bit set.
 template<typename Characters>
 constexpr auto plainInPath(Characters c)
 {
-    return (c >= 0x21) & (c <= 0x7E) & (c != 0x22) & (c != 0x23) & (c != 0x25) & (c != 0x3C)
-        & (c != 0x3E) & ((c < 0x5B) | (c > 0x5E)) & (c != 0x60) & ((c < 0x7B) | (c > 0x7D));
+    return (Characters(c - 0x21) <= 0x7E - 0x21) & ((c | 1) != 0x23) & (c != 0x25)
+        & ((c | 2) != 0x3E) & (Characters(c - 0x5B) > 0x5E - 0x5B) & (c != 0x60)
+        & (Characters(c - 0x7B) > 0x7D - 0x7B);
 }
 
 // Every character of text is a plain path character. Addresses are long: sixteen bytes of

@@ -51,6 +51,7 @@ private Q_SLOTS:
     void plainAddressesAreEncodedAsQUrlDoes_data();
     void plainAddressesAreEncodedAsQUrlDoes();
     void everyCorpusAddressIsEncodedAsQUrlDoes();
+    void everyCharacterOfAPathIsJudgedAsQUrlDoes();
     void plainRelativePathsAreResolvedAsQUrlDoes_data();
     void plainRelativePathsAreResolvedAsQUrlDoes();
     void basesWithoutAPlainDirectory_data();
@@ -326,6 +327,39 @@ void TestUrlParts::plainAddressesAreEncodedAsQUrlDoes()
         const QUrl url(text, QUrl::TolerantMode);
         QVERIFY(url.isValid());
         QCOMPARE(*fast, url.toEncoded());
+    }
+}
+
+void TestUrlParts::everyCharacterOfAPathIsJudgedAsQUrlDoes()
+{
+    // Long paths are checked many characters at once, short ones and their ends one by one:
+    // each character, at each kind of place, is plain exactly when it is one of these.
+    const QString plainCharacters = u"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                    u"0123456789-._~!$&'()*+,;=:@/?"_s;
+    const QString letters = u"abcdefghijklmnopqrstuvwxyz"_s;
+    const QList<std::pair<QString, QString>> places {
+        {QString(), QString()},
+        {u"a"_s, u"b"_s},
+        {letters, letters},
+        {letters, u"b"_s},
+        {letters.left(14), letters.left(2)},
+        {letters.left(15), QString()},
+        {letters + letters, letters.left(5)},
+    };
+    QList<char16_t> characters;
+    for (char16_t c = 0; c < 0x80; ++c)
+        characters.append(c);
+    characters.append({0xA0, 0xE9, 0x100, 0x4E2D, 0xFEFF});
+    for (const char16_t c : characters) {
+        for (const auto &[before, after] : places) {
+            const QString text = u"http://h.example/"_s + before + QChar(c) + after;
+            const std::optional<QByteArray> fast = PlainAddress::encoded(text);
+            QVERIFY2(fast.has_value() == plainCharacters.contains(QChar(c)),
+                     qPrintable(u"U+%1 in %2"_s.arg(int(c), 4, 16, QChar(u'0')).arg(text)));
+            if (fast)
+                QCOMPARE(*fast, QUrl(text, QUrl::TolerantMode).toEncoded());
+            QCOMPARE(encodedFromBytes(text), fast);
+        }
     }
 }
 

@@ -35,6 +35,10 @@ bool encodeAddress(QStringView text, QByteArrayView ascii, const QUrl *base,
         && (ascii.isNull() ? PlainAddress::encodeRelative(text, baseDirectory, into)
                            : PlainAddress::encodeRelative(ascii, baseDirectory, into)))
         return true;
+    // A line handed over as bytes only is widened when QUrl has to read it.
+    const QString widened = text.isNull() ? QString::fromLatin1(ascii) : QString();
+    if (text.isNull())
+        text = widened;
     const std::optional<QUrl> url = base ? UrlParts::parse(text, *base) : UrlParts::parse(text);
     if (!url || (!base && url->isRelative()))
         return false;
@@ -57,6 +61,21 @@ QString nameFromAddress(const QByteArray &encoded)
     if (!host.isEmpty())
         return host;
     return QStringLiteral("Stream");
+}
+
+// ascii without the spaces QStringView::trimmed() takes off: tab to carriage return, and space.
+QByteArrayView trimmedAscii(QByteArrayView ascii)
+{
+    const auto isSpace = [](char c) {
+        return c == ' ' || (c >= '\t' && c <= '\r');
+    };
+    qsizetype begin = 0;
+    qsizetype end = ascii.size();
+    while (begin < end && isSpace(ascii[begin]))
+        ++begin;
+    while (end > begin && isSpace(ascii[end - 1]))
+        --end;
+    return ascii.sliced(begin, end - begin);
 }
 
 void assignText(std::u16string &into, QStringView text)
@@ -116,6 +135,11 @@ PlaylistLineReader::PlaylistLineReader(const QUrl &baseURL, CatchupAttributes he
 
 void PlaylistLineReader::read(QStringView untrimmed, QByteArrayView ascii)
 {
+    if (untrimmed.isNull() && !ascii.isEmpty()) {
+        // Plain ASCII, neither blank nor a comment: an address, read as bytes.
+        readAddress({}, trimmedAscii(ascii));
+        return;
+    }
     const QStringView line = trimmedText(untrimmed);
     if (line.isEmpty())
         return;

@@ -21,7 +21,8 @@ public:
     // Relative addresses are resolved against baseURL; headerCatchup is the #EXTM3U line's.
     PlaylistLineReader(const QUrl &baseURL, CatchupAttributes headerCatchup);
 
-    // One line, untrimmed; ascii is its bytes when it is plain ASCII, else null.
+    // One line, untrimmed; ascii is its bytes when it is plain ASCII, else null. A null line
+    // with some bytes is plain ASCII that is neither blank nor a comment (see PlaylistLines::walk).
     void read(QStringView line, QByteArrayView ascii = {});
     // Forgets what was pending, before a part of a list that begins with an #EXTINF line.
     void startPart();

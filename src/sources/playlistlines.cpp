@@ -90,6 +90,15 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
         const qsizetype end = pieceEnd(data, start, size, ascii);
         const QByteArrayView piece = bytes.sliced(start, end - start);
         if (ascii) {
+            qsizetype first = start;
+            while (first < end && (data[first] == ' ' || data[first] == '\t'))
+                ++first;
+            if (first < end && data[first] != '#') {
+                if (!visit(QStringView(), piece, start, true))
+                    return Walk::stopped;
+                start = end + 1;
+                continue;
+            }
             buffer = QLatin1StringView(piece.data(), piece.size());
             if (!visit(QStringView(buffer), piece, start, true))
                 return Walk::stopped;

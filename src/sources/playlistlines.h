@@ -25,9 +25,11 @@ inline bool isAsciiLineBreak(uchar byte)
 // visit(line, ascii, pieceStart, firstInPiece) for each line, untrimmed, until it returns
 // false. A piece is the bytes between two ASCII line breaks, pieceStart the offset of its first
 // byte; a piece may decode to several lines (NEL, LINE and PARAGRAPH SEPARATOR). ascii is the
-// line's bytes when it is plain ASCII, one for each of its characters, and null otherwise. The
-// line is valid only during the call. notUtf8 when read as UTF-8 and the bytes are not; the
-// lines handed over until then are to be read again as Latin-1.
+// line's bytes when it is plain ASCII, one for each of its characters, and null otherwise; such
+// a line that is neither blank nor a comment (its first character other than a space or a tab
+// is not "#") comes as its bytes alone, never empty, with a null line, as most of it is an address
+// read as bytes. The line is valid only during the call. notUtf8 when read as UTF-8 and the bytes
+// are not; the lines handed over until then are to be read again as Latin-1.
 using Visit = std::function<bool(QStringView line, QByteArrayView ascii, qsizetype pieceStart,
                                  bool firstInPiece)>;
 Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit);

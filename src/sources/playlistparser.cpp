@@ -64,7 +64,11 @@ qsizetype extinfPieceAfter(QByteArrayView bytes, PlaylistLines::Encoding encodin
     qsizetype found = -1;
     PlaylistLines::walk(
         bytes.sliced(start), encoding,
-        [&](QStringView untrimmed, QByteArrayView, qsizetype pieceStart, bool firstInPiece) {
+        [&](QStringView untrimmed, QByteArrayView ascii, qsizetype pieceStart, bool firstInPiece) {
+            if (untrimmed.isNull() && !ascii.isEmpty()) {
+                afterAddress = true; // neither blank nor a comment
+                return true;
+            }
             const QStringView line = untrimmed.trimmed();
             if (firstInPiece && afterAddress && line.startsWith(u"#EXTINF:")) {
                 found = start + pieceStart;

@@ -81,6 +81,14 @@ private Q_SLOTS:
             << QByteArray("#EXTINF:-1,\xC2\xA0Name\xC2\xA0\n\xC2\xA0http://a/5\xC2\xA0\n"
                           "\xE3\x80\x80http://a/6\xE2\x80\x83\n");
         QTest::newRow("CR LF and tabs") << QByteArray("#EXTINF:-1,T\r\n\thttp://a/9\t\r\n");
+        // Plain address lines are read as bytes; blank ones and comments are not addresses.
+        QTest::newRow("blank lines first")
+            << QByteArray("\n \n\t\n#EXTINF:-1,B\n \t \n  http://a/1 \t\n");
+        QTest::newRow("indented comment") << QByteArray("#EXTINF:-1,C\n \t#http://a/1\nhttp://a/2");
+        QTest::newRow("address with control characters")
+            << QByteArray("#EXTINF:-1,D\n\x01http://a/1\x1f\n\x7fhttp://a/2\n");
+        QTest::newRow("addresses QUrl has to read")
+            << QByteArray("#EXTINF:-1,E\nhttp://A/x y\n#EXTINF:-1,F\n../up/z\nrtmp://h/l\n");
         QTest::newRow("Latin-1") << QByteArray("#EXTINF:-1,Caf\xE9\nhttp://a/3\n");
         QTest::newRow("Latin-1 next line")
             << QByteArray("#EXTINF:-1,X\x85http://a/4\n#EXTINF:-1,\xA0Y\xA0\nhttp://a/5");

@@ -4,7 +4,12 @@
 #include <QStringDecoder>
 
 #include <array>
+#include <bit>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -24,7 +29,7 @@ constexpr std::array<ByteKind, 256> byteKinds = [] {
 }();
 
 // The end of the piece starting at start: the next ASCII line break, or size. Tells whether the
-// piece is plain ASCII. Eight bytes at a time while none is below 0x0E (a line break, a tab,
+// piece is plain ASCII. Many bytes at a time while none is below 0x0E (a line break, a tab,
 // NUL), which is nearly the whole line.
 qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &ascii)
 {
@@ -32,6 +37,25 @@ qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &asc
     constexpr quint64 highBits = 0x8080808080808080ULL;
     quint64 seen = 0;
     qsizetype at = start;
+#if defined(__SSE2__)
+    // Sixteen at a time where the processor has the instructions for it (every x86-64 one),
+    // then eight.
+    const __m128i belowFourteen = _mm_set1_epi8(0x0D);
+    while (at + 16 <= size) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + at));
+        const int low
+            = _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(bytes, belowFourteen), bytes));
+        const int high = _mm_movemask_epi8(bytes);
+        if (low != 0) {
+            const int first = std::countr_zero(unsigned(low));
+            seen |= (high & ((1 << first) - 1)) != 0 ? highBits : 0;
+            at += first;
+            break;
+        }
+        seen |= high != 0 ? highBits : 0;
+        at += 16;
+    }
+#endif
     while (at + 8 <= size) {
         quint64 word;
         std::memcpy(&word, data + at, sizeof word);

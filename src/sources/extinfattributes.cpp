@@ -5,9 +5,14 @@
 #include <QString>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include <span>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -70,13 +75,32 @@ bool equalsIgnoringCase(QStringView text, QStringView name)
     return true;
 }
 
-// The first "=", quote or comma at or after from, or size. Eight characters are looked at at
-// once: most of a line is none of them.
-qsizetype nextMark(const char16_t *data, qsizetype from, qsizetype size)
+// Calls visit(at) for each "=", quote and comma of text, in order. Most of a line is none of
+// them: sixteen characters are looked at at once where SSE2 is there, else eight.
+template<typename Visit>
+void forEachMark(const char16_t *data, qsizetype size, Visit visit)
 {
+    qsizetype at = 0;
+#if defined(__SSE2__)
+    const __m128i equals = _mm_set1_epi16(u'=');
+    const __m128i quotes = _mm_set1_epi16(u'"');
+    const __m128i commas = _mm_set1_epi16(u',');
+    const auto marksOf = [&](const char16_t *from) {
+        const __m128i lanes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
+        return _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi16(lanes, equals), _mm_cmpeq_epi16(lanes, quotes)),
+            _mm_cmpeq_epi16(lanes, commas));
+    };
+    for (; at + 16 <= size; at += 16) {
+        // A bit for each character, the first lowest.
+        auto found = unsigned(
+            _mm_movemask_epi8(_mm_packs_epi16(marksOf(data + at), marksOf(data + at + 8))));
+        for (; found != 0; found &= found - 1)
+            visit(at + std::countr_zero(found));
+    }
+#else
     using Lanes = quint16 __attribute__((vector_size(16)));
     constexpr qsizetype width = sizeof(Lanes) / sizeof(char16_t);
-    qsizetype at = from;
     for (; at + width <= size; at += width) {
         Lanes lanes;
         std::memcpy(&lanes, data + at, sizeof lanes);
@@ -87,17 +111,17 @@ qsizetype nextMark(const char16_t *data, qsizetype from, qsizetype size)
         const auto marks = (lanes == equals) | (lanes == quotes) | (lanes == commas);
         quint64 halves[2];
         std::memcpy(halves, &marks, sizeof halves);
-        if (halves[0] != 0)
-            return at + qCountTrailingZeroBits(halves[0]) / 16;
-        if (halves[1] != 0)
-            return at + width / 2 + qCountTrailingZeroBits(halves[1]) / 16;
+        for (qsizetype i = 0; i < width; ++i) {
+            if ((halves[i / 4] >> (16 * (i % 4))) & 1)
+                visit(at + i);
+        }
     }
+#endif
     for (; at < size; ++at) {
         const char16_t c = data[at];
         if (c == u'=' || c == u'"' || c == u',')
-            return at;
+            visit(at);
     }
-    return size;
 }
 
 } // namespace
@@ -111,7 +135,7 @@ ExtinfAttributes::ExtinfAttributes(QStringView line)
     const char16_t *const data = line.utf16();
     const qsizetype size = line.size();
     qsizetype firstWaiting = 0;
-    for (qsizetype at = nextMark(data, 0, size); at < size; at = nextMark(data, at + 1, size)) {
+    forEachMark(data, size, [&](qsizetype at) {
         switch (data[at]) {
         case u'"':
             while (firstWaiting < m_places.size() && m_places[firstWaiting].equals + 2 <= at)
@@ -131,7 +155,7 @@ ExtinfAttributes::ExtinfAttributes(QStringView line)
             }
             break;
         }
-    }
+    });
 }
 
 bool ExtinfAttributes::nameEndsAt(const Place &place, QStringView name, quint64 nameTail) const

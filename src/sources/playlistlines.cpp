@@ -75,6 +75,80 @@ qsizetype pieceEnd(const uchar *data, qsizetype start, qsizetype size, bool &asc
     return size;
 }
 
+// Decodes a piece of UTF-8 that ends before an ASCII byte or at the end of the list into out,
+// which has room for piece.size() code units. The units written, or -1 when the piece is not
+// UTF-8, an incomplete sequence included (what follows it is no continuation). As
+// QStringDecoder reads without a state: U+FEFF and non-characters are kept; overlong forms,
+// surrogates and code points past U+10FFFF are errors. Such a line is mostly ASCII, which is
+// widened sixteen bytes at a time where SSE2 is there.
+qsizetype decodeUtf8(QByteArrayView piece, char16_t *out)
+{
+    const auto *const data = reinterpret_cast<const uchar *>(piece.data());
+    const qsizetype size = piece.size();
+    char16_t *written = out;
+    qsizetype at = 0;
+    while (at < size) {
+#if defined(__SSE2__)
+        if (at + 16 <= size) {
+            // Written ahead in full: the units never outrun the bytes, so there is room.
+            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + at));
+            const __m128i zero = _mm_setzero_si128();
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(written), _mm_unpacklo_epi8(bytes, zero));
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(written + 8),
+                             _mm_unpackhi_epi8(bytes, zero));
+            const auto high = unsigned(_mm_movemask_epi8(bytes));
+            const int plain = high == 0 ? 16 : std::countr_zero(high);
+            written += plain;
+            at += plain;
+            if (plain == 16)
+                continue;
+        }
+#endif
+        const uchar lead = data[at];
+        if (lead < 0x80) {
+            *written++ = lead;
+            ++at;
+            continue;
+        }
+        qsizetype length = 0;
+        char32_t point = 0;
+        char32_t least = 0;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+            point = lead & 0x1F;
+            least = 0x80;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            point = lead & 0x0F;
+            least = 0x800;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            point = lead & 0x07;
+            least = 0x10000;
+        } else {
+            return -1;
+        }
+        if (at + length > size)
+            return -1;
+        for (qsizetype i = 1; i < length; ++i) {
+            const uchar next = data[at + i];
+            if ((next & 0xC0) != 0x80)
+                return -1;
+            point = (point << 6) | (next & 0x3F);
+        }
+        if (point < least || point > 0x10FFFF || (point >= 0xD800 && point <= 0xDFFF))
+            return -1;
+        if (point >= 0x10000) {
+            *written++ = char16_t(0xD7C0 + (point >> 10));
+            *written++ = char16_t(0xDC00 | (point & 0x3FF));
+        } else {
+            *written++ = char16_t(point);
+        }
+        at += length;
+    }
+    return written - out;
+}
+
 // Whether a piece may hold NEL, LINE or PARAGRAPH SEPARATOR: their encodings begin with bytes
 // that are rare in text, so that most pieces need no search of their decoded text.
 bool mayHoldOtherLineBreaks(QByteArrayView piece, PlaylistLines::Encoding encoding)
@@ -105,8 +179,6 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
 {
     const auto *const data = reinterpret_cast<const uchar *>(bytes.data());
     const qsizetype size = bytes.size();
-    QStringDecoder utf8(QStringDecoder::Utf8,
-                        QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     QString buffer; // reused from line to line
     qsizetype start = 0;
     while (start < size) {
@@ -131,11 +203,12 @@ Walk walk(QByteArrayView bytes, Encoding encoding, const Visit &visit)
                 buffer = QLatin1StringView(piece.data(), piece.size());
             } else if (end < size) {
                 // Into the reused buffer: most lines are short and need no allocation.
-                buffer.resize(utf8.requiredSpace(piece.size()));
-                const QChar *const written = utf8.appendToBuffer(buffer.data(), piece);
-                buffer.truncate(written - buffer.constData());
-                if (utf8.hasError())
+                buffer.resize(piece.size());
+                const qsizetype written
+                    = decodeUtf8(piece, reinterpret_cast<char16_t *>(buffer.data()));
+                if (written < 0)
                     return Walk::notUtf8;
+                buffer.truncate(written);
             } else {
                 // As when the whole text is decoded, a sequence cut short by the end is left
                 // out rather than taken for an error.

@@ -162,6 +162,31 @@ private Q_SLOTS:
         }
     }
 
+    // Lines are widened many bytes at a time up to what is not ASCII: each sequence, valid or
+    // not, at every place in and across such a stretch reads as decoding the whole text does.
+    void everySequenceAtEveryPlace()
+    {
+        const QList<QByteArray> sequences {"\xC3\xA9",     "\xE6\x96\xB0", "\xF0\x9F\x98\x80",
+                                           "\xEF\xBB\xBF", "\xC2\x85",     "\xE2\x80\xA8",
+                                           "\xC0\x80",     "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                                           "\xE0\x80\xAF", "\x80",         "\xC3",
+                                           "\xE6\x96",     "\xFF"};
+        const QUrl base(QStringLiteral("http://provider.example/list.m3u"));
+        for (const QByteArray &sequence : sequences) {
+            for (int before = 0; before < 40; ++before) {
+                const QByteArray name = QByteArray(before, 'x') + sequence + "\xC3\xA9"
+                    + QByteArray(before % 19, 'y');
+                // Within the list, then at its very end, which is read apart.
+                compareBothWays("#EXTINF:-1," + name + "\nhttp://a/1\n", base);
+                compareBothWays("#EXTINF:-1,a\nhttp://a/1\n#EXTINF:-1," + name, base);
+                if (QTest::currentTestFailed()) {
+                    qWarning("name: %s", name.toHex().constData());
+                    return;
+                }
+            }
+        }
+    }
+
     void everyCorpusFile()
     {
         const QDir corpus(QStringLiteral(LUMO_CORPUS_DIR "/m3u"));

@@ -55,10 +55,9 @@ PlaylistEntry PlaylistEntry::fromEncoded(QUuid id, QStringView name, QByteArrayV
                                          std::shared_ptr<const PlaylistLabels> labels,
                                          const PlaylistGuideKeys &guideKeys, EntryTextArena *arena)
 {
-    PlaylistEntry entry = withTexts(
-        id, name, encodedUrl,
-        encodedLogoURL.isEmpty() ? std::nullopt : std::optional<QByteArrayView>(encodedLogoURL),
-        guideKeys, arena);
+    PlaylistEntry entry
+        = fromEncoded(id, name, encodedUrl, encodedLogoURL,
+                      std::shared_ptr<const PlaylistEntryDetails>(), guideKeys, arena);
     entry.setDetails(std::move(labels), nullptr);
     return entry;
 }

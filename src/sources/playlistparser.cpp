@@ -18,12 +18,14 @@ namespace {
 // entry takes at least one line. Room for them is reserved before the first entry, so that
 // nothing is copied as the list grows; spare room is address space that is never touched, and
 // a list that beats the guess grows as lists do.
+// At most about 90 MB of address space: a list of blank lines, or one whose start is far
+// denser than the rest, must not claim more.
+constexpr qsizetype mostExpected = 1 << 20;
+
 template<typename Text>
 qsizetype expectedEntries(Text text, qsizetype size)
 {
     constexpr qsizetype sampleSize = 64 << 10;
-    // At most about 90 MB of address space: a list of blank lines must not claim more.
-    constexpr qsizetype mostExpected = 1 << 20;
     const Text sample = text.first(std::min(text.size(), sampleSize));
     const qsizetype lines = sample.count(u'\n') + 1;
     const double perCharacter = double(lines) / double(std::max<qsizetype>(sample.size(), 1));
@@ -126,11 +128,11 @@ QList<qsizetype> partStarts(QByteArrayView bytes, PlaylistLines::Encoding encodi
 
 // Room for the entries of a list of totalBytes, guessed from a part of partBytes that held
 // entries: a little more than the part's density foretells, as a list that beats the guess
-// only costs a copy.
+// only costs a copy, and never more than mostExpected.
 qsizetype roomFor(qsizetype entries, qsizetype partBytes, qsizetype totalBytes)
 {
     const double perByte = double(entries) / double(std::max<qsizetype>(partBytes, 1));
-    return qsizetype(perByte * double(totalBytes) * 1.06) + 1024;
+    return std::min(mostExpected, qsizetype(perByte * double(totalBytes) * 1.06) + 1024);
 }
 
 // The entries placed from the start, the spilled ones of each reader (see parseBytes), then

@@ -74,6 +74,7 @@ private Q_SLOTS:
     void emptyText();
     void onlyNewlines();
     void blankListsClaimLittleAddressSpace();
+    void aDenseStartClaimsLittleAddressSpace();
     void fiftyMegabyteAddressLine();
     void fiftyMegabyteLineOfNoAddress();
     void nulBytes();
@@ -187,6 +188,20 @@ void TestPlaylistHostile::tenThousandCommas()
     const QList<PlaylistEntry> entries = PlaylistParser::parse(line, base);
     QCOMPARE(entries.size(), 1);
     QCOMPARE(entries[0].name(), QString(9999, u','));
+}
+
+// A large list's room is also guessed from the first of its parts read: two megabytes of
+// channels before 63 MB of line breaks must not claim room for the three million entries that
+// such a start foretells.
+void TestPlaylistHostile::aDenseStartClaimsLittleAddressSpace()
+{
+    const QByteArray channel("#EXTINF:-1,a\nhttp://h/a\n");
+    const int channels = 2 * 1024 * 1024 / int(channel.size());
+    const QByteArray bytes = channel.repeated(channels) + QByteArray(63 * 1024 * 1024, '\n');
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(QByteArrayView(bytes), base);
+    QCOMPARE(entries.size(), channels);
+    const qsizetype claimed = entries.capacity() * qsizetype(sizeof(PlaylistEntry));
+    QVERIFY2(claimed <= 96 * 1024 * 1024, qPrintable(QString::number(claimed)));
 }
 
 void TestPlaylistHostile::millionEntriesStayProportional()
